@@ -1,0 +1,50 @@
+# Ringwell's two entry points: `make run` and `make test`.
+# Both install whatever Debian packages are missing, then build.
+
+SHELL := /bin/bash
+BUILD_DIR ?= build/release
+SAN_DIR ?= build/sanitize
+JOBS ?= $(shell nproc)
+SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
+
+# Everything the build, the tests and the benchmarks need from Debian.
+PACKAGES := g++ cmake ninja-build pkg-config clang-format \
+            libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
+
+.PHONY: all deps build build-sanitize run test bench format clean
+
+all: build
+
+# Installs only the packages that are missing, so a second run costs one dpkg query.
+deps:
+	@missing=$$(for p in $(PACKAGES); do \
+	    dpkg-query -W -f='$${Status}\n' "$$p" 2>/dev/null | grep -q 'install ok installed' || echo "$$p"; \
+	  done); \
+	if [ -n "$$missing" ]; then \
+	  echo "Installing missing packages:" $$missing; \
+	  $(SUDO) apt-get update -qq && \
+	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
+	fi
+
+build: deps
+	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+
+build-sanitize: deps
+	cmake -S . -B $(SAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DRINGWELL_SANITIZE=ON
+	cmake --build $(SAN_DIR) -j $(JOBS)
+
+run: build
+	$(BUILD_DIR)/ringwell --help
+
+test: build-sanitize build
+	cd $(SAN_DIR) && ctest --output-on-failure --no-tests=error -j $(JOBS)
+
+bench: build
+	$(BUILD_DIR)/bench/ringwell-bench
+
+format:
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build

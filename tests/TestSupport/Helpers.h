@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Core/Calendar.h"
+#include "Core/Date.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+namespace ringwell::testing {
+
+// A calendar pinned to a named zone; fails the test when the zone is unknown.
+inline Calendar calendarIn(const char* zone) {
+    auto calendar = Calendar::inTimeZone(zone);
+    EXPECT_TRUE(calendar.has_value()) << zone;
+    return calendar ? *calendar : Calendar::userDefault();
+}
+
+// A date from an ISO 8601 text; fails the test when the text does not parse.
+inline Date at(const char* iso) {
+    auto date = parseIso8601(iso);
+    EXPECT_TRUE(date.has_value()) << iso;
+    return date.value_or(Date{});
+}
+
+// Sets TZ for the scope of a test and restores the previous value.
+class TimeZoneGuard {
+public:
+    explicit TimeZoneGuard(const char* zone) {
+        if (const char* old = std::getenv("TZ"))
+            previous_ = old;
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+    ~TimeZoneGuard() {
+        if (previous_)
+            setenv("TZ", previous_->c_str(), 1);
+        else
+            unsetenv("TZ");
+        tzset();
+    }
+    TimeZoneGuard(const TimeZoneGuard&) = delete;
+    TimeZoneGuard& operator=(const TimeZoneGuard&) = delete;
+
+private:
+    std::optional<std::string> previous_;
+};
+
+} // namespace ringwell::testing
