@@ -1,1 +1,102 @@
-int main() { return 0; }
+#include "Cli/Command.h"
+#include "Cli/RuleCommands.h"
+
+#include "Version.h"
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace ringwell::cli {
+
+int usageError(CommandContext& context, std::string_view command, std::string_view message) {
+    context.err << "ringwell " << command << ": " << message << "\n"
+                << "Run 'ringwell " << command << " --help' for usage.\n";
+    return exitUsage;
+}
+
+namespace {
+
+const Command* const commands[] = {&ruleExplainCommand, &ruleDescribeCommand, &templatesCommand};
+
+void printOverview(std::ostream& out) {
+    out << "Usage: ringwell <command> [options]\n\n"
+           "Ringwell turns the few notifications you must not miss into alarms that ring\n"
+           "through silence and do-not-disturb.\n\n"
+           "Commands:\n";
+    for (const Command* command : commands) {
+        std::string name(command->name);
+        name.resize(16, ' ');
+        out << "  " << name << command->summary << '\n';
+    }
+    out << "\nOptions:\n"
+           "  -h, --help      show this help; 'ringwell <command> --help' shows a command's\n"
+           "  --version       show the version\n\n"
+           "Exit status: 0 success, 1 the action failed (or the rule did not match),\n"
+           "2 usage error or bad input.\n";
+}
+
+bool wantsHelp(const std::vector<std::string>& args) {
+    for (const auto& arg : args) {
+        if (arg == "--")
+            return false;
+        if (arg == "--help" || arg == "-h")
+            return true;
+    }
+    return false;
+}
+
+// Finds the command whose words start the argument list, longest name first.
+const Command* findCommand(const std::vector<std::string>& args, size_t& consumed) {
+    const Command* best = nullptr;
+    for (const Command* command : commands) {
+        std::vector<std::string> words;
+        std::string_view rest = command->name;
+        while (!rest.empty()) {
+            auto space = rest.find(' ');
+            words.emplace_back(rest.substr(0, space));
+            rest = space == std::string_view::npos ? "" : rest.substr(space + 1);
+        }
+        if (words.size() > args.size())
+            continue;
+        if (std::equal(words.begin(), words.end(), args.begin()) &&
+            (!best || words.size() > consumed)) {
+            best = command;
+            consumed = words.size();
+        }
+    }
+    return best;
+}
+
+int run(const std::vector<std::string>& args) {
+    CommandContext context{std::cout, std::cerr};
+    if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+        printOverview(std::cout);
+        return args.empty() ? exitUsage : exitSuccess;
+    }
+    if (args[0] == "--version") {
+        std::cout << "ringwell " << version::shortVersion << " (" << version::buildNumber << ")\n";
+        return exitSuccess;
+    }
+    size_t consumed = 0;
+    const Command* command = findCommand(args, consumed);
+    if (!command) {
+        std::cerr << "ringwell: unknown command '" << args[0] << "'\n"
+                  << "Run 'ringwell --help' for the list of commands.\n";
+        return exitUsage;
+    }
+    std::vector<std::string> rest(args.begin() + static_cast<long>(consumed), args.end());
+    if (wantsHelp(rest)) {
+        std::cout << command->help;
+        return exitSuccess;
+    }
+    return command->run(rest, context);
+}
+
+} // namespace
+} // namespace ringwell::cli
+
+int main(int argc, char** argv) {
+    std::vector<std::string> args(argv + 1, argv + argc);
+    return ringwell::cli::run(args);
+}

@@ -21,7 +21,7 @@ struct ActiveHours {
     std::int64_t startMinute = 0;
     std::int64_t endMinute = 0;
 
-    static const std::set<std::int64_t>& allDays();     // {1...7}
+    static const std::set<std::int64_t>& allDays();      // {1...7}
     static const std::set<std::int64_t>& weekdaysOnly(); // {2...6}
 
     bool isAllDay() const { return startMinute == endMinute; }

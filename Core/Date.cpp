@@ -32,9 +32,19 @@ std::optional<Date> parseWith(icu::SimpleDateFormat* format, const icu::UnicodeS
     return Date::fromUnixMilliseconds(parsed);
 }
 
+// ICU also reads "+0100"; the internet form requires the colon ("+01:00") or "Z".
+bool hasInternetZoneDesignator(std::string_view text) {
+    if (!text.empty() && (text.back() == 'Z' || text.back() == 'z'))
+        return true;
+    return text.size() > 6 && (text[text.size() - 6] == '+' || text[text.size() - 6] == '-') &&
+           text[text.size() - 3] == ':';
+}
+
 } // namespace
 
 std::optional<Date> parseIso8601(std::string_view text) {
+    if (!hasInternetZoneDesignator(text))
+        return std::nullopt;
     // Formats are not safe to share between threads; one set per thread.
     thread_local auto whole = makeFormat("yyyy-MM-dd'T'HH:mm:ssXXX");
     thread_local auto fractional = makeFormat("yyyy-MM-dd'T'HH:mm:ss.SSSXXX");

@@ -72,6 +72,8 @@ std::string asString(const Json& value, std::string_view what);
 Uuid asUuid(const Json& value, std::string_view what);
 Date asDate(const Json& value, std::string_view what);
 
-inline Json dateValue(Date date) { return date.secondsSinceReferenceDate; }
+inline Json dateValue(Date date) {
+    return date.secondsSinceReferenceDate;
+}
 
 } // namespace ringwell::json

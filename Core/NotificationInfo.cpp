@@ -52,7 +52,7 @@ ReceivedField receivedFieldFromJson(const json::Json& value) {
 
 const std::vector<std::string>& ShortcutInputFields::receivedLabels() {
     static const std::vector<std::string> labels = {
-        "Notification", "Title",     "Subtitle", "Body",  "App", "Is Time Sensitive",
+        "Notification", "Title",      "Subtitle",           "Body", "App", "Is Time Sensitive",
         "Sender",       "Recipients", "Associated Content", "Name"};
     return labels;
 }
@@ -71,9 +71,9 @@ ShortcutInputFields ShortcutInputFields::fromShortcutInput(
     fields.body = unlessBlank(body);
     fields.timeSensitive = unlessBlank(isTimeSensitive);
 
-    const Text* raw[] = {&notification, &title,  &subtitle,   &body,
-                         &app,          &isTimeSensitive,     &sender,
-                         &recipients,   &associatedContent,   &name};
+    const Text* raw[] = {
+        &notification, &title,      &subtitle,          &body, &app, &isTimeSensitive,
+        &sender,       &recipients, &associatedContent, &name};
     const auto& labels = receivedLabels();
     for (size_t i = 0; i < labels.size(); ++i)
         fields.received.push_back({labels[i], raw[i]->value_or("")});

@@ -14,8 +14,7 @@ struct Error {
 
 // The outcome of an operation that can fail: a value or an Error. The core
 // returns these instead of throwing.
-template <typename T>
-class [[nodiscard]] Result {
+template <typename T> class [[nodiscard]] Result {
 public:
     Result(T value) : state_(std::move(value)) {}
     Result(Error error) : state_(std::move(error)) {}

@@ -9,8 +9,12 @@ namespace ringwell {
 namespace {
 
 // The text itself in straight double quotes, or nothing for the empty text.
-std::string quoted(const std::string& text) { return text.empty() ? "" : "\"" + text + "\""; }
-std::string shown(const std::string& text) { return text.empty() ? "(empty)" : quoted(text); }
+std::string quoted(const std::string& text) {
+    return text.empty() ? "" : "\"" + text + "\"";
+}
+std::string shown(const std::string& text) {
+    return text.empty() ? "(empty)" : quoted(text);
+}
 
 std::string joined(const std::vector<std::string>& items) {
     std::string out;
@@ -42,8 +46,8 @@ const std::string* matchingSender(const ChannelRule& rule, const NotificationInf
 
 const std::string* matchingKeyword(const ChannelRule& rule, const NotificationInfo& notification) {
     for (const auto& keyword : rule.keywords) {
-        for (const std::string* text : {&notification.title, &notification.subtitle,
-                                        &notification.body}) {
+        for (const std::string* text :
+             {&notification.title, &notification.subtitle, &notification.body}) {
             if (TextMatcher::matches(keyword, *text, patternKind(rule)))
                 return &keyword;
         }
@@ -125,9 +129,11 @@ std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const Notification
     if (!rule.senders.empty()) {
         const std::string& from = notification.from();
         if (const std::string* pattern = matchingSender(rule, notification))
-            checks.push_back({Condition::sender, true, shown(from) + " matches \"" + *pattern + "\""});
+            checks.push_back(
+                {Condition::sender, true, shown(from) + " matches \"" + *pattern + "\""});
         else
-            checks.push_back({Condition::sender, false, shown(from) + " matches none of the senders"});
+            checks.push_back(
+                {Condition::sender, false, shown(from) + " matches none of the senders"});
     }
 
     if (!rule.keywords.empty()) {
@@ -142,16 +148,17 @@ std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const Notification
     if (rule.calls != ChannelRule::CallFilter::any) {
         if (auto kind = notification.callKind()) {
             std::string detail = std::string(*kind == CallKind::incoming ? "Incoming" : "Missed") +
-                                 " call, rule wants " + std::string(rawValue(rule.calls)) + " calls";
+                                 " call, rule wants " + std::string(rawValue(rule.calls)) +
+                                 " calls";
             checks.push_back({Condition::calls, callMatches(rule.calls, *kind), std::move(detail)});
         }
     }
 
     if (rule.activeHours) {
         bool inside = rule.activeHours->contains(notification.date, calendar);
-        checks.push_back({Condition::activeHours, inside,
-                          std::string(inside ? "Within " : "Outside ") +
-                              rule.activeHours->summary()});
+        checks.push_back(
+            {Condition::activeHours, inside,
+             std::string(inside ? "Within " : "Outside ") + rule.activeHours->summary()});
     }
     return checks;
 }

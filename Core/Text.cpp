@@ -19,19 +19,19 @@ bool isAscii(std::string_view text) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-char asciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+char asciiLower(char c) {
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 // Decodes the code point starting at `i`; invalid bytes decode to a negative value.
 UChar32 codePointAt(std::string_view text, int32_t& i) {
     UChar32 c;
-    U8_NEXT(reinterpret_cast<const uint8_t*>(text.data()), i, static_cast<int32_t>(text.size()),
-            c);
+    U8_NEXT(reinterpret_cast<const uint8_t*>(text.data()), i, static_cast<int32_t>(text.size()), c);
     return c;
 }
 
 // Byte range [begin, end) left after dropping code points matching `isSpace` at both ends.
-template <typename Predicate>
-std::string_view trimBy(std::string_view text, Predicate isSpace) {
+template <typename Predicate> std::string_view trimBy(std::string_view text, Predicate isSpace) {
     const auto length = static_cast<int32_t>(text.size());
     int32_t begin = 0;
     while (begin < length) {
@@ -53,8 +53,12 @@ std::string_view trimBy(std::string_view text, Predicate isSpace) {
     return text.substr(static_cast<size_t>(begin), static_cast<size_t>(end - begin));
 }
 
-bool isWhiteSpace(UChar32 c) { return u_isUWhiteSpace(c); }
-bool isHorizontalBlank(UChar32 c) { return u_isblank(c); }
+bool isWhiteSpace(UChar32 c) {
+    return u_isUWhiteSpace(c);
+}
+bool isHorizontalBlank(UChar32 c) {
+    return u_isblank(c);
+}
 
 icu::UnicodeString unicode(std::string_view text) {
     return icu::UnicodeString::fromUTF8(
@@ -133,9 +137,13 @@ size_t walkCharacters(std::string_view text, size_t count, size_t& counted) {
 
 } // namespace
 
-bool isBlank(std::string_view text) { return trimBy(text, isWhiteSpace).empty(); }
+bool isBlank(std::string_view text) {
+    return trimBy(text, isWhiteSpace).empty();
+}
 
-std::string trimmed(std::string_view text) { return std::string(trimBy(text, isWhiteSpace)); }
+std::string trimmed(std::string_view text) {
+    return std::string(trimBy(text, isWhiteSpace));
+}
 
 std::string trimmedHorizontal(std::string_view text) {
     return std::string(trimBy(text, isHorizontalBlank));
@@ -233,9 +241,9 @@ int compareForDisplay(std::string_view a, std::string_view b) {
         return created;
     }();
     UErrorCode status = U_ZERO_ERROR;
-    auto result = collator->compareUTF8(icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
-                                        icu::StringPiece(b.data(), static_cast<int32_t>(b.size())),
-                                        status);
+    auto result =
+        collator->compareUTF8(icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
+                              icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
     if (result != UCOL_EQUAL)
         return result == UCOL_LESS ? -1 : 1;
     return a < b ? -1 : (a == b ? 0 : 1); // a stable tie-break for case variants

@@ -15,14 +15,16 @@ int hexValue(char c) {
     return -1;
 }
 
-bool isDashPosition(size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
+bool isDashPosition(size_t i) {
+    return i == 8 || i == 13 || i == 18 || i == 23;
+}
 
 } // namespace
 
 Uuid Uuid::random() {
     thread_local std::random_device device;
-    thread_local std::mt19937_64 engine(
-        (static_cast<std::uint64_t>(device()) << 32) ^ static_cast<std::uint64_t>(device()));
+    thread_local std::mt19937_64 engine((static_cast<std::uint64_t>(device()) << 32) ^
+                                        static_cast<std::uint64_t>(device()));
     Uuid uuid;
     for (size_t i = 0; i < uuid.bytes.size(); i += 8) {
         std::uint64_t word = engine();

@@ -26,8 +26,7 @@ struct Uuid {
 
 } // namespace ringwell
 
-template <>
-struct std::hash<ringwell::Uuid> {
+template <> struct std::hash<ringwell::Uuid> {
     std::size_t operator()(const ringwell::Uuid& uuid) const noexcept {
         std::size_t h = 0;
         for (auto byte : uuid.bytes)

@@ -1,0 +1,56 @@
+#include "Cli/Arguments.h"
+
+namespace ringwell::cli {
+
+std::optional<std::string> Arguments::value(std::string_view name) const {
+    auto found = values.find(name);
+    if (found == values.end())
+        return std::nullopt;
+    return found->second;
+}
+
+Result<Arguments> parseArguments(std::span<const std::string> args,
+                                 std::span<const OptionSpec> options) {
+    Arguments parsed;
+    bool optionsEnded = false;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (optionsEnded || arg.size() < 3 || arg.compare(0, 2, "--") != 0) {
+            if (arg == "--" && !optionsEnded) {
+                optionsEnded = true;
+                continue;
+            }
+            parsed.positionals.push_back(arg);
+            continue;
+        }
+        std::string name = arg.substr(2);
+        std::optional<std::string> inlineValue;
+        if (auto equals = name.find('='); equals != std::string::npos) {
+            inlineValue = name.substr(equals + 1);
+            name.resize(equals);
+        }
+        const OptionSpec* spec = nullptr;
+        for (const auto& candidate : options) {
+            if (candidate.name == name)
+                spec = &candidate;
+        }
+        if (!spec)
+            return Error{"unknown option --" + name};
+        if (!spec->takesValue) {
+            if (inlineValue)
+                return Error{"option --" + name + " takes no value"};
+            parsed.flags.insert(name);
+            continue;
+        }
+        if (inlineValue) {
+            parsed.values[name] = *inlineValue;
+        } else if (i + 1 < args.size()) {
+            parsed.values[name] = args[++i];
+        } else {
+            return Error{"option --" + name + " needs a value"};
+        }
+    }
+    return parsed;
+}
+
+} // namespace ringwell::cli

@@ -1,0 +1,149 @@
+#include "Core/Json.h"
+
+#include "TestSupport/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+namespace ringwell {
+namespace {
+
+using testing::runRingwell;
+
+const std::string urgentMail = R"({"apps":["Mail"],"keywords":["urgent"]})";
+
+TEST(RuleExplainTest, MatchingRuleExitsZeroAndExplainsEachCheck) {
+    auto result = runRingwell(
+        {"rule", "explain", "--rule", urgentMail, "--app", "mail", "--body", "URGENT: call me"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "passed  app: \"mail\" is one of Mail\n"
+                          "passed  keywords: Text contains \"urgent\"\n"
+                          "Verdict: matches\n");
+}
+
+TEST(RuleExplainTest, NonMatchingRuleExitsOneWithJsonChecks) {
+    auto result =
+        runRingwell({"rule", "explain", "--rule", urgentMail, "--app", "Slack", "--json"});
+    EXPECT_EQ(result.exitCode, 1);
+    auto output = json::Json::parse(result.out);
+    EXPECT_EQ(output["matches"], false);
+    ASSERT_EQ(output["checks"].size(), 2u);
+    EXPECT_EQ(output["checks"][0]["condition"], "app");
+    EXPECT_EQ(output["checks"][0]["detail"], "\"Slack\" isn't one of Mail");
+    EXPECT_EQ(output["checks"][1]["passed"], false);
+    EXPECT_EQ(output.begin().key(), "matches");
+}
+
+TEST(RuleExplainTest, HistoryFeedsTheRepeatedCondition) {
+    std::string path = ::testing::TempDir() + "/history.json";
+    std::ofstream(path) << R"([{"app":"Mon","sender":"","title":"a","subtitle":"","body":"",)"
+                           R"("date":757382340,"isTimeSensitive":false},)"
+                           R"({"app":"Mon","sender":"","title":"b","subtitle":"","body":"",)"
+                           R"("date":757382350,"isTimeSensitive":false}])";
+    // 757382400 seconds after 2001 is 2025-01-01T00:00:00Z.
+    auto result = runRingwell({"rule", "explain", "--rule",
+                               R"({"frequency":{"count":3,"windowSeconds":600}})", "--app", "Mon",
+                               "--date", "2025-01-01T00:00:00Z", "--history", path});
+    EXPECT_EQ(result.exitCode, 0) << result.out << result.err;
+    EXPECT_NE(result.out.find("3 matching in the last 10 min, rule wants 3"), std::string::npos);
+    std::remove(path.c_str());
+}
+
+TEST(RuleExplainTest, ActiveHoursFollowTZ) {
+    const std::string rule =
+        R"({"activeHours":{"weekdays":[1,2,3,4,5,6,7],"startMinute":540,"endMinute":1020}})";
+    const std::vector<std::string> args = {"rule", "explain", "--rule",
+                                           rule,   "--date",  "2025-01-06T12:00:00Z"};
+    EXPECT_EQ(runRingwell(args, {{"TZ", "Europe/Berlin"}}).exitCode, 0);
+    EXPECT_EQ(runRingwell(args, {{"TZ", "Asia/Tokyo"}}).exitCode, 1); // 21:00 there
+}
+
+TEST(RuleExplainTest, BadInputExitsTwoNamingTheProblem) {
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {{"rule", "explain"}, "--rule JSON is required"},
+        {{"rule", "explain", "--rule", "{"}, "--rule: invalid JSON"},
+        {{"rule", "explain", "--rule", R"({"calls":"sometimes"})"}, "unknown value \"sometimes\""},
+        {{"rule", "explain", "--rule", "{}", "--date", "2025-01-02"}, "--date: \"2025-01-02\""},
+        {{"rule", "explain", "--rule", "{}", "--history", "/nonexistent/h.json"},
+         "cannot read /nonexistent/h.json"},
+        {{"rule", "explain", "--rule", "{}", "--colour", "red"}, "unknown option --colour"},
+        {{"rule", "explain", "--rule", "{}", "stray"}, "unexpected argument stray"},
+        {{"rule", "explain", "--rule", "@/nonexistent/rule.json"}, "cannot read"},
+        {{"rule", "explain", "--rule", "{\"apps\":[\"\xFF\"]}"}, "--rule: invalid JSON"},
+    };
+    for (const auto& c : cases) {
+        auto result = runRingwell(c.args);
+        EXPECT_EQ(result.exitCode, 2) << c.message;
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_TRUE(result.out.empty());
+    }
+}
+
+TEST(RuleExplainTest, MalformedHistoryNamesTheEntry) {
+    std::string path = ::testing::TempDir() + "/bad-history.json";
+    std::ofstream(path) << R"([{"app":"Mon","sender":"","title":"a","subtitle":"","body":"",)"
+                           R"("date":1,"isTimeSensitive":false},{"app":"Mon"}])";
+    auto result = runRingwell({"rule", "explain", "--rule", "{}", "--history", path});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find("entry 1: \"sender\""), std::string::npos) << result.err;
+    std::remove(path.c_str());
+}
+
+TEST(RuleDescribeTest, ReportsSummaryNameAndInvalidPatterns) {
+    auto result =
+        runRingwell({"rule", "describe", "--rule",
+                     R"({"apps":["Slack"],"keywords":["(","ok"],"usesRegex":true})", "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    auto output = json::Json::parse(result.out);
+    EXPECT_EQ(output["summary"], "Slack · contains (, ok");
+    EXPECT_EQ(output["suggestedName"], "\u201C(\u201D +1");
+    EXPECT_EQ(output["invalidPatterns"], json::Json::parse(R"(["("])"));
+    std::vector<std::string> ids;
+    for (const auto& condition : output["available"])
+        ids.push_back(condition["id"]);
+    EXPECT_EQ(ids, (std::vector<std::string>{"app", "sender", "keywords", "hours", "repeated",
+                                             "cooldown"}));
+
+    auto text = runRingwell({"rule", "describe", "--rule", "{}"});
+    EXPECT_EQ(text.exitCode, 0);
+    EXPECT_NE(text.out.find("Suggested name: All Notifications\n"), std::string::npos);
+    EXPECT_EQ(runRingwell({"rule", "describe"}).exitCode, 2);
+}
+
+TEST(TemplatesTest, ListsTheEightTemplatesAsJson) {
+    auto result = runRingwell({"templates", "--json"});
+    ASSERT_EQ(result.exitCode, 0);
+    auto output = json::Json::parse(result.out);
+    ASSERT_EQ(output.size(), 8u);
+    EXPECT_EQ(output[0]["id"], "calls-from");
+    EXPECT_EQ(output[0]["blank"], "sender");
+    EXPECT_EQ(output[0]["rule"]["calls"], "incoming");
+    EXPECT_FALSE(output[1].contains("blank"));
+    EXPECT_EQ(output[7]["rule"]["activeHours"]["startMinute"], 1320);
+    EXPECT_NE(runRingwell({"templates"}).out.find("night: Only at night"), std::string::npos);
+}
+
+TEST(CommandLineTest, HelpVersionAndUnknownCommands) {
+    auto help = runRingwell({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_NE(help.out.find("rule explain"), std::string::npos);
+    EXPECT_EQ(runRingwell({"rule", "explain", "--help"}).exitCode, 0);
+    EXPECT_NE(runRingwell({"templates", "-h"}).out.find("Usage: ringwell templates"),
+              std::string::npos);
+    auto version = runRingwell({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.out.rfind("ringwell ", 0), 0u);
+    auto unknown = runRingwell({"frobnicate"});
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_NE(unknown.err.find("unknown command 'frobnicate'"), std::string::npos);
+    EXPECT_EQ(runRingwell({}).exitCode, 2);
+}
+
+} // namespace
+} // namespace ringwell

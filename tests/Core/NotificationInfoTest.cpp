@@ -1,0 +1,169 @@
+#include "Core/NotificationInfo.h"
+
+#include "TestSupport/Helpers.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::at;
+using Text = std::optional<std::string>;
+
+// Arguments in the order the Send intent passes them.
+struct Input {
+    Text notification, title, subtitle, body, app, timeSensitive, sender, recipients,
+        associatedContent, name;
+    ShortcutInputFields fields() const {
+        return ShortcutInputFields::fromShortcutInput(notification, title, subtitle, body, app,
+                                                      timeSensitive, sender, recipients,
+                                                      associatedContent, name);
+    }
+};
+
+TEST(ShortcutInputTest, AllAbsentStillRecordsTheTenLabels) {
+    auto fields = Input{}.fields();
+    EXPECT_FALSE(fields.app || fields.sender || fields.title || fields.subtitle || fields.body ||
+                 fields.timeSensitive);
+    ASSERT_EQ(fields.received.size(), 10u);
+    EXPECT_EQ(fields.received.front(), (ReceivedField{"Notification", ""}));
+    EXPECT_EQ(fields.received[5], (ReceivedField{"Is Time Sensitive", ""}));
+    EXPECT_EQ(fields.received.back(), (ReceivedField{"Name", ""}));
+
+    auto info = fields.notification(Date{5});
+    EXPECT_EQ(info, (NotificationInfo{"", "", "", "", "", Date{5}, false, fields.received}));
+}
+
+TEST(ShortcutInputTest, BlankValuesAreAbsentAndOthersKeptUntrimmed) {
+    Input input;
+    input.app = " Messages ";
+    input.title = " \n ";
+    input.sender = "   ";
+    input.name = "Mum";
+    input.recipients = "me";
+    auto fields = input.fields();
+    EXPECT_EQ(fields.app, " Messages ");
+    EXPECT_FALSE(fields.title);
+    EXPECT_EQ(fields.sender, "Mum");
+    EXPECT_EQ(fields.received[7], (ReceivedField{"Recipients", "me"}));
+    EXPECT_EQ(fields.received[1], (ReceivedField{"Title", " \n "}));
+    EXPECT_EQ(fields.notification(Date{}).app, "Messages");
+}
+
+TEST(ShortcutInputTest, WholeNotificationTextSplitsAtTheFirstLineFeed) {
+    Input input;
+    input.notification = "Alice\nHi there\nsecond line";
+    auto fields = input.fields();
+    EXPECT_EQ(fields.title, "Alice");
+    EXPECT_EQ(fields.body, "Hi there\nsecond line");
+    EXPECT_FALSE(fields.subtitle);
+
+    input.notification = "\nHi";
+    fields = input.fields();
+    EXPECT_FALSE(fields.title);
+    EXPECT_EQ(fields.body, "Hi");
+
+    input.notification = "Only a title";
+    fields = input.fields();
+    EXPECT_EQ(fields.title, "Only a title");
+    EXPECT_FALSE(fields.body);
+}
+
+TEST(ShortcutInputTest, CarriageReturnLineFeedDoesNotSplit) {
+    Input input;
+    input.notification = "A\r\nB";
+    auto fields = input.fields();
+    EXPECT_EQ(fields.title, "A\r\nB");
+    EXPECT_FALSE(fields.body);
+
+    input.notification = "A\r\nB\nC";
+    fields = input.fields();
+    EXPECT_EQ(fields.title, "A\r\nB");
+    EXPECT_EQ(fields.body, "C");
+}
+
+TEST(ShortcutInputTest, NoFallbackWhenTitleOrBodyArrived) {
+    Input input;
+    input.notification = "Alice\nHi";
+    input.body = "Real body";
+    auto fields = input.fields();
+    EXPECT_FALSE(fields.title);
+    EXPECT_EQ(fields.body, "Real body");
+}
+
+TEST(NotificationInfoTest, YesNoAcceptsOnlyYesTrueAndOne) {
+    for (const char* yes : {" YES ", "true", "True", "1", "\nyes\t"})
+        EXPECT_TRUE(NotificationInfo::parseYesNo(std::string(yes))) << yes;
+    for (const char* no : {"Yes.", "on", "y", "false", "", "0", "11"})
+        EXPECT_FALSE(NotificationInfo::parseYesNo(std::string(no))) << no;
+    EXPECT_FALSE(NotificationInfo::parseYesNo(std::nullopt));
+}
+
+TEST(NotificationInfoTest, DirectConstructionFallsBackToNow) {
+    auto info = NotificationInfo::fromShortcutInput(" Mail ", std::nullopt, "Hi", std::nullopt,
+                                                    std::nullopt, "2025-01-02", "yes", Date{42});
+    EXPECT_EQ(info.app, "Mail");
+    EXPECT_EQ(info.date, Date{42});
+    EXPECT_TRUE(info.isTimeSensitive);
+    EXPECT_FALSE(info.received);
+
+    info = NotificationInfo::fromShortcutInput(std::nullopt, std::nullopt, std::nullopt,
+                                               std::nullopt, std::nullopt, "2025-01-02T03:04:05Z",
+                                               std::nullopt, Date{42});
+    EXPECT_EQ(info.date, at("2025-01-02T03:04:05Z"));
+}
+
+TEST(NotificationInfoTest, CallKindComesFromThePhoneApp) {
+    NotificationInfo call;
+    call.app = "phone";
+    EXPECT_EQ(call.callKind(), CallKind::incoming);
+    call.app = "Phone";
+    call.body = "Missed call";
+    EXPECT_EQ(call.callKind(), CallKind::missed);
+    call.app = "Phone Pal";
+    EXPECT_FALSE(call.callKind());
+}
+
+TEST(NotificationInfoTest, FromIsTheSenderElseTheTitle) {
+    NotificationInfo info;
+    info.title = "Bob";
+    EXPECT_EQ(info.from(), "Bob");
+    info.sender = "Alice";
+    EXPECT_EQ(info.from(), "Alice");
+}
+
+TEST(NotificationInfoTest, JsonKeepsKeyOrderAndOmitsAbsentReceived) {
+    NotificationInfo info{"Mail", "Ann", "Hi", "", "Body", Date{10.5}, true, std::nullopt};
+    EXPECT_EQ(json::encode(toJson(info)),
+              R"({"app":"Mail","sender":"Ann","title":"Hi","subtitle":"","body":"Body",)"
+              R"("date":10.5,"isTimeSensitive":true})");
+    EXPECT_EQ(notificationFromJson(toJson(info)), info);
+
+    info.received = std::vector<ReceivedField>{{"Title", "Hi"}};
+    auto encoded = toJson(info);
+    EXPECT_EQ(encoded.back(), json::Json::parse(R"([{"name":"Title","value":"Hi"}])"));
+    EXPECT_EQ(notificationFromJson(encoded), info);
+}
+
+TEST(NotificationInfoTest, DecodingFailsOnMissingOrMistypedKeys) {
+    auto valid = toJson(NotificationInfo{});
+    auto missing = valid;
+    missing.erase("date");
+    EXPECT_THROW(notificationFromJson(missing), json::DecodeError);
+    auto mistyped = valid;
+    mistyped["isTimeSensitive"] = "yes";
+    EXPECT_THROW(notificationFromJson(mistyped), json::DecodeError);
+    EXPECT_THROW(notificationFromJson(json::Json::array()), json::DecodeError);
+}
+
+TEST(NotificationInfoTest, InvalidUtf8IsEncodedRepaired) {
+    NotificationInfo info;
+    info.body = "bad \xFF byte";
+    std::string encoded = json::encode(toJson(info));
+    auto decoded = json::decode(encoded, notificationFromJson);
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded.value().body, "bad \uFFFD byte");
+}
+
+} // namespace
+} // namespace ringwell

@@ -1,0 +1,86 @@
+#include "Core/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace ringwell {
+namespace {
+
+TEST(TextTest, TrimsUnicodeWhiteSpaceAndLineBreaks) {
+    EXPECT_EQ(text::trimmed(" \t\r\n\u00A0\u2028Mom\u3000\n"), "Mom");
+    EXPECT_EQ(text::trimmed("a b"), "a b");
+    EXPECT_TRUE(text::isBlank(" \t\n\u2029\u00A0"));
+    EXPECT_TRUE(text::isBlank(""));
+    EXPECT_FALSE(text::isBlank(" . "));
+}
+
+TEST(TextTest, HorizontalTrimKeepsLineBreaks) {
+    EXPECT_EQ(text::trimmedHorizontal(" \t\u00A0urgent\u2003"), "urgent");
+    EXPECT_EQ(text::trimmedHorizontal("\nurgent\n"), "\nurgent\n");
+}
+
+TEST(TextTest, CollapsesWhitespaceRuns) {
+    EXPECT_EQ(text::collapsedWhitespace("  Server\n \tdown  "), "Server down");
+    EXPECT_EQ(text::collapsedWhitespace(" \n "), "");
+}
+
+TEST(TextTest, CaseInsensitiveEqualityKeepsDiacritics) {
+    EXPECT_TRUE(text::equalsIgnoringCase("MAIL", "mail"));
+    EXPECT_TRUE(text::equalsIgnoringCase("ÉCOLE", "école"));
+    EXPECT_TRUE(text::equalsIgnoringCase("Straße", "STRASSE")); // full case folding
+    EXPECT_FALSE(text::equalsIgnoringCase("ecole", "école"));
+    EXPECT_FALSE(text::equalsIgnoringCase("Mail", "Mail "));
+}
+
+TEST(TextTest, ContainmentIgnoresCaseAndDiacritics) {
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics("Café au lait", "cafe"));
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics("cafe au lait", "CAFÉ"));
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics("it is URGENT", "urgent"));
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics("party", "art"));
+    // A decomposed e + combining acute is the same letter as the precomposed one.
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics("Cafe\u0301", "café"));
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics("Fußball", "FUSSBALL"));
+    EXPECT_FALSE(text::containsIgnoringCaseAndDiacritics("cafe", "cafes"));
+    EXPECT_FALSE(text::containsIgnoringCaseAndDiacritics("", "a"));
+}
+
+TEST(TextTest, CountsUserPerceivedCharacters) {
+    EXPECT_EQ(text::characterCount(""), 0u);
+    EXPECT_EQ(text::characterCount("abc"), 3u);
+    EXPECT_EQ(text::characterCount("a\r\nb"), 3u); // CRLF is one character
+    EXPECT_EQ(text::characterCount("e\u0301"), 1u);
+    EXPECT_EQ(text::characterCount("\U0001F44D\U0001F3FD"), 1u); // thumbs up, skin tone
+    EXPECT_EQ(text::characterCount("\U0001F468\u200D\U0001F469\u200D\U0001F467"), 1u); // family
+    EXPECT_EQ(text::characterCount("\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7"), 2u);   // two flags
+}
+
+TEST(TextTest, CutsWithoutSplittingCharacters) {
+    EXPECT_EQ(text::prefixCharacters("a\r\nb", 2), "a\r\n");
+    EXPECT_EQ(text::prefixCharacters("e\u0301e\u0301", 1), "e\u0301");
+    EXPECT_EQ(text::prefixCharacters("\U0001F44D\U0001F3FDx", 1), "\U0001F44D\U0001F3FD");
+    EXPECT_EQ(text::prefixCharacters("abc", 10), "abc");
+    EXPECT_EQ(text::prefixCharacters("abc", 0), "");
+}
+
+TEST(TextTest, InvalidUtf8NeverFails) {
+    const std::string broken = "ok\xC3(\xFF end";
+    EXPECT_FALSE(text::isValidUtf8(broken));
+    std::string repaired = text::repairedUtf8(broken);
+    EXPECT_TRUE(text::isValidUtf8(repaired));
+    EXPECT_NE(repaired.find("\uFFFD"), std::string::npos);
+    EXPECT_NE(repaired.find(" end"), std::string::npos);
+    EXPECT_EQ(text::trimmed("  \xFF  "), "\xFF");
+    EXPECT_GT(text::characterCount(broken), 0u);
+    EXPECT_FALSE(text::containsIgnoringCaseAndDiacritics(broken, "ü"));
+    EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics(broken, "END"));
+}
+
+TEST(TextTest, DisplayOrderIgnoresCase) {
+    EXPECT_LT(text::compareForDisplay("apple", "Banana"), 0);
+    EXPECT_GT(text::compareForDisplay("Zebra", "apple"), 0);
+    EXPECT_LT(text::compareForDisplay("Éclair", "Fig"), 0);
+}
+
+} // namespace
+} // namespace ringwell

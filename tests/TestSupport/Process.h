@@ -1,0 +1,26 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ringwell::testing {
+
+struct ProcessResult {
+    int exitCode = -1; // -1 when the process did not exit normally
+    std::string out;
+    std::string err;
+};
+
+// Runs a program to completion with extra environment variables and the given
+// standard input, collecting both output streams.
+ProcessResult runProcess(const std::vector<std::string>& argv,
+                         const std::map<std::string, std::string>& environment = {},
+                         const std::string& input = "");
+
+// Runs the built `ringwell` executable.
+ProcessResult runRingwell(const std::vector<std::string>& args,
+                          const std::map<std::string, std::string>& environment = {},
+                          const std::string& input = "");
+
+} // namespace ringwell::testing
