@@ -1,0 +1,38 @@
+#include "Core/Router.h"
+
+#include "Core/RuleMatcher.h"
+
+#include <algorithm>
+
+namespace ringwell::Router {
+
+bool ruleMatches(const ChannelRule& rule, const NotificationInfo& notification,
+                 const std::vector<NotificationInfo>& history, const Calendar& calendar) {
+    // A frequency condition scans the whole history, which is wasted work when
+    // the notification itself already fails a content condition. The verdict
+    // is the same either way: a rule matches only when every check passes.
+    if (rule.frequency) {
+        auto content = RuleMatcher::contentChecks(rule, notification, calendar);
+        if (!std::all_of(content.begin(), content.end(),
+                         [](const RuleCheck& check) { return check.passed; }))
+            return false;
+    }
+    return RuleMatcher::matches(rule, notification, history, calendar);
+}
+
+RouteResult route(const NotificationInfo& notification,
+                  const std::vector<RoutableChannel>& channels,
+                  const std::vector<NotificationInfo>& history, const Calendar& calendar) {
+    std::optional<Uuid> firstDisabledMatch;
+    for (const auto& channel : channels) {
+        if (!ruleMatches(channel.rule, notification, history, calendar))
+            continue;
+        if (channel.isEnabled)
+            return RouteResult::channel(channel.id);
+        if (!firstDisabledMatch)
+            firstDisabledMatch = channel.id;
+    }
+    return firstDisabledMatch ? RouteResult::disabled(*firstDisabledMatch) : RouteResult::noMatch();
+}
+
+} // namespace ringwell::Router

@@ -1,0 +1,98 @@
+#include "Core/AlertTitle.h"
+
+#include "Core/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+const std::string ellipsis = "\u2026";
+const std::string thumbsUpMediumSkin = "\U0001F44D\U0001F3FD";
+const std::string family = "\U0001F468\u200D\U0001F469\u200D\U0001F467";
+const std::string eWithAcute = "e\u0301"; // a letter and a combining mark
+
+std::string repeated(const std::string& piece, int times) {
+    std::string out;
+    for (int i = 0; i < times; ++i)
+        out += piece;
+    return out;
+}
+
+class AlertTitleTest : public ::testing::Test {
+protected:
+    static std::string make(std::optional<std::string> title, std::optional<std::string> body,
+                            bool showText = true, std::string_view prefix = "") {
+        return AlertTitle::make("Urgent", title, body, showText, prefix);
+    }
+};
+
+TEST_F(AlertTitleTest, WhiteSpaceRunsCollapseAndEndsAreDropped) {
+    EXPECT_EQ(make("  Server\n down ", std::nullopt), "Server down");
+    EXPECT_EQ(make("\tDisk\r\n\r\nfull\t", " at  03:00\n"), "Disk full: at 03:00");
+}
+
+TEST_F(AlertTitleTest, TitleAndBodyJoinWithColon) {
+    EXPECT_EQ(make("Mom", "Call me"), "Mom: Call me");
+    EXPECT_EQ(make(std::nullopt, "Call me"), "Call me");
+}
+
+TEST_F(AlertTitleTest, PartsThatCollapseToNothingAreDropped) {
+    EXPECT_EQ(make(" \n\t ", "Call me"), "Call me");
+    EXPECT_EQ(make("Mom", "   "), "Mom");
+}
+
+TEST_F(AlertTitleTest, ChannelNameWhenNothingOfTheNotificationRemains) {
+    EXPECT_EQ(make(std::nullopt, std::nullopt), "Urgent");
+    EXPECT_EQ(make("  ", "\n"), "Urgent");
+    EXPECT_EQ(make("", ""), "Urgent");
+}
+
+TEST_F(AlertTitleTest, ChannelNameWhenTextIsHidden) {
+    EXPECT_EQ(make("Mom", "Call me", false), "Urgent");
+}
+
+TEST_F(AlertTitleTest, PrefixComesFirstAndCountsTowardsTheLimit) {
+    EXPECT_EQ(make("Mom", std::nullopt, true, "Test: "), "Test: Mom");
+    EXPECT_EQ(make(std::nullopt, std::nullopt, false, "Test: "), "Test: Urgent");
+    std::string title = make(repeated("x", 40), std::nullopt, true, "Test: ");
+    EXPECT_EQ(title, "Test: " + repeated("x", 33) + ellipsis);
+}
+
+TEST_F(AlertTitleTest, LongTitlesAreCutToFortyWithEllipsis) {
+    std::string long45 = repeated("abcde", 9);
+    EXPECT_EQ(make(long45, std::nullopt), long45.substr(0, 39) + ellipsis);
+    EXPECT_EQ(text::characterCount(make(long45, std::nullopt)), 40u);
+}
+
+TEST_F(AlertTitleTest, FortyCharactersStayAsTheyAre) {
+    EXPECT_EQ(make(repeated("a", 40), std::nullopt), repeated("a", 40));
+    EXPECT_EQ(make(repeated("a", 41), std::nullopt), repeated("a", 39) + ellipsis);
+}
+
+TEST_F(AlertTitleTest, CharactersAreUserPerceived) {
+    // Forty characters but many more bytes: left alone.
+    std::string emojiTitle = repeated(thumbsUpMediumSkin, 20) + repeated(family, 20);
+    EXPECT_EQ(make(emojiTitle, std::nullopt), emojiTitle);
+
+    std::string accents = repeated(eWithAcute, 45);
+    EXPECT_EQ(make(accents, std::nullopt), repeated(eWithAcute, 39) + ellipsis);
+}
+
+TEST_F(AlertTitleTest, CutNeverSplitsAnEmojiSequence) {
+    EXPECT_EQ(make(repeated("a", 38) + thumbsUpMediumSkin + "bc", std::nullopt),
+              repeated("a", 38) + thumbsUpMediumSkin + ellipsis);
+    EXPECT_EQ(make(repeated("a", 38) + family + family + "b", std::nullopt),
+              repeated("a", 38) + family + ellipsis);
+}
+
+TEST_F(AlertTitleTest, TruncateHonoursItsLimit) {
+    EXPECT_EQ(AlertTitle::truncate("abcdef", 4), "abc" + ellipsis);
+    EXPECT_EQ(AlertTitle::truncate("abcd", 4), "abcd");
+    EXPECT_EQ(AlertTitle::truncate("ab", 1), ellipsis);
+    EXPECT_EQ(AlertTitle::truncate("ab", 0), "");
+    EXPECT_EQ(AlertTitle::truncate("", 0), "");
+}
+
+} // namespace
+} // namespace ringwell

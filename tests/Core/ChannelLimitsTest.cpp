@@ -1,0 +1,78 @@
+#include "Core/ChannelLimits.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using ::testing::ElementsAre;
+using namespace ChannelLimits;
+
+std::string repeated(const std::string& piece, int times) {
+    std::string out;
+    for (int i = 0; i < times; ++i)
+        out += piece;
+    return out;
+}
+
+const std::string heart = "\u2764\uFE0F";
+
+TEST(ChannelLimitsTest, ClampNameKeepsFortyCharacters) {
+    EXPECT_EQ(clampName(repeated("a", 40)), repeated("a", 40));
+    EXPECT_EQ(clampName(repeated("a", 41)), repeated("a", 40));
+    EXPECT_EQ(clampName(""), "");
+    // Characters, not bytes: an emoji with a variation selector is one.
+    EXPECT_EQ(clampName(repeated(heart, 41)), repeated(heart, 40));
+}
+
+TEST(ChannelLimitsTest, BlankNamesAreFinalizedAsUntitled) {
+    EXPECT_EQ(finalizedName(""), "Untitled");
+    EXPECT_EQ(finalizedName("   "), "Untitled");
+    EXPECT_EQ(finalizedName(" \t "), "Untitled");
+}
+
+TEST(ChannelLimitsTest, LineBreaksAreNotBlankWhenFinalizing) {
+    EXPECT_EQ(finalizedName("\n"), "\n");
+    EXPECT_EQ(finalizedName(" \n "), " \n ");
+}
+
+TEST(ChannelLimitsTest, FinalizedNameIsKeptUntrimmed) {
+    EXPECT_EQ(finalizedName(" a "), " a ");
+    EXPECT_EQ(finalizedName(" " + repeated("b", 45)), " " + repeated("b", 39));
+}
+
+TEST(ChannelLimitsTest, CountdownIsClampedToItsRange) {
+    EXPECT_EQ(clampCountdown(0), 5);
+    EXPECT_EQ(clampCountdown(-30), 5);
+    EXPECT_EQ(clampCountdown(5), 5);
+    EXPECT_EQ(clampCountdown(42), 42);
+    EXPECT_EQ(clampCountdown(1800), 1800);
+    EXPECT_EQ(clampCountdown(1801), 1800);
+}
+
+TEST(ChannelLimitsTest, SnoozeIsClampedToItsRange) {
+    EXPECT_EQ(clampSnooze(59), 60);
+    EXPECT_EQ(clampSnooze(60), 60);
+    EXPECT_EQ(clampSnooze(1800), 1800);
+    EXPECT_EQ(clampSnooze(3600), 1800);
+}
+
+TEST(ChannelLimitsTest, OptionsAddAStoredValueInOrder) {
+    const std::vector<std::int64_t> presets = {5, 10, 15};
+    EXPECT_THAT(options(presets, 12), ElementsAre(5, 10, 12, 15));
+    EXPECT_THAT(options(presets, 1), ElementsAre(1, 5, 10, 15));
+    EXPECT_THAT(options(presets, 99), ElementsAre(5, 10, 15, 99));
+    EXPECT_THAT(options(snoozePresets, 90), ElementsAre(60, 90, 120, 300, 600, 900, 1800));
+}
+
+TEST(ChannelLimitsTest, OptionsLeavePresetsHoldingTheValueAsTheyAre) {
+    EXPECT_THAT(options(countdownPresets, 30),
+                ElementsAre(5, 10, 15, 30, 60, 120, 300, 600, 900, 1800));
+    // Not re-sorted when the value is already there.
+    EXPECT_THAT(options(std::vector<std::int64_t>{30, 10, 20}, 10), ElementsAre(30, 10, 20));
+    EXPECT_THAT(options(std::vector<std::int64_t>{}, 7), ElementsAre(7));
+}
+
+} // namespace
+} // namespace ringwell

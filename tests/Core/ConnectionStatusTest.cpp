@@ -1,0 +1,89 @@
+#include "Core/ConnectionStatus.h"
+
+#include "TestSupport/Helpers.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::at;
+using Trigger = ConnectionStatus::Trigger;
+
+class ConnectionStatusTest : public ::testing::Test {
+protected:
+    std::string labelFor(double secondsAgo) const {
+        ConnectionStatus status{now.addingSeconds(-secondsAgo), 1};
+        return status.label(now);
+    }
+
+    Uuid channel = Uuid::random();
+    Uuid other = Uuid::random();
+    Date now = at("2025-06-02T10:00:00Z");
+};
+
+TEST_F(ConnectionStatusTest, NoAttributedEventsMeansNeverTriggered) {
+    auto status = ConnectionStatus::of(channel, {{other, now}, {std::nullopt, now}});
+    EXPECT_EQ(status.count, 0);
+    EXPECT_EQ(status.lastTriggered, std::nullopt);
+    EXPECT_EQ(status.label(now), "Never triggered");
+}
+
+TEST_F(ConnectionStatusTest, CountsOnlyTheChannelsEventsAndTakesTheNewest) {
+    std::vector<Trigger> newestFirst = {
+        {other, at("2025-06-02T09:00:00Z")},   {std::nullopt, at("2025-06-02T08:00:00Z")},
+        {channel, at("2025-06-01T12:00:00Z")}, {other, at("2025-06-01T11:00:00Z")},
+        {channel, at("2025-05-30T12:00:00Z")},
+    };
+    auto status = ConnectionStatus::of(channel, newestFirst);
+    EXPECT_EQ(status.count, 2);
+    EXPECT_EQ(status.lastTriggered, at("2025-06-01T12:00:00Z"));
+}
+
+TEST_F(ConnectionStatusTest, LogOrderDecidesTheLastTrigger) {
+    // The log is newest first; the first attributed entry is taken as it is.
+    auto status = ConnectionStatus::of(
+        channel, {{channel, at("2025-06-01T12:00:00Z")}, {channel, at("2025-06-02T09:00:00Z")}});
+    EXPECT_EQ(status.lastTriggered, at("2025-06-01T12:00:00Z"));
+}
+
+TEST_F(ConnectionStatusTest, LabelSaysYesterdayForADayAgo) {
+    EXPECT_EQ(labelFor(30 * 3600), "Last triggered yesterday");
+}
+
+TEST_F(ConnectionStatusTest, LabelPicksTheUnitFromTheInterval) {
+    EXPECT_EQ(labelFor(0), "Last triggered now");
+    EXPECT_EQ(labelFor(0.4), "Last triggered now");
+    EXPECT_EQ(labelFor(5), "Last triggered 5 seconds ago");
+    EXPECT_EQ(labelFor(59), "Last triggered 59 seconds ago");
+    EXPECT_EQ(labelFor(60), "Last triggered 1 minute ago");
+    EXPECT_EQ(labelFor(45 * 60), "Last triggered 45 minutes ago");
+    EXPECT_EQ(labelFor(2 * 3600 + 59 * 60), "Last triggered 2 hours ago");
+    EXPECT_EQ(labelFor(3 * 86400), "Last triggered 3 days ago");
+    EXPECT_EQ(labelFor(8 * 86400), "Last triggered last week");
+    EXPECT_EQ(labelFor(15 * 86400), "Last triggered 2 weeks ago");
+    EXPECT_EQ(labelFor(65 * 86400), "Last triggered 2 months ago");
+    EXPECT_EQ(labelFor(800 * 86400), "Last triggered 2 years ago");
+}
+
+TEST_F(ConnectionStatusTest, FutureTriggerReadsAhead) {
+    EXPECT_EQ(labelFor(-120), "Last triggered in 2 minutes");
+}
+
+TEST(AppReachabilityTest, NamesCompareLowerCased) {
+    const std::vector<std::string> known = {"Mail", "Messages", "Phone"};
+    EXPECT_TRUE(ConnectionStatus::isReaching("mail", known));
+    EXPECT_TRUE(ConnectionStatus::isReaching("PHONE", known));
+    EXPECT_TRUE(ConnectionStatus::isReaching("ÉCOLE", {"école"}));
+}
+
+TEST(AppReachabilityTest, NamesMustOtherwiseMatchExactly) {
+    const std::vector<std::string> known = {"Mail", "Messages"};
+    EXPECT_FALSE(ConnectionStatus::isReaching("Mail ", known));
+    EXPECT_FALSE(ConnectionStatus::isReaching("Mai", known));
+    EXPECT_FALSE(ConnectionStatus::isReaching("Slack", known));
+    EXPECT_FALSE(ConnectionStatus::isReaching("Mail", {}));
+}
+
+} // namespace
+} // namespace ringwell

@@ -1,0 +1,73 @@
+#include "Core/Cooldown.h"
+
+#include "TestSupport/Helpers.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::at;
+
+class CooldownTest : public ::testing::Test {
+protected:
+    bool activeAfter(std::int64_t seconds, const char* from, double secondsSinceFiring,
+                     const char* firedFor = "alice") {
+        return Cooldown::isActive(seconds, from, now,
+                                  {{firedFor, now.addingSeconds(-secondsSinceFiring)}});
+    }
+
+    Date now = at("2025-06-02T10:00:00Z");
+};
+
+TEST_F(CooldownTest, ActiveJustInsideThePeriod) {
+    EXPECT_TRUE(activeAfter(60, "Alice", 59));
+}
+
+TEST_F(CooldownTest, OverOnceThePeriodHasPassed) {
+    EXPECT_FALSE(activeAfter(60, "Alice", 60));
+    EXPECT_FALSE(activeAfter(60, "Alice", 3600));
+}
+
+TEST_F(CooldownTest, ActiveForAFiringAtTheSameMoment) {
+    EXPECT_TRUE(activeAfter(60, "Alice", 0));
+}
+
+TEST_F(CooldownTest, FiringsAfterTheNotificationNeverCount) {
+    EXPECT_FALSE(activeAfter(60, "Alice", -10));
+    EXPECT_FALSE(activeAfter(60, "Alice", -0.5));
+}
+
+TEST_F(CooldownTest, ZeroOrNegativeSecondsTurnItOff) {
+    EXPECT_FALSE(activeAfter(0, "Alice", 0));
+    EXPECT_FALSE(activeAfter(-60, "Alice", 1));
+}
+
+TEST_F(CooldownTest, SendersCompareIgnoringCase) {
+    EXPECT_TRUE(activeAfter(60, "ALICE", 30, "alice"));
+    EXPECT_TRUE(activeAfter(60, "Élodie", 30, "éLODIE"));
+}
+
+TEST_F(CooldownTest, AnotherSenderRingsAtOnce) {
+    EXPECT_FALSE(activeAfter(60, "Bob", 30, "Alice"));
+    // A sender is compared whole, not as a part of another.
+    EXPECT_FALSE(activeAfter(60, "Ali", 30, "Alice"));
+}
+
+TEST_F(CooldownTest, AnyRecentFiringOfTheSenderCounts) {
+    std::vector<Cooldown::Firing> firings = {
+        {"Bob", now.addingSeconds(-5)},
+        {"Alice", now.addingSeconds(-500)},
+        {"alice", now.addingSeconds(-20)},
+    };
+    EXPECT_TRUE(Cooldown::isActive(60, "Alice", now, firings));
+    EXPECT_FALSE(Cooldown::isActive(10, "Alice", now, firings));
+    EXPECT_FALSE(Cooldown::isActive(60, "Carol", now, firings));
+}
+
+TEST_F(CooldownTest, NoFiringsNoCooldown) {
+    EXPECT_FALSE(Cooldown::isActive(300, "Alice", now, {}));
+}
+
+} // namespace
+} // namespace ringwell

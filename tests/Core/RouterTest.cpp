@@ -1,0 +1,126 @@
+#include "Core/Router.h"
+
+#include "TestSupport/Helpers.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+
+// Readable failure messages for verdicts.
+void PrintTo(const RouteResult& result, std::ostream* out) {
+    switch (result.kind()) {
+    case RouteResult::Kind::channel:
+        *out << "channel(" << result.id()->toString() << ")";
+        break;
+    case RouteResult::Kind::disabled:
+        *out << "disabled(" << result.id()->toString() << ")";
+        break;
+    case RouteResult::Kind::noMatch:
+        *out << "noMatch";
+        break;
+    }
+}
+
+namespace {
+
+using testing::at;
+using testing::calendarIn;
+
+class RouterTest : public ::testing::Test {
+protected:
+    static ChannelRule anyNotification() { return {}; }
+    static ChannelRule fromApp(std::string app) {
+        ChannelRule rule;
+        rule.apps = {std::move(app)};
+        return rule;
+    }
+    RoutableChannel channel(ChannelRule rule, bool enabled = true) {
+        return {Uuid::random(), enabled, std::move(rule)};
+    }
+    RouteResult route(const std::vector<RoutableChannel>& channels,
+                      const std::vector<NotificationInfo>& history = {}) {
+        return Router::route(notification, channels, history, calendar);
+    }
+
+    Calendar calendar = calendarIn("Europe/Berlin");
+    NotificationInfo notification{"Mail", "Alice",      "Server",
+                                  "",     "down again", at("2025-06-02T10:00:00Z"),
+                                  false,  std::nullopt};
+};
+
+TEST_F(RouterTest, NoChannelsIsNoMatch) {
+    EXPECT_EQ(route({}), RouteResult::noMatch());
+}
+
+TEST_F(RouterTest, NothingMatchingIsNoMatch) {
+    EXPECT_EQ(route({channel(fromApp("Slack")), channel(fromApp("Phone"), false)}),
+              RouteResult::noMatch());
+}
+
+TEST_F(RouterTest, DisabledMatchDoesNotHideLaterEnabledMatch) {
+    auto first = channel(anyNotification(), false);
+    auto second = channel(anyNotification());
+    EXPECT_EQ(route({first, second}), RouteResult::channel(second.id));
+}
+
+TEST_F(RouterTest, EarliestDisabledMatchIsReportedWhenNothingEnabledMatches) {
+    auto skippedMismatch = channel(fromApp("Slack"), false);
+    auto first = channel(anyNotification(), false);
+    auto second = channel(fromApp("mail"), false);
+    auto enabledMismatch = channel(fromApp("Phone"));
+    EXPECT_EQ(route({skippedMismatch, first, second, enabledMismatch}),
+              RouteResult::disabled(first.id));
+}
+
+TEST_F(RouterTest, FirstEnabledMatchWinsOverLaterMatches) {
+    auto first = channel(fromApp("Mail"));
+    auto second = channel(anyNotification());
+    auto laterDisabled = channel(anyNotification(), false);
+    EXPECT_EQ(route({channel(fromApp("Slack")), first, second, laterDisabled}),
+              RouteResult::channel(first.id));
+}
+
+TEST_F(RouterTest, EnabledMatchAfterDisabledOnesWins) {
+    auto disabled = channel(anyNotification(), false);
+    auto enabled = channel(fromApp("Mail"));
+    EXPECT_EQ(route({disabled, channel(fromApp("Slack")), enabled}),
+              RouteResult::channel(enabled.id));
+}
+
+TEST_F(RouterTest, FrequencyConditionSeesTheHistory) {
+    ChannelRule repeated = fromApp("Mail");
+    repeated.frequency = FrequencyCondition{3, 600};
+    auto channelOfRule = channel(repeated);
+
+    NotificationInfo earlier = notification;
+    earlier.date = notification.date.addingSeconds(-120);
+    EXPECT_EQ(route({channelOfRule}, {earlier}), RouteResult::noMatch());
+
+    NotificationInfo evenEarlier = notification;
+    evenEarlier.date = notification.date.addingSeconds(-300);
+    EXPECT_EQ(route({channelOfRule}, {earlier, evenEarlier}),
+              RouteResult::channel(channelOfRule.id));
+}
+
+TEST_F(RouterTest, ActiveHoursAreJudgedInTheGivenCalendar) {
+    // 10:00 UTC is 12:00 in Berlin in summer.
+    ChannelRule lunch;
+    lunch.activeHours = ActiveHours{ActiveHours::allDays(), 11 * 60 + 30, 12 * 60 + 30};
+    auto lunchChannel = channel(lunch);
+    EXPECT_EQ(route({lunchChannel}), RouteResult::channel(lunchChannel.id));
+    calendar = calendarIn("UTC");
+    EXPECT_EQ(route({lunchChannel}), RouteResult::noMatch());
+}
+
+TEST_F(RouterTest, VerdictsCompareByKindAndChannel) {
+    Uuid a = Uuid::random();
+    Uuid b = Uuid::random();
+    EXPECT_EQ(RouteResult::channel(a), RouteResult::channel(a));
+    EXPECT_NE(RouteResult::channel(a), RouteResult::channel(b));
+    EXPECT_NE(RouteResult::channel(a), RouteResult::disabled(a));
+    EXPECT_NE(RouteResult::disabled(a), RouteResult::noMatch());
+    EXPECT_EQ(RouteResult::noMatch().id(), std::nullopt);
+}
+
+} // namespace
+} // namespace ringwell

@@ -1,0 +1,232 @@
+#include "Core/RulePreview.h"
+
+#include "TestSupport/Helpers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace ringwell {
+
+void PrintTo(const PreviewVerdict& verdict, std::ostream* out) {
+    static const char* names[] = {"shadowed", "rings", "cooledDown", "disabled", "noMatch"};
+    *out << names[static_cast<int>(verdict.kind())];
+    if (verdict.shadowedBy())
+        *out << "(" << verdict.shadowedBy()->toString() << ")";
+}
+
+namespace {
+
+using testing::at;
+using testing::calendarIn;
+using ::testing::ElementsAre;
+
+class RulePreviewTest : public ::testing::Test {
+protected:
+    // A notification `seconds` after the start of the replay.
+    NotificationInfo message(const char* sender, double seconds, const char* app = "Messages") {
+        return {app, sender, "", "", "hello", start.addingSeconds(seconds), false, std::nullopt};
+    }
+
+    static RoutableChannel channel(ChannelRule rule = {}, bool enabled = true) {
+        return {Uuid::random(), enabled, std::move(rule)};
+    }
+
+    // Runs the preview with notifications given oldest first, as tests read best.
+    std::vector<PreviewEntry> run(const RoutableChannel& previewed,
+                                  const std::vector<RoutableChannel>& channels,
+                                  std::vector<NotificationInfo> oldestFirst) {
+        std::reverse(oldestFirst.begin(), oldestFirst.end());
+        return RulePreview::run(previewed.id, channels, oldestFirst, calendar);
+    }
+
+    // Verdicts in oldest-first order.
+    static std::vector<PreviewVerdict> verdicts(const std::vector<PreviewEntry>& entries) {
+        std::vector<PreviewVerdict> out;
+        for (auto it = entries.rbegin(); it != entries.rend(); ++it)
+            out.push_back(it->verdict);
+        return out;
+    }
+
+    static ChannelRule withCooldown(std::int64_t seconds) {
+        ChannelRule rule;
+        rule.cooldownSeconds = seconds;
+        return rule;
+    }
+
+    Calendar calendar = calendarIn("Europe/Berlin");
+    Date start = at("2025-06-02T10:00:00Z");
+};
+
+TEST_F(RulePreviewTest, UnknownChannelGivesNoEntries) {
+    auto known = channel();
+    EXPECT_TRUE(run(channel(), {known}, {message("Mom", 0)}).empty());
+}
+
+TEST_F(RulePreviewTest, NoNotificationsGiveNoEntries) {
+    auto previewed = channel();
+    EXPECT_TRUE(run(previewed, {previewed}, {}).empty());
+    EXPECT_EQ(RulePreview::ringCount({}), 0);
+}
+
+TEST_F(RulePreviewTest, EntriesAreNewestFirstWithIdsCountingFromTheOldest) {
+    auto previewed = channel();
+    auto a = message("A", 0), b = message("B", 10), c = message("C", 20);
+    auto entries = run(previewed, {previewed}, {a, b, c});
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0].id, 2);
+    EXPECT_EQ(entries[0].notification, c);
+    EXPECT_EQ(entries[2].id, 0);
+    EXPECT_EQ(entries[2].notification, a);
+}
+
+TEST_F(RulePreviewTest, EachEntryKeepsOnlyOlderNotificationsOldestFirst) {
+    auto previewed = channel();
+    auto a = message("A", 0), b = message("B", 10), c = message("C", 20);
+    auto entries = run(previewed, {previewed}, {a, b, c});
+    EXPECT_THAT(entries[0].history, ElementsAre(a, b));
+    EXPECT_THAT(entries[1].history, ElementsAre(a));
+    EXPECT_TRUE(entries[2].history.empty());
+}
+
+TEST_F(RulePreviewTest, EarlierMatchingChannelShadowsEveryEntry) {
+    auto first = channel();
+    auto previewed = channel();
+    auto entries = run(previewed, {first, previewed}, {message("A", 0), message("B", 10)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::shadowed(first.id),
+                                               PreviewVerdict::shadowed(first.id)));
+    EXPECT_EQ(RulePreview::ringCount(entries), 0);
+    EXPECT_TRUE(entries[0].verdict.matchesRule());
+}
+
+TEST_F(RulePreviewTest, EarlierDisabledOrMismatchingChannelsDoNotShadow) {
+    ChannelRule slackOnly;
+    slackOnly.apps = {"Slack"};
+    auto previewed = channel();
+    auto entries =
+        run(previewed, {channel({}, false), channel(slackOnly), previewed}, {message("A", 0)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::rings()));
+}
+
+TEST_F(RulePreviewTest, LaterChannelsNeverShadow) {
+    auto previewed = channel();
+    auto entries = run(previewed, {previewed, channel()}, {message("A", 0)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::rings()));
+}
+
+TEST_F(RulePreviewTest, ShadowingIgnoresTheWinnersOwnCooldown) {
+    auto first = channel(withCooldown(3600));
+    auto previewed = channel();
+    auto entries = run(previewed, {first, previewed}, {message("Mom", 0), message("Mom", 10)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::shadowed(first.id),
+                                               PreviewVerdict::shadowed(first.id)));
+}
+
+TEST_F(RulePreviewTest, DisabledChannelWithMatchingRule) {
+    ChannelRule messagesOnly;
+    messagesOnly.apps = {"Messages"};
+    auto previewed = channel(messagesOnly, false);
+    auto entries = run(previewed, {previewed}, {message("Mom", 0), message("Mom", 10, "Slack")});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::disabled(), PreviewVerdict::noMatch()));
+    EXPECT_TRUE(entries[1].verdict.matchesRule());
+    EXPECT_FALSE(entries[0].verdict.matchesRule());
+}
+
+TEST_F(RulePreviewTest, MismatchIsReportedBeforeShadowing) {
+    ChannelRule slackOnly;
+    slackOnly.apps = {"Slack"};
+    auto previewed = channel(slackOnly);
+    auto entries = run(previewed, {channel(), previewed}, {message("Mom", 0)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::noMatch()));
+}
+
+TEST_F(RulePreviewTest, CooledDownMessageDoesNotRestartTheCooldown) {
+    auto previewed = channel(withCooldown(300));
+    auto entries =
+        run(previewed, {previewed}, {message("Mom", 0), message("Mom", 100), message("Mom", 400)});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::cooledDown(),
+                            PreviewVerdict::rings()));
+    EXPECT_EQ(RulePreview::ringCount(entries), 2);
+}
+
+TEST_F(RulePreviewTest, CooldownEndsExactlyAfterItsLength) {
+    auto previewed = channel(withCooldown(300));
+    auto entries =
+        run(previewed, {previewed}, {message("Mom", 0), message("Mom", 299), message("Mom", 300)});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::cooledDown(),
+                            PreviewVerdict::rings()));
+}
+
+TEST_F(RulePreviewTest, CooldownIsPerSender) {
+    auto previewed = channel(withCooldown(300));
+    auto entries =
+        run(previewed, {previewed}, {message("Mom", 0), message("Dad", 100), message("Mom", 200)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::rings(), PreviewVerdict::rings(),
+                                               PreviewVerdict::cooledDown()));
+}
+
+TEST_F(RulePreviewTest, SendersDifferingInCaseShareOneCooldown) {
+    auto previewed = channel(withCooldown(300));
+    auto entries = run(previewed, {previewed}, {message("MOM", 0), message("mom", 100)});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::cooledDown()));
+}
+
+TEST_F(RulePreviewTest, TitleIsTheCooldownKeyWithoutSender) {
+    auto previewed = channel(withCooldown(300));
+    auto fromTitle = message("", 100);
+    fromTitle.title = "Mom";
+    auto entries = run(previewed, {previewed}, {message("Mom", 0), fromTitle});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::cooledDown()));
+}
+
+TEST_F(RulePreviewTest, ShadowedRingsDoNotStartACooldown) {
+    // The earlier channel takes only the first message; the second one reaches
+    // the previewed channel, which has not rung for Mom yet.
+    ChannelRule first;
+    first.keywords = {"first"};
+    auto earlier = channel(first);
+    auto previewed = channel(withCooldown(300));
+    auto opening = message("Mom", 0);
+    opening.body = "first";
+    auto entries = run(previewed, {earlier, previewed}, {opening, message("Mom", 10)});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::shadowed(earlier.id), PreviewVerdict::rings()));
+}
+
+TEST_F(RulePreviewTest, FrequencyRingsFromTheThirdNotificationInTheWindow) {
+    ChannelRule repeated;
+    repeated.frequency = FrequencyCondition{3, 600};
+    auto previewed = channel(repeated);
+    auto entries = run(previewed, {previewed},
+                       {message("A", 0), message("B", 60), message("C", 120), message("D", 180),
+                        message("E", 1000)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::noMatch(), PreviewVerdict::noMatch(),
+                                               PreviewVerdict::rings(), PreviewVerdict::rings(),
+                                               PreviewVerdict::noMatch()));
+}
+
+TEST_F(RulePreviewTest, FrequencyOfAnEarlierChannelDecidesShadowing) {
+    ChannelRule repeated;
+    repeated.frequency = FrequencyCondition{2, 600};
+    auto earlier = channel(repeated);
+    auto previewed = channel();
+    auto entries = run(previewed, {earlier, previewed}, {message("A", 0), message("B", 60)});
+    EXPECT_THAT(verdicts(entries),
+                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::shadowed(earlier.id)));
+}
+
+TEST_F(RulePreviewTest, VerdictsCompareByKindAndWinner) {
+    Uuid a = Uuid::random();
+    EXPECT_EQ(PreviewVerdict::shadowed(a), PreviewVerdict::shadowed(a));
+    EXPECT_NE(PreviewVerdict::shadowed(a), PreviewVerdict::shadowed(Uuid::random()));
+    EXPECT_NE(PreviewVerdict::rings(), PreviewVerdict::cooledDown());
+}
+
+} // namespace
+} // namespace ringwell
