@@ -36,6 +36,29 @@ std::shared_ptr<const icu::RegexPattern> regex(std::string_view pattern) {
     return compiled;
 }
 
+namespace {
+
+// A matcher per pattern and thread, reset onto each new text: building a
+// matcher costs far more than one search.
+icu::RegexMatcher* reusableMatcher(const std::string& pattern) {
+    thread_local std::unordered_map<std::string, std::unique_ptr<icu::RegexMatcher>> matchers;
+    if (auto found = matchers.find(pattern); found != matchers.end())
+        return found->second.get();
+    auto compiled = regex(pattern);
+    if (!compiled)
+        return nullptr;
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexMatcher> matcher(compiled->matcher(status));
+    if (U_FAILURE(status))
+        return nullptr;
+    matcher->setTimeLimit(regexTimeLimit, status);
+    if (matchers.size() >= cacheLimit)
+        matchers.clear();
+    return matchers.emplace(pattern, std::move(matcher)).first->second.get();
+}
+
+} // namespace
+
 bool matches(std::string_view pattern, std::string_view text, PatternKind kind) {
     std::string trimmedPattern = text::trimmedHorizontal(pattern);
     if (trimmedPattern.empty())
@@ -43,16 +66,16 @@ bool matches(std::string_view pattern, std::string_view text, PatternKind kind) 
     if (kind == PatternKind::plain)
         return text::containsIgnoringCaseAndDiacritics(text, trimmedPattern);
 
-    auto compiled = regex(trimmedPattern);
-    if (!compiled)
+    icu::RegexMatcher* matcher = reusableMatcher(trimmedPattern);
+    if (!matcher)
         return false;
-    UErrorCode status = U_ZERO_ERROR;
     icu::UnicodeString input = unicode(text);
-    std::unique_ptr<icu::RegexMatcher> matcher(compiled->matcher(input, status));
-    if (U_FAILURE(status))
-        return false;
-    matcher->setTimeLimit(regexTimeLimit, status);
+    matcher->reset(input);
+    UErrorCode status = U_ZERO_ERROR;
     bool found = matcher->find(0, status);
+    // Detach the matcher from the local text before that goes away.
+    static const icu::UnicodeString nothing;
+    matcher->reset(nothing);
     // A search that timed out or overflowed its stack counts as no match.
     return U_SUCCESS(status) && found;
 }
