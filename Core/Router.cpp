@@ -29,7 +29,7 @@ RouteResult route(const NotificationInfo& notification,
             continue;
         if (channel.isEnabled)
             return RouteResult::channel(channel.id);
-        if (true)
+        if (!firstDisabledMatch)
             firstDisabledMatch = channel.id;
     }
     return firstDisabledMatch ? RouteResult::disabled(*firstDisabledMatch) : RouteResult::noMatch();
