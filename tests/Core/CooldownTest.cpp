@@ -65,9 +65,5 @@ TEST_F(CooldownTest, AnyRecentFiringOfTheSenderCounts) {
     EXPECT_FALSE(Cooldown::isActive(60, "Carol", now, firings));
 }
 
-TEST_F(CooldownTest, NoFiringsNoCooldown) {
-    EXPECT_FALSE(Cooldown::isActive(300, "Alice", now, {}));
-}
-
 } // namespace
 } // namespace ringwell

@@ -138,11 +138,6 @@ TEST_F(DiagnosticsReportTest, OnlyTheNewestThirtyEventsAreListed) {
     EXPECT_EQ(heading[31], "");
 }
 
-TEST_F(DiagnosticsReportTest, ReportHasNoFinalLineBreak) {
-    report.performanceReports = {"one"};
-    EXPECT_EQ(report.text().back(), 'e');
-}
-
 TEST_F(DiagnosticsReportTest, NothingPrivateAppearsAnywhere) {
     // Senders and keywords shaped like notification text: none of them may leak.
     const std::vector<std::string> secrets = {"Sender-Mom", "Kw-urgent", "Title text",

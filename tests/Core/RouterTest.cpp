@@ -112,15 +112,5 @@ TEST_F(RouterTest, ActiveHoursAreJudgedInTheGivenCalendar) {
     EXPECT_EQ(route({lunchChannel}), RouteResult::noMatch());
 }
 
-TEST_F(RouterTest, VerdictsCompareByKindAndChannel) {
-    Uuid a = Uuid::random();
-    Uuid b = Uuid::random();
-    EXPECT_EQ(RouteResult::channel(a), RouteResult::channel(a));
-    EXPECT_NE(RouteResult::channel(a), RouteResult::channel(b));
-    EXPECT_NE(RouteResult::channel(a), RouteResult::disabled(a));
-    EXPECT_NE(RouteResult::disabled(a), RouteResult::noMatch());
-    EXPECT_EQ(RouteResult::noMatch().id(), std::nullopt);
-}
-
 } // namespace
 } // namespace ringwell

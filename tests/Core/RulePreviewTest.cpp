@@ -221,12 +221,5 @@ TEST_F(RulePreviewTest, FrequencyOfAnEarlierChannelDecidesShadowing) {
                 ElementsAre(PreviewVerdict::rings(), PreviewVerdict::shadowed(earlier.id)));
 }
 
-TEST_F(RulePreviewTest, VerdictsCompareByKindAndWinner) {
-    Uuid a = Uuid::random();
-    EXPECT_EQ(PreviewVerdict::shadowed(a), PreviewVerdict::shadowed(a));
-    EXPECT_NE(PreviewVerdict::shadowed(a), PreviewVerdict::shadowed(Uuid::random()));
-    EXPECT_NE(PreviewVerdict::rings(), PreviewVerdict::cooledDown());
-}
-
 } // namespace
 } // namespace ringwell
