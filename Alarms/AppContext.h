@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Alarms/AlarmAuthorization.h"
+#include "Alarms/AlarmScheduler.h"
+#include "Alarms/Logger.h"
+#include "Alarms/NoticeCenter.h"
+#include "Alarms/SetupTestController.h"
+#include "Alarms/UserDefaults.h"
+#include "Core/Calendar.h"
+#include "Model/Clock.h"
+#include "Model/RingwellStore.h"
+#include "Shared/AlarmService.h"
+
+#include <functional>
+
+namespace ringwell {
+
+// The long-lived objects the app's logic works with. The daemon builds one
+// from the real implementations on its main thread and keeps it, and every
+// object it names, alive for as long as anything runs on the io_context;
+// tests build one from fakes. Nothing in the app's logic reaches these
+// objects any other way.
+struct AppContext {
+    RingwellStore& store;
+    AlarmService& alarmService;
+    AlarmScheduler& scheduler;
+    AlarmAuthorization& authorization;
+    SetupTestController& setupTest;
+    NoticeCenter& notices;
+    UserDefaults& defaults;
+    Logger& logger;
+    const Clock& clock;
+    // The person's calendar at this moment, asked afresh for each notification
+    // so that a change of time zone takes effect without a restart.
+    std::function<Calendar()> calendar = [] { return Calendar::userDefault(); };
+};
+
+} // namespace ringwell
