@@ -1,0 +1,20 @@
+#pragma once
+
+#include <filesystem>
+
+// The tone files built with Ringwell (ringwell-<tone>.caf and the default
+// tone ringwell-default.caf), which the daemon installs into the user's sounds
+// directory at start.
+namespace ringwell::BundledSounds {
+
+// $RINGWELL_SOUNDS_DIR when set and not empty (for installed copies),
+// otherwise the directory the build wrote the tones into.
+std::filesystem::path directory();
+
+// "ringwell-default.caf" in `directory()`: what an alarm with the service's
+// default sound plays, and what a missing named tone falls back to.
+std::filesystem::path defaultTone();
+
+inline constexpr const char* defaultToneFileName = "ringwell-default.caf";
+
+} // namespace ringwell::BundledSounds

@@ -1,0 +1,85 @@
+#include "Platform/JsonFile.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ringwell::JsonFile {
+namespace fs = std::filesystem;
+
+Result<bool> createPrivateDirectories(const fs::path& directory) {
+    fs::path partial;
+    for (const auto& component : directory) {
+        partial /= component;
+        if (::mkdir(partial.c_str(), 0700) != 0 && errno != EEXIST)
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
+        struct stat info {};
+        if (::stat(partial.c_str(), &info) != 0)
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
+        if (!S_ISDIR(info.st_mode))
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(ENOTDIR)};
+    }
+    return true;
+}
+
+fs::path quarantinePath(const fs::path& file) {
+    fs::path moved = file;
+    moved.replace_extension("corrupt.json");
+    return moved;
+}
+
+Result<std::optional<std::string>> readText(const fs::path& file) {
+    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        if (errno == ENOENT)
+            return std::optional<std::string>();
+        return Error{"Cannot read " + file.string() + ": " + std::strerror(errno)};
+    }
+    std::string contents;
+    char buffer[16384];
+    while (true) {
+        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (count == 0)
+            break;
+        if (count < 0) {
+            if (errno == EINTR)
+                continue;
+            const int error = errno;
+            ::close(fd);
+            return Error{"Cannot read " + file.string() + ": " + std::strerror(error)};
+        }
+        contents.append(buffer, static_cast<std::size_t>(count));
+    }
+    ::close(fd);
+    return std::optional<std::string>(std::move(contents));
+}
+
+void quarantine(const fs::path& file, const std::string& reason, const ErrorLog& log) {
+    const fs::path moved = quarantinePath(file);
+    ::unlink(moved.c_str());
+    std::string message;
+    if (::rename(file.c_str(), moved.c_str()) == 0) {
+        message = file.string() + " could not be read (" + reason + "); it was moved to " +
+                  moved.string();
+    } else {
+        message = file.string() + " could not be read (" + reason +
+                  ") nor moved aside: " + std::strerror(errno);
+    }
+    if (log)
+        log(message);
+}
+
+Result<AtomicFile::Written> write(const fs::path& file, const json::Json& value) {
+    const fs::path directory = file.parent_path();
+    if (!directory.empty()) {
+        auto created = createPrivateDirectories(directory);
+        if (!created)
+            return created.error();
+    }
+    return AtomicFile::replace(file, json::encode(value));
+}
+
+} // namespace ringwell::JsonFile

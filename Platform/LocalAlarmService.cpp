@@ -1,0 +1,258 @@
+#include "Platform/LocalAlarmService.h"
+
+#include "Platform/AlarmFile.h"
+#include "Platform/AlarmNotice.h"
+#include "Platform/AlarmSoundFile.h"
+#include "Platform/BundledSounds.h"
+#include "Platform/JsonFile.h"
+#include "Platform/XdgPaths.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+
+namespace ringwell {
+namespace {
+
+// Deadlines are wall-clock times but the timer runs on the monotonic clock,
+// which does not see the system suspending or the wall clock being set. The
+// timer therefore never waits longer than this before looking at the wall
+// clock again, which bounds how late an alarm can be after such a jump.
+constexpr double longestTimerWait = 10.0;
+
+// Posts one notice and reports a refusal to the log. A free function, so that
+// the coroutine frame owns copies of everything it uses and never touches a
+// service that may be gone by the time the notice centre answers.
+Awaitable<void> deliverNotice(NoticeCenter& notices, NoticeRequest request, Logger& logger,
+                              std::weak_ptr<int> alive) {
+    try {
+        co_await notices.add(std::move(request));
+    } catch (const std::exception& error) {
+        if (!alive.expired())
+            logger.log(LogLevel::error, LocalAlarmService::logCategory,
+                       std::string("The alarm notice could not be shown: ") + error.what());
+    }
+}
+
+} // namespace
+
+std::optional<LocalAlarmService::Files> LocalAlarmService::defaultFiles() {
+    auto data = XdgPaths::dataHome();
+    if (!data)
+        return std::nullopt;
+    const auto directory = *data / "ringwell";
+    return Files{directory / fileName, directory / "Sounds", BundledSounds::defaultTone()};
+}
+
+LocalAlarmService::LocalAlarmService(asio::io_context& context, const Clock& clock,
+                                     AudioSink& audio, NoticeCenter& notices, Logger& logger,
+                                     Files files)
+    : context_(context), clock_(clock), audio_(audio), notices_(notices), logger_(logger),
+      files_(std::move(files)), timer_(context) {
+    load();
+    // Alarms that were alerting when the daemon stopped alert again; those
+    // whose deadline passed meanwhile join them in processDueAlarms.
+    for (const auto& alarm : book_.alarms()) {
+        if (alarm.state == AlarmState::alerting)
+            alert(alarm);
+    }
+    updateSound();
+    processDueAlarms();
+}
+
+LocalAlarmService::~LocalAlarmService() {
+    alive_.reset();
+    timer_.cancel();
+    if (sounding_)
+        audio_.stop();
+}
+
+void LocalAlarmService::log(LogLevel level, const std::string& message) {
+    logger_.log(level, logCategory, message);
+}
+
+// MARK: Authorization
+
+Awaitable<AlarmAuthorizationState> LocalAlarmService::requestAuthorization() {
+    if (authorization_ != AlarmAuthorizationState::notDetermined)
+        co_return authorization_;
+    if (!loggedPermissionHint_) {
+        loggedPermissionHint_ = true;
+        log(LogLevel::notice, permissionHint);
+    }
+    co_return AlarmAuthorizationState::denied;
+}
+
+void LocalAlarmService::setAuthorization(AlarmAuthorizationState state) {
+    if (state == authorization_)
+        return;
+    authorization_ = state;
+    save();
+    // A copy, so that an observer may stop observing (itself or another one)
+    // while it is told.
+    const auto observers = observers_;
+    for (const auto& [token, observer] : observers) {
+        if (observers_.count(token))
+            observer(state);
+    }
+}
+
+std::uint64_t LocalAlarmService::observeAuthorization(AuthorizationObserver observer) {
+    const std::uint64_t token = nextObserverToken_++;
+    observers_.emplace(token, std::move(observer));
+    return token;
+}
+
+void LocalAlarmService::stopObservingAuthorization(std::uint64_t token) {
+    observers_.erase(token);
+}
+
+// MARK: Alarms
+
+Awaitable<void> LocalAlarmService::schedule(Uuid id, AlarmConfiguration configuration) {
+    if (authorization_ != AlarmAuthorizationState::authorized)
+        throw AlarmServiceError(AlarmServiceError::Kind::failed,
+                                "Alarms are not allowed: run `ringwell permission alarms allow`");
+    book_.schedule(id, std::move(configuration), clock_.now());
+    save();
+    processDueAlarms();
+    co_return;
+}
+
+void LocalAlarmService::stop(const Uuid& id) {
+    processDueAlarms();
+    book_.stop(id);
+    save();
+    updateSound();
+    armTimer();
+}
+
+void LocalAlarmService::cancel(const Uuid& id) {
+    processDueAlarms();
+    book_.cancel(id);
+    save();
+    updateSound();
+    armTimer();
+}
+
+void LocalAlarmService::pause(const Uuid& id) {
+    // An alarm whose deadline has just passed is alerting, not counting down,
+    // even if the timer has not run yet.
+    processDueAlarms();
+    book_.pause(id, clock_.now());
+    save();
+    armTimer();
+}
+
+void LocalAlarmService::resume(const Uuid& id) {
+    book_.resume(id, clock_.now());
+    save();
+    processDueAlarms();
+}
+
+void LocalAlarmService::snooze(const Uuid& id) {
+    processDueAlarms();
+    book_.snooze(id, clock_.now());
+    save();
+    updateSound();
+    armTimer();
+}
+
+void LocalAlarmService::processDueAlarms() {
+    const auto started = book_.advance(clock_.now());
+    if (!started.empty()) {
+        save();
+        for (const auto& id : started) {
+            if (const Alarm* alarm = book_.find(id))
+                alert(*alarm);
+        }
+        updateSound();
+    }
+    armTimer();
+}
+
+void LocalAlarmService::alert(const Alarm& alarm) {
+    const auto& title = alarm.configuration.attributes.presentation.alert.title;
+    log(LogLevel::notice, "Alarm " + alarm.id.toString() + " is alerting: " + title);
+    asio::co_spawn(context_, deliverNotice(notices_, AlarmNotice::make(alarm), logger_, alive_),
+                   asio::detached);
+}
+
+void LocalAlarmService::updateSound() {
+    // The alarm that started alerting last is the one heard; on a tie of
+    // deadlines, the one scheduled last.
+    const Alarm* loudest = nullptr;
+    for (const auto& alarm : book_.alarms()) {
+        if (alarm.state == AlarmState::alerting &&
+            (!loudest || alarm.fireDate.value_or(Date{}) >= loudest->fireDate.value_or(Date{})))
+            loudest = &alarm;
+    }
+    if (!loudest) {
+        if (sounding_) {
+            sounding_.reset();
+            audio_.stop();
+        }
+        return;
+    }
+    if (sounding_ == loudest->id)
+        return;
+    sounding_ = loudest->id;
+
+    auto file = alarmSoundFile(loudest->configuration.sound, files_.sounds, files_.defaultTone);
+    if (!file) {
+        log(LogLevel::error, "No tone file for alarm " + loudest->id.toString() + " (not even " +
+                                 files_.defaultTone.string() + "): it alerts without sound");
+        audio_.stop();
+        return;
+    }
+    audio_.play(*file, [this, alive = std::weak_ptr<int>(alive_)](const AudioProblem& problem) {
+        if (alive.expired())
+            return;
+        if (problem.kind == AudioProblemKind::noAudioServer) {
+            if (!loggedMissingAudio_) {
+                loggedMissingAudio_ = true;
+                log(LogLevel::error, std::string(noAudioMessage) + " (" + problem.message + ")");
+            }
+            return;
+        }
+        log(LogLevel::error, "The alarm tone could not be played: " + problem.message);
+    });
+}
+
+void LocalAlarmService::armTimer() {
+    auto next = book_.nextDeadline();
+    if (!next) {
+        timer_.cancel();
+        return;
+    }
+    const double wait = std::clamp(next->secondsSince(clock_.now()), 0.0, longestTimerWait);
+    timer_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+        std::chrono::duration<double>(wait)));
+    timer_.async_wait([this, alive = std::weak_ptr<int>(alive_)](boost::system::error_code error) {
+        if (error || alive.expired())
+            return;
+        processDueAlarms();
+    });
+}
+
+// MARK: File
+
+void LocalAlarmService::load() {
+    AtomicFile::removeLeftovers(files_.alarms);
+    auto state = JsonFile::loadOrQuarantine(
+        files_.alarms, alarmServiceStateFromJson,
+        [this](const std::string& message) { log(LogLevel::error, "The alarm file " + message); });
+    if (!state)
+        return;
+    authorization_ = state->authorization;
+    book_ = AlarmBook(std::move(state->alarms));
+}
+
+void LocalAlarmService::save() {
+    auto written =
+        JsonFile::write(files_.alarms, toJson(AlarmServiceState{authorization_, book_.alarms()}));
+    if (!written)
+        log(LogLevel::error, "Saving the alarms failed: " + written.error().message);
+}
+
+} // namespace ringwell

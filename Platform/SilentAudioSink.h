@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Platform/AudioSink.h"
+
+#include <optional>
+#include <vector>
+
+namespace ringwell {
+
+// An audio sink that plays nothing and records what it was asked, for tests
+// and for running the daemon where no sound is wanted. It can pretend a
+// problem: every `play` then reports it at once, from inside the call.
+class SilentAudioSink final : public AudioSink {
+public:
+    struct Call {
+        enum class Kind { play, stop };
+        Kind kind = Kind::play;
+        std::filesystem::path file; // empty for stop
+        bool operator==(const Call&) const = default;
+    };
+
+    void play(const std::filesystem::path& file, ProblemHandler onProblem) override;
+    void stop() override;
+
+    const std::vector<Call>& calls() const { return calls_; }
+    // The file playing now, none when silent.
+    const std::optional<std::filesystem::path>& playing() const { return playing_; }
+    void failEveryPlay(std::optional<AudioProblem> problem) { problem_ = std::move(problem); }
+
+private:
+    std::vector<Call> calls_;
+    std::optional<std::filesystem::path> playing_;
+    std::optional<AudioProblem> problem_;
+};
+
+} // namespace ringwell
