@@ -35,13 +35,13 @@ build-sanitize: deps
 	cmake --build $(SAN_DIR) -j $(JOBS)
 
 run: build
-	$(BUILD_DIR)/ringwell --help
+	$(BUILD_DIR)/bin/ringwell --help
 
 test: build-sanitize build
 	cd $(SAN_DIR) && ctest --output-on-failure --no-tests=error -j $(JOBS)
 
 bench: build
-	$(BUILD_DIR)/bench/ringwell-bench
+	$(BUILD_DIR)/bin/ringwell-bench
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

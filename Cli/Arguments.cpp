@@ -4,9 +4,14 @@ namespace ringwell::cli {
 
 std::optional<std::string> Arguments::value(std::string_view name) const {
     auto found = values.find(name);
-    if (found == values.end())
+    if (found == values.end() || found->second.empty())
         return std::nullopt;
-    return found->second;
+    return found->second.back();
+}
+
+std::vector<std::string> Arguments::allValues(std::string_view name) const {
+    auto found = values.find(name);
+    return found == values.end() ? std::vector<std::string>{} : found->second;
 }
 
 Result<Arguments> parseArguments(std::span<const std::string> args,
@@ -43,9 +48,9 @@ Result<Arguments> parseArguments(std::span<const std::string> args,
             continue;
         }
         if (inlineValue) {
-            parsed.values[name] = *inlineValue;
+            parsed.values[name].push_back(*inlineValue);
         } else if (i + 1 < args.size()) {
-            parsed.values[name] = args[++i];
+            parsed.values[name].push_back(args[++i]);
         } else {
             return Error{"option --" + name + " needs a value"};
         }

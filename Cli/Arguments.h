@@ -22,11 +22,13 @@ struct OptionSpec {
 // A command's arguments after parsing; "--" ends the options.
 struct Arguments {
     std::vector<std::string> positionals;
-    std::map<std::string, std::string, std::less<>> values;
+    // Every value given for each option, in order; `value` reads the last one.
+    std::map<std::string, std::vector<std::string>, std::less<>> values;
     std::set<std::string, std::less<>> flags;
 
     bool has(std::string_view flag) const { return flags.contains(flag); }
     std::optional<std::string> value(std::string_view name) const;
+    std::vector<std::string> allValues(std::string_view name) const;
 };
 
 // Fails with a message naming the offending argument: an unknown option, or

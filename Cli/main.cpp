@@ -1,5 +1,9 @@
+#include "Cli/ActivityCommands.h"
+#include "Cli/AlarmCommands.h"
+#include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
 #include "Cli/RuleCommands.h"
+#include "Cli/ServeCommand.h"
 
 #include "Version.h"
 
@@ -17,7 +21,13 @@ int usageError(CommandContext& context, std::string_view command, std::string_vi
 
 namespace {
 
-const Command* const commands[] = {&ruleExplainCommand, &ruleDescribeCommand, &templatesCommand};
+const Command* const commands[] = {
+    &serveCommand,       &sendCommand,        &ringCommand,          &stopAllCommand,
+    &channelsCommand,    &channelAddCommand,  &channelUpdateCommand, &channelDeleteCommand,
+    &channelMoveCommand, &previewCommand,     &eventsCommand,        &clearHistoryCommand,
+    &statsCommand,       &alarmsCommand,      &alarmStopCommand,     &alarmPauseCommand,
+    &alarmResumeCommand, &alarmSnoozeCommand, &permissionCommand,    &setupTestCommand,
+    &diagnosticsCommand, &ruleExplainCommand, &ruleDescribeCommand,  &templatesCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"
@@ -26,14 +36,14 @@ void printOverview(std::ostream& out) {
            "Commands:\n";
     for (const Command* command : commands) {
         std::string name(command->name);
-        name.resize(16, ' ');
+        name.resize(17, ' ');
         out << "  " << name << command->summary << '\n';
     }
     out << "\nOptions:\n"
            "  -h, --help      show this help; 'ringwell <command> --help' shows a command's\n"
            "  --version       show the version\n\n"
            "Exit status: 0 success, 1 the action failed (or the rule did not match),\n"
-           "2 usage error or bad input.\n";
+           "2 usage error or bad input, 3 the daemon is not running.\n";
 }
 
 bool wantsHelp(const std::vector<std::string>& args) {

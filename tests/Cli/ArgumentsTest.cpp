@@ -15,6 +15,7 @@ TEST(ArgumentsTest, ReadsValuesFlagsAndPositionals) {
     auto parsed = parse({"CHANNEL", "--rule", "{}", "--json", "--rule={\"a\":1}", "--", "--json"});
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed.value().value("rule"), "{\"a\":1}"); // the last one wins
+    EXPECT_EQ(parsed.value().allValues("rule"), (std::vector<std::string>{"{}", "{\"a\":1}"}));
     EXPECT_TRUE(parsed.value().has("json"));
     EXPECT_EQ(parsed.value().positionals, (std::vector<std::string>{"CHANNEL", "--json"}));
 }

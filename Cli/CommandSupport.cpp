@@ -1,0 +1,26 @@
+#include "Cli/CommandSupport.h"
+
+namespace ringwell::cli {
+
+std::optional<Arguments> parseCommand(CommandContext& context, std::string_view command,
+                                      std::span<const std::string> args,
+                                      std::span<const OptionSpec> options,
+                                      std::size_t minPositionals, std::size_t maxPositionals) {
+    auto parsed = parseArguments(args, options);
+    if (!parsed) {
+        usageError(context, command, parsed.error().message);
+        return std::nullopt;
+    }
+    const auto& positionals = parsed.value().positionals;
+    if (positionals.size() > maxPositionals) {
+        usageError(context, command, "unexpected argument " + positionals[maxPositionals]);
+        return std::nullopt;
+    }
+    if (positionals.size() < minPositionals) {
+        usageError(context, command, "missing argument");
+        return std::nullopt;
+    }
+    return std::move(parsed).value();
+}
+
+} // namespace ringwell::cli

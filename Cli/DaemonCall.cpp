@@ -1,0 +1,77 @@
+#include "Cli/DaemonCall.h"
+
+#include "Cli/DaemonClient.h"
+#include "Core/Date.h"
+#include "Daemon/RuntimePaths.h"
+
+#include <unicode/smpdtfmt.h>
+#include <unicode/timezone.h>
+
+#include <iostream>
+#include <memory>
+
+namespace ringwell::cli {
+
+DaemonAnswer callDaemon(CommandContext& context, std::string_view command,
+                        const std::string& method, const std::string& target,
+                        const json::Json& body) {
+    DaemonAnswer answer;
+    DaemonClient client(socketPath());
+    auto outcome = client.request(method, target, body.is_null() ? "" : json::encode(body));
+    if (!outcome.reachable) {
+        context.err << "Ringwell isn't running. Start it with `ringwell serve`.\n";
+        answer.exitCode = exitUnreachable;
+        return answer;
+    }
+    if (!outcome.reply) {
+        context.err << "ringwell " << command << ": " << outcome.failure << '\n';
+        answer.exitCode = exitFailure;
+        return answer;
+    }
+    const DaemonReply& reply = *outcome.reply;
+    answer.text = reply.body;
+    if (reply.contentType.rfind("application/json", 0) == 0 && !reply.body.empty()) {
+        auto parsed = json::parse(reply.body);
+        if (parsed)
+            answer.json = parsed.value();
+    }
+    if (reply.status >= 400) {
+        std::string message = answer.json.is_object() && answer.json.contains("error") &&
+                                      answer.json["error"].is_string()
+                                  ? answer.json["error"].get<std::string>()
+                                  : "the daemon answered " + std::to_string(reply.status);
+        context.err << message << '\n';
+        // The daemon says 400 when the input itself is wrong: a usage error.
+        answer.exitCode = reply.status == 400 ? exitUsage : exitFailure;
+    }
+    return answer;
+}
+
+json::Json recordForm(json::Json event) {
+    event.erase("label");
+    event.erase("icon");
+    return event;
+}
+
+void printJson(CommandContext& context, const json::Json& value) {
+    context.out << json::encodePretty(value) << '\n';
+}
+
+std::string localTime(const json::Json& dateNumber) {
+    if (!dateNumber.is_number())
+        return "?";
+    thread_local std::unique_ptr<icu::SimpleDateFormat> format = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        auto created = std::make_unique<icu::SimpleDateFormat>(
+            icu::UnicodeString("yyyy-MM-dd HH:mm:ss", -1, US_INV), icu::Locale::getRoot(), status);
+        created->adoptTimeZone(icu::TimeZone::createDefault());
+        return created;
+    }();
+    icu::UnicodeString text;
+    format->format(Date{dateNumber.get<double>()}.unixMilliseconds(), text);
+    std::string out;
+    text.toUTF8String(out);
+    return out;
+}
+
+} // namespace ringwell::cli

@@ -1,0 +1,108 @@
+#include "Daemon/ApiMessage.h"
+
+namespace ringwell {
+namespace {
+
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+std::optional<std::string> percentDecode(std::string_view text, bool plusIsSpace) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '+' && plusIsSpace) {
+            out.push_back(' ');
+        } else if (c == '%') {
+            int high = i + 1 < text.size() ? hexDigit(text[i + 1]) : -1;
+            int low = i + 2 < text.size() ? hexDigit(text[i + 2]) : -1;
+            if (high < 0 || low < 0)
+                return std::nullopt;
+            out.push_back(static_cast<char>(high * 16 + low));
+            i += 2;
+        } else {
+            out.push_back(c);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+std::optional<std::string> ApiRequest::queryValue(const std::string& name) const {
+    auto found = query.find(name);
+    if (found == query.end())
+        return std::nullopt;
+    return found->second;
+}
+
+ApiResponse ApiResponse::json(const json::Json& value, unsigned status) {
+    return {status, json::encode(value), "application/json"};
+}
+
+ApiResponse ApiResponse::error(unsigned status, const std::string& message) {
+    return json(json::Json{{"error", message}}, status);
+}
+
+ApiResponse ApiResponse::text(std::string body, std::string contentType) {
+    return {200, std::move(body), std::move(contentType)};
+}
+
+ApiResponse ApiResponse::noContent() {
+    return {204, "", "application/json"};
+}
+
+std::optional<ApiRequest> parseTarget(const std::string& method, const std::string& target) {
+    ApiRequest request;
+    request.method = method;
+    std::string_view view = target;
+    auto question = view.find('?');
+    auto path = percentDecode(view.substr(0, question), false);
+    if (!path)
+        return std::nullopt;
+    request.path = *path;
+    if (question == std::string_view::npos)
+        return request;
+    std::string_view query = view.substr(question + 1);
+    while (!query.empty()) {
+        auto ampersand = query.find('&');
+        std::string_view pair = query.substr(0, ampersand);
+        query = ampersand == std::string_view::npos ? "" : query.substr(ampersand + 1);
+        if (pair.empty())
+            continue;
+        auto equals = pair.find('=');
+        auto name = percentDecode(pair.substr(0, equals), true);
+        auto value = equals == std::string_view::npos
+                         ? std::optional<std::string>("")
+                         : percentDecode(pair.substr(equals + 1), true);
+        if (!name || !value)
+            return std::nullopt;
+        request.query[*name] = *value;
+    }
+    return request;
+}
+
+std::string percentEncode(const std::string& text) {
+    static constexpr char digits[] = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : text) {
+        bool unreserved = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                          (c >= '0' && c <= '9') || c == '-' || c == '.' || c == '_' || c == '~';
+        if (unreserved) {
+            out.push_back(static_cast<char>(c));
+        } else {
+            out.push_back('%');
+            out.push_back(digits[c >> 4]);
+            out.push_back(digits[c & 0x0F]);
+        }
+    }
+    return out;
+}
+
+} // namespace ringwell
