@@ -37,6 +37,18 @@ int runChannels(std::span<const std::string> args, CommandContext& context) {
     return exitSuccess;
 }
 
+int runChannelShow(std::span<const std::string> args, CommandContext& context) {
+    auto arguments = parseCommand(context, "channel show", args, {}, 1, 1);
+    if (!arguments)
+        return exitUsage;
+    auto answer = callDaemon(context, "channel show", "GET",
+                             "/v1/channels/" + percentEncode(arguments->positionals[0]));
+    if (answer.exitCode)
+        return *answer.exitCode;
+    printJson(context, answer.json);
+    return exitSuccess;
+}
+
 constexpr OptionSpec addOptions[] = {
     {"name", true}, {"template", true}, {"rule", true}, {"like", true}, {"json", false}};
 
@@ -171,6 +183,14 @@ those whose name contains TEXT (ignoring case and accents), with its ID and
 rule summary.
 )",
                               runChannels};
+
+const Command channelShowCommand{"channel show", "Print a channel in its JSON form",
+                                 R"(Usage: ringwell channel show CHANNEL
+
+Prints the whole channel (CHANNEL: an ID or a name that identifies one
+channel) in its JSON form, ready to edit and give to `ringwell channel update`.
+)",
+                                 runChannelShow};
 
 const Command channelAddCommand{
     "channel add", "Add a channel",

@@ -6,6 +6,7 @@
 namespace ringwell::cli {
 
 extern const Command channelsCommand;
+extern const Command channelShowCommand;
 extern const Command channelAddCommand;
 extern const Command channelUpdateCommand;
 extern const Command channelDeleteCommand;

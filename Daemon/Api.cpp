@@ -350,6 +350,8 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
 
         if (is("GET", {"v1", "channels"}))
             co_return ApiResponse::json(channelList(ctx_.store));
+        if (is("GET", {"v1", "channels", "*"}))
+            co_return ApiResponse::json(toJson(resolveChannel(ctx_.store, path[2])));
         if (is("POST", {"v1", "channels"}))
             co_return addChannel(ctx_, bodyObject(request));
         if (is("PUT", {"v1", "channels", "*"}))

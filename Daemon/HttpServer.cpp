@@ -4,6 +4,7 @@
 #include <boost/beast/http.hpp>
 
 #include <sys/stat.h>
+#include <sys/un.h>
 
 #include <system_error>
 
@@ -110,6 +111,11 @@ HttpServer::HttpServer(asio::io_context& io, std::filesystem::path socketPath, H
                        Limits limits)
     : state_(std::make_shared<State>(io, std::move(handler), limits)),
       socketPath_(std::move(socketPath)) {
+    if (socketPath_.native().size() >= sizeof(sockaddr_un::sun_path))
+        throw std::system_error(std::make_error_code(std::errc::filename_too_long),
+                                "the socket path " + socketPath_.string() +
+                                    " is too long for a Unix socket; set XDG_RUNTIME_DIR to a "
+                                    "shorter directory");
     std::error_code removeError;
     std::filesystem::remove(socketPath_, removeError);
     Protocol::endpoint endpoint(socketPath_.string());

@@ -1,0 +1,92 @@
+#include "DaemonFixture.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <thread>
+
+namespace ringwell::testing {
+namespace {
+
+// Bad requests get a clear 4xx answer and never hurt the daemon.
+class ApiRobustnessTest : public DaemonTest {
+protected:
+    void SetUp() override {
+        DaemonTest::SetUp();
+        startDaemon();
+    }
+
+    // Sends raw bytes on the socket and returns everything the daemon answers.
+    std::string exchange(const std::string& bytes) {
+        int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, socket.c_str(), sizeof address.sun_path - 1);
+        EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        size_t sent = 0;
+        while (sent < bytes.size()) {
+            ssize_t n = ::send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+            if (n <= 0)
+                break;
+            sent += static_cast<size_t>(n);
+        }
+        ::shutdown(fd, SHUT_WR);
+        std::string answer;
+        char buffer[4096];
+        for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
+            answer.append(buffer, static_cast<size_t>(n));
+        ::close(fd);
+        return answer;
+    }
+
+    std::string post(const std::string& path, const std::string& body) {
+        return exchange("POST " + path + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: " +
+                        std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
+    }
+};
+
+TEST_F(ApiRobustnessTest, MalformedRequestsGetJsonErrors) {
+    EXPECT_NE(post("/v1/send", "{broken").find("HTTP/1.1 400"), std::string::npos);
+    EXPECT_NE(post("/v1/send", "[1,2]").find("must be a JSON object"), std::string::npos);
+    EXPECT_NE(post("/v1/send", R"({"app": 5})").find("HTTP/1.1 400"), std::string::npos);
+    EXPECT_NE(post("/v1/send", "{\"app\":\"\xFF\"}").find("HTTP/1.1 400"), std::string::npos);
+    EXPECT_NE(post("/v1/nowhere", "{}").find("HTTP/1.1 404"), std::string::npos);
+    EXPECT_NE(exchange("GET /v1/channels/%zz HTTP/1.1\r\nHost: x\r\n\r\n").find("HTTP/1.1 400"),
+              std::string::npos);
+    EXPECT_NE(exchange("this is not http\r\n\r\n").find("HTTP/1.1 400"), std::string::npos);
+    EXPECT_NE(post("/v1/send", std::string(2 << 20, 'x')).find("HTTP/1.1 413"), std::string::npos);
+    EXPECT_NE(post("/v1/channels/not-an-id/move", "{}").find("is not a channel ID"),
+              std::string::npos);
+    // Still serving.
+    EXPECT_EQ(ringwell({"channels"}).exitCode, 0);
+}
+
+TEST_F(ApiRobustnessTest, AClientThatStallsDoesNotBlockOthers) {
+    int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, socket.c_str(), sizeof address.sun_path - 1);
+    ASSERT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    std::string partial = "POST /v1/send HTTP/1.1\r\nContent-Length: 100\r\n\r\n{";
+    ASSERT_GT(::send(fd, partial.data(), partial.size(), MSG_NOSIGNAL), 0);
+    auto result = ringwell({"send", "--app", "Mail", "--json"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    ::close(fd);
+}
+
+TEST_F(ApiRobustnessTest, UsageErrorsAreCaughtBeforeTheDaemon) {
+    EXPECT_EQ(ringwell({"alarm", "stop", "nope"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"ring"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"ring", "Urgent", "--received-at", "yesterday"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"permission", "alarms", "maybe"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"setup-test", "pause"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"events", "--channel", "nope"}).exitCode, 2);
+    auto missing = ringwell({"ring", "Nobody"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.err, "No channel matches \"Nobody\".\n");
+}
+
+} // namespace
+} // namespace ringwell::testing

@@ -1,0 +1,95 @@
+#include "DaemonFixture.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+namespace ringwell::testing {
+
+void DaemonTest::SetUp() {
+    // Short: the socket's path must fit in a Unix socket address.
+    static int counter = 0;
+    root = std::filesystem::path(::testing::TempDir()) /
+           ("rw-" + std::to_string(::getpid()) + "-" + std::to_string(++counter));
+    std::filesystem::remove_all(root);
+    for (const char* dir : {"data", "config", "run", "home"})
+        std::filesystem::create_directories(root / dir);
+    environment = {{"XDG_DATA_HOME", (root / "data").string()},
+                   {"XDG_CONFIG_HOME", (root / "config").string()},
+                   {"XDG_RUNTIME_DIR", (root / "run").string()},
+                   {"HOME", (root / "home").string()},
+                   {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (root / "no-bus").string()},
+                   {"PULSE_SERVER", "unix:" + (root / "no-pulse").string()},
+                   {"TZ", "UTC"}};
+    socket = root / "run" / "ringwell" / "ringwell.sock";
+}
+
+void DaemonTest::TearDown() {
+    if (daemon > 0)
+        stopDaemon();
+    std::filesystem::remove_all(root);
+}
+
+void DaemonTest::startDaemon() {
+    std::string log = (root / "daemon.log").string();
+    daemon = ::fork();
+    ASSERT_GE(daemon, 0);
+    if (daemon == 0) {
+        for (const auto& [name, value] : environment)
+            ::setenv(name.c_str(), value.c_str(), 1);
+        FILE* out = std::freopen(log.c_str(), "a", stdout);
+        FILE* err = std::freopen(log.c_str(), "a", stderr);
+        (void)out;
+        (void)err;
+        ::execl(RINGWELL_BINARY, RINGWELL_BINARY, "serve", static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (std::filesystem::exists(socket) && ringwell({"channels"}).exitCode == 0)
+            return;
+        int status = 0;
+        if (::waitpid(daemon, &status, WNOHANG) == daemon) {
+            daemon = -1;
+            FAIL() << "the daemon exited at start:\n" << daemonLog();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    FAIL() << "the daemon did not start:\n" << daemonLog();
+}
+
+int DaemonTest::stopDaemon() {
+    if (daemon <= 0)
+        return -1;
+    ::kill(daemon, SIGTERM);
+    int status = 0;
+    ::waitpid(daemon, &status, 0);
+    daemon = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+ProcessResult DaemonTest::ringwell(const std::vector<std::string>& args, const std::string& input) {
+    return runRingwell(args, environment, input);
+}
+
+json::Json DaemonTest::ringwellJson(const std::vector<std::string>& args) {
+    auto result = ringwell(args);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    auto parsed = json::parse(result.out);
+    EXPECT_TRUE(parsed) << result.out;
+    return parsed ? parsed.value() : json::Json();
+}
+
+std::string DaemonTest::daemonLog() const {
+    std::ifstream file(root / "daemon.log");
+    std::stringstream contents;
+    contents << file.rdbuf();
+    return contents.str();
+}
+
+} // namespace ringwell::testing

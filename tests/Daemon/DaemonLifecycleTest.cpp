@@ -1,0 +1,123 @@
+#include "DaemonFixture.h"
+
+#include <sys/stat.h>
+
+#include <fstream>
+
+namespace ringwell::testing {
+namespace {
+
+using DaemonLifecycleTest = DaemonTest;
+
+TEST_F(DaemonLifecycleTest, CommandsWithoutADaemonSayHowToStartIt) {
+    auto result = ringwell({"events"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.err, "Ringwell isn't running. Start it with `ringwell serve`.\n");
+    EXPECT_EQ(ringwell({"send", "--app", "Mail"}).exitCode, 3);
+}
+
+TEST_F(DaemonLifecycleTest, OneDaemonPerUserWithPrivateSocket) {
+    startDaemon();
+    struct stat info {};
+    ASSERT_EQ(::stat(socket.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    ASSERT_EQ(::stat(socket.parent_path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+
+    auto second = ringwell({"serve"});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_NE(second.err.find("already running"), std::string::npos) << second.err;
+    // The first daemon still answers.
+    EXPECT_EQ(ringwell({"channels"}).exitCode, 0);
+
+    EXPECT_EQ(stopDaemon(), 0);
+    EXPECT_FALSE(std::filesystem::exists(socket));
+}
+
+TEST_F(DaemonLifecycleTest, ACountdownSurvivesARestart) {
+    startDaemon();
+    ASSERT_EQ(ringwell({"permission", "alarms", "allow"}).exitCode, 0);
+    auto channel = ringwellJson({"channel", "show", "Urgent"});
+    channel["mode"] = "countdown";
+    channel["countdownSeconds"] = 900;
+    ASSERT_EQ(ringwell({"channel", "update"}, json::encode(channel)).exitCode, 0);
+    auto fired = ringwellJson({"ring", "Urgent", "--title", "Door", "--json"});
+    ASSERT_EQ(fired["outcome"], "fired");
+
+    ASSERT_EQ(stopDaemon(), 0);
+    startDaemon();
+    auto alarms = ringwellJson({"alarms", "--json"});
+    ASSERT_EQ(alarms.size(), 1u);
+    EXPECT_EQ(alarms[0]["id"], fired["alarmID"]);
+    EXPECT_EQ(alarms[0]["state"], "countdown");
+    EXPECT_EQ(alarms[0]["configuration"]["countdownDuration"]["preAlert"], 900);
+    // The permission is remembered too.
+    EXPECT_NE(ringwell({"permission"}).out.find("Alarms: allowed"), std::string::npos);
+    // And the history.
+    EXPECT_EQ(ringwellJson({"events", "--json"}).size(), 1u);
+}
+
+TEST_F(DaemonLifecycleTest, ChannelsAreManagedFromTheCommandLine) {
+    startDaemon();
+    auto added = ringwellJson({"channel", "add", "--template", "on-call", "--json"});
+    EXPECT_EQ(added["name"], "PagerDuty +1");
+    EXPECT_EQ(added["usesAutomaticName"], true);
+    EXPECT_EQ(added["tintHex"], "#FF9500");
+    auto named = ringwellJson(
+        {"channel", "add", "--name", "Mom", "--rule", R"({"senders":["Mom"]})", "--json"});
+    EXPECT_EQ(named["usesAutomaticName"], false);
+
+    ASSERT_EQ(ringwell({"channel", "move", named["id"], "1"}).exitCode, 0);
+    auto list = ringwellJson({"channels", "--json"});
+    ASSERT_EQ(list.size(), 3u);
+    EXPECT_EQ(list[0]["name"], "Mom");
+    EXPECT_EQ(list[1]["name"], "Urgent");
+    EXPECT_EQ(ringwellJson({"channels", "urg", "--json"})[0]["name"], "Urgent");
+
+    auto ambiguous = ringwell({"ring", "u"});
+    EXPECT_EQ(ambiguous.exitCode, 1);
+    EXPECT_NE(ambiguous.err.find("matches several channels"), std::string::npos) << ambiguous.err;
+
+    EXPECT_EQ(ringwell({"channel", "add", "--template", "nope"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"channel", "add", "--rule", R"({"calls":"sometimes"})"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"channel", "update"}, "{not json").exitCode, 2);
+    EXPECT_EQ(ringwell({"channel", "move", named["id"], "0"}).exitCode, 2);
+
+    // "Create Channel from This" on a history event.
+    auto event = ringwellJson({"send", "--app", "Phone", "--title", "Ann", "--json"});
+    auto like = ringwellJson({"channel", "add", "--like", event["id"], "--json"});
+    EXPECT_EQ(like["rule"]["apps"], json::Json::parse(R"(["Phone"])"));
+    EXPECT_EQ(like["rule"]["senders"], json::Json::parse(R"(["Ann"])"));
+    EXPECT_EQ(like["rule"]["calls"], "incoming");
+    EXPECT_EQ(like["name"], "Ann");
+}
+
+TEST_F(DaemonLifecycleTest, PreviewStatsAndDiagnostics) {
+    startDaemon();
+    ringwell({"send", "--app", "Mail", "--sender", "Zoë", "--title", "secret subject"});
+    ringwell({"send", "--app", "Mail", "--title", "another"});
+    auto preview = ringwellJson({"preview", "Urgent", "--json"});
+    EXPECT_EQ(preview["ringCount"], 2);
+    ASSERT_EQ(preview["entries"].size(), 2u);
+    EXPECT_EQ(preview["entries"][0]["notification"]["title"], "another");
+
+    auto stats = ringwellJson({"stats", "--json"});
+    EXPECT_EQ(stats["received"], 2);
+    EXPECT_EQ(stats["days"].size(), 7u);
+    EXPECT_EQ(stats["topApps"][0]["name"], "Mail");
+
+    std::string file = (root / "Ringwell Diagnostics.txt").string();
+    ASSERT_EQ(ringwell({"diagnostics", "--output", file}).exitCode, 0);
+    std::ifstream in(file);
+    std::string report((std::istreambuf_iterator<char>(in)), {});
+    EXPECT_EQ(report.rfind("Ringwell diagnostics\nGenerated: ", 0), 0u);
+    EXPECT_NE(report.find("Recent events (2 of 2):"), std::string::npos);
+    EXPECT_EQ(report.find("secret subject"), std::string::npos);
+    EXPECT_EQ(report.find("Zoë"), std::string::npos);
+
+    ASSERT_EQ(ringwell({"clear-history"}).exitCode, 0);
+    EXPECT_TRUE(ringwellJson({"events", "--json"}).empty());
+}
+
+} // namespace
+} // namespace ringwell::testing

@@ -1,0 +1,174 @@
+#include "DaemonFixture.h"
+
+#include <fstream>
+
+namespace ringwell::testing {
+namespace {
+
+// Each outcome of the history is produced by the road that produces it.
+class OutcomeRoadsTest : public DaemonTest {
+protected:
+    void SetUp() override {
+        DaemonTest::SetUp();
+        startDaemon();
+    }
+
+    json::Json send(std::vector<std::string> args) {
+        args.insert(args.begin(), "send");
+        args.push_back("--json");
+        return ringwellJson(args);
+    }
+
+    void allowAlarms() { ASSERT_EQ(ringwell({"permission", "alarms", "allow"}).exitCode, 0); }
+
+    json::Json onlyChannel() {
+        auto channels = ringwellJson({"channels", "--json"});
+        EXPECT_EQ(channels.size(), 1u);
+        return channels.empty() ? json::Json() : channels[0];
+    }
+
+    // Changes the seeded "Urgent" channel as a person would: show, edit, update.
+    void updateUrgent(const std::function<void(json::Json&)>& change) {
+        auto channel = ringwellJson({"channel", "show", "Urgent"});
+        change(channel);
+        auto result = ringwell({"channel", "update"}, json::encode(channel));
+        ASSERT_EQ(result.exitCode, 0) << result.err;
+    }
+};
+
+TEST_F(OutcomeRoadsTest, NotAuthorisedFailsThenFiresOnceAllowed) {
+    auto failed = send({"--app", "Messages", "--title", "Mom", "--body", "call me"});
+    EXPECT_EQ(failed["outcome"], "failed");
+    EXPECT_EQ(failed["errorMessage"], "Ringwell isn't allowed to schedule alarms. Open Ringwell "
+                                      "and allow Alarms in Settings.");
+    EXPECT_NE(daemonLog().find("Ringwell couldn't ring Urgent"), std::string::npos);
+
+    allowAlarms();
+    auto fired = send({"--app", "Messages", "--title", "Mom", "--body", "call me"});
+    EXPECT_EQ(fired["outcome"], "fired");
+    EXPECT_EQ(fired["channelName"], "Urgent");
+    ASSERT_TRUE(fired.contains("alarmID"));
+
+    auto alarms = ringwellJson({"alarms", "--json"});
+    ASSERT_EQ(alarms.size(), 1u);
+    EXPECT_EQ(alarms[0]["id"], fired["alarmID"]);
+    EXPECT_EQ(alarms[0]["configuration"]["presentation"]["alert"]["title"], "Mom: call me");
+
+    // While it rings, a second notification is coalesced into it.
+    auto coalesced = send({"--app", "Messages", "--sender", "Dad", "--title", "Hi"});
+    EXPECT_EQ(coalesced["outcome"], "coalesced");
+    EXPECT_FALSE(coalesced.contains("alarmID"));
+
+    EXPECT_EQ(ringwell({"alarm", "stop", fired["alarmID"]}).exitCode, 0);
+    EXPECT_TRUE(ringwellJson({"alarms", "--json"}).empty());
+    auto again = ringwell({"alarm", "stop", fired["alarmID"]});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_FALSE(again.err.empty());
+}
+
+TEST_F(OutcomeRoadsTest, NoChannelsMeansNoMatch) {
+    std::string id = onlyChannel()["id"];
+    ASSERT_EQ(ringwell({"channel", "delete", id}).exitCode, 0);
+    EXPECT_EQ(send({"--app", "Mail"})["outcome"], "noMatch");
+    EXPECT_EQ(ringwell({"channel", "delete", id}).exitCode, 1);
+}
+
+TEST_F(OutcomeRoadsTest, DisabledChannelIsSkipped) {
+    updateUrgent([](json::Json& channel) { channel["isEnabled"] = false; });
+    auto skipped = send({"--app", "Mail", "--title", "x"});
+    EXPECT_EQ(skipped["outcome"], "skipped");
+    EXPECT_EQ(skipped["channelName"], "Urgent");
+}
+
+TEST_F(OutcomeRoadsTest, SameSenderWithinTheCooldownIsCooledDown) {
+    allowAlarms();
+    updateUrgent([](json::Json& channel) { channel["rule"]["cooldownSeconds"] = 600; });
+    auto first = send({"--app", "Messages", "--sender", "Mom", "--title", "one"});
+    ASSERT_EQ(first["outcome"], "fired");
+    ASSERT_EQ(ringwell({"stop-all"}).exitCode, 0);
+    EXPECT_EQ(send({"--app", "Messages", "--sender", "MOM", "--title", "two"})["outcome"],
+              "cooledDown");
+    EXPECT_EQ(send({"--app", "Messages", "--sender", "Dad", "--title", "three"})["outcome"],
+              "fired");
+}
+
+TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
+    allowAlarms();
+    auto waiting = ringwellJson({"setup-test", "start", "--json"});
+    EXPECT_EQ(waiting["state"], "waiting");
+    auto event = send({"--notification", "Alarm\nServer down", "--title", "Alarm", "--subtitle",
+                       "prod", "--body", "Server down", "--app", "Grafana", "--time-sensitive",
+                       "yes", "--sender", "Ops"});
+    EXPECT_EQ(event["outcome"], "setupTest");
+    EXPECT_EQ(event["isTest"], true);
+    EXPECT_FALSE(event.contains("channelID"));
+    EXPECT_TRUE(ringwellJson({"alarms", "--json"}).empty());
+
+    auto result = ringwellJson({"setup-test", "status", "--json"});
+    EXPECT_EQ(result["state"], "received");
+    EXPECT_EQ(result["allPassed"], true);
+    ASSERT_EQ(result["checks"].size(), 6u);
+
+    // A badly mapped automation: the same value fed to two fields.
+    ringwell({"setup-test", "start"});
+    send({"--title", "Alarm", "--body", "Alarm", "--app", "Grafana"});
+    auto bad = ringwellJson({"setup-test", "status", "--json"});
+    EXPECT_EQ(bad["allPassed"], false);
+    auto text = ringwell({"setup-test", "status"});
+    EXPECT_NE(
+        text.out.find("Has the same value as another field. Set Body to Shortcut Input › Body."),
+        std::string::npos);
+    EXPECT_NE(text.out.find("Set Is Time Sensitive to Shortcut Input › Is Time Sensitive."),
+              std::string::npos);
+
+    std::ifstream settings(root / "config" / "ringwell" / "settings.json");
+    std::string saved((std::istreambuf_iterator<char>(settings)), {});
+    EXPECT_NE(saved.find("failed: Body, Is Time Sensitive ("), std::string::npos) << saved;
+}
+
+TEST_F(OutcomeRoadsTest, RingwellsOwnFailureNoticeIsIgnored) {
+    auto event = send({"--app", "Ringwell", "--title", "Ringwell couldn't ring Urgent"});
+    EXPECT_EQ(event["outcome"], "ignored");
+    EXPECT_EQ(send({"--app", "Ringwell", "--title", "Hello"})["outcome"], "failed");
+}
+
+TEST_F(OutcomeRoadsTest, EverySendRecordsItsDate) {
+    send({});
+    std::ifstream settings(root / "config" / "ringwell" / "settings.json");
+    auto parsed = json::parse(std::string((std::istreambuf_iterator<char>(settings)), {}));
+    ASSERT_TRUE(parsed);
+    EXPECT_TRUE(parsed.value()["lastSendToRingwell"].is_number());
+}
+
+TEST_F(OutcomeRoadsTest, TheAlarmLimitFailsWithItsMessage) {
+    allowAlarms();
+    ASSERT_EQ(ringwell({"channel", "delete", onlyChannel()["id"]}).exitCode, 0);
+    // Each ring of a channel with ten reminders holds eleven alarms.
+    std::vector<std::string> ids;
+    for (int i = 0; i < 7; ++i) {
+        auto channel =
+            ringwellJson({"channel", "add", "--name", "C" + std::to_string(i), "--rule",
+                          R"({"keywords":["k)" + std::to_string(i) + R"("]})", "--json"});
+        channel["repeatEnabled"] = true;
+        channel["repeatCount"] = 10;
+        ASSERT_EQ(ringwell({"channel", "update"}, json::encode(channel)).exitCode, 0);
+        ids.push_back(channel["id"]);
+    }
+    for (int i = 0; i < 6; ++i)
+        ASSERT_EQ(ringwell({"ring", ids[static_cast<size_t>(i)]}).exitCode, 0);
+    auto refused = ringwell({"ring", ids[6]});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.err.find("Too many alarms are already scheduled. Open Ringwell and use Stop "
+                               "All Alarms, then try again."),
+              std::string::npos)
+        << refused.err;
+
+    // The same limit reached by a forwarded notification fails its event too.
+    auto event = send({"--app", "Mail", "--title", "k6"});
+    EXPECT_EQ(event["outcome"], "failed");
+    EXPECT_EQ(event["channelName"], "C6");
+    EXPECT_EQ(ringwellJson({"alarms", "--json"}).size(), 64u);
+}
+
+} // namespace
+} // namespace ringwell::testing
