@@ -9,7 +9,8 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 
 # Everything the build, the tests and the benchmarks need from Debian.
 PACKAGES := g++ cmake ninja-build pkg-config clang-format \
-            libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
+            libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
+            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev
 
 .PHONY: all deps build build-sanitize run test bench format clean
 
@@ -34,8 +35,11 @@ build-sanitize: deps
 	cmake -S . -B $(SAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DRINGWELL_SANITIZE=ON
 	cmake --build $(SAN_DIR) -j $(JOBS)
 
+# Starts the daemon in the foreground; use `ringwell` from another terminal
+# (the README shows how to put it on PATH).
 run: build
-	$(BUILD_DIR)/bin/ringwell --help
+	@echo "Starting Ringwell. In another terminal: $(CURDIR)/$(BUILD_DIR)/bin/ringwell --help"
+	$(BUILD_DIR)/bin/ringwell serve
 
 test: build-sanitize build
 	cd $(SAN_DIR) && ctest --output-on-failure --no-tests=error -j $(JOBS)
