@@ -10,7 +10,7 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 # Everything the build, the tests and the benchmarks need from Debian.
 PACKAGES := g++ cmake ninja-build pkg-config clang-format \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
-            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev
+            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev dbus-daemon
 
 .PHONY: all deps build build-sanitize run test bench format clean
 

@@ -1,0 +1,212 @@
+#include "Platform/AlarmFile.h"
+#include "Platform/LocalAlarmService.h"
+#include "Platform/SilentAudioSink.h"
+#include "PlatformTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <memory>
+
+#include <sys/stat.h>
+
+namespace ringwell {
+namespace {
+
+using namespace platformtest;
+namespace fs = std::filesystem;
+
+// Each "run" of the daemon is a new service over the same file; the clock
+// keeps going between runs, as the wall clock does while the daemon is down.
+class AlarmPersistenceTest : public ::testing::Test {
+protected:
+    AlarmPersistenceTest() {
+        fs::create_directories(directory / "Sounds");
+        writeFile(directory / "default.caf", "default tone");
+    }
+
+    fs::path file() const { return directory / "ringwell" / "alarms.json"; }
+
+    std::unique_ptr<LocalAlarmService> run() {
+        return std::make_unique<LocalAlarmService>(
+            context, clock, sink, notices, logger,
+            LocalAlarmService::Files{file(), directory / "Sounds", directory / "default.caf"});
+    }
+
+    void schedule(LocalAlarmService& service, const Uuid& id, AlarmConfiguration config) {
+        std::exception_ptr failure;
+        asio::co_spawn(context, service.schedule(id, std::move(config)),
+                       [&](std::exception_ptr error) { failure = error; });
+        drain(context);
+        if (failure)
+            std::rethrow_exception(failure);
+    }
+
+    const Alarm& only(const LocalAlarmService& service) {
+        alarms = service.alarms();
+        EXPECT_EQ(alarms.size(), 1u);
+        if (alarms.empty())
+            throw std::runtime_error("no alarm");
+        return alarms.front();
+    }
+
+    TemporaryDirectory directory;
+    asio::io_context context;
+    TestClock clock;
+    SilentAudioSink sink;
+    RecordingNoticeCenter notices;
+    RecordingLogger logger;
+    std::vector<Alarm> alarms;
+    const Uuid id = Uuid::random();
+};
+
+TEST_F(AlarmPersistenceTest, ARestartResumesACountdownWithTheTimeThatIsLeft) {
+    const Date scheduledAt = clock.now();
+    const auto config = configuration(60, 300, "ringwell-klaxon.caf");
+    {
+        auto service = run();
+        service->setAuthorization(AlarmAuthorizationState::authorized);
+        schedule(*service, id, config);
+    }
+    clock.advance(20);
+    auto service = run();
+
+    const Alarm& alarm = only(*service);
+    EXPECT_EQ(alarm.state, AlarmState::countdown);
+    EXPECT_EQ(alarm.fireDate, scheduledAt.addingSeconds(60));
+    EXPECT_EQ(alarm.configuration, config);
+    EXPECT_EQ(service->nextDeadline(), scheduledAt.addingSeconds(60));
+
+    clock.advance(39);
+    service->processDueAlarms();
+    EXPECT_EQ(only(*service).state, AlarmState::countdown);
+    clock.advance(1);
+    service->processDueAlarms();
+    EXPECT_EQ(only(*service).state, AlarmState::alerting);
+}
+
+TEST_F(AlarmPersistenceTest, ADeadlinePassedWhileTheDaemonWasDownAlertsAtStart) {
+    {
+        auto service = run();
+        service->setAuthorization(AlarmAuthorizationState::authorized);
+        schedule(*service, id, configuration(60));
+    }
+    clock.advance(3600);
+    auto service = run();
+    drain(context);
+
+    EXPECT_EQ(only(*service).state, AlarmState::alerting);
+    EXPECT_EQ(sink.playing(), directory / "default.caf");
+    EXPECT_EQ(notices.requests.size(), 1u);
+}
+
+TEST_F(AlarmPersistenceTest, AnAlertingAlarmAlertsAgainAfterARestart) {
+    {
+        auto service = run();
+        service->setAuthorization(AlarmAuthorizationState::authorized);
+        schedule(*service, id, configuration(1));
+        clock.advance(1);
+        service->processDueAlarms();
+        drain(context);
+    }
+    EXPECT_EQ(sink.playing(), std::nullopt); // the old run went quiet as it ended
+    auto service = run();
+    drain(context);
+
+    EXPECT_EQ(only(*service).state, AlarmState::alerting);
+    EXPECT_TRUE(sink.playing().has_value());
+    EXPECT_EQ(notices.requests.size(), 2u);
+}
+
+TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
+    {
+        auto service = run();
+        service->setAuthorization(AlarmAuthorizationState::authorized);
+        schedule(*service, id, configuration(60));
+        clock.advance(25);
+        service->pause(id);
+    }
+    clock.advance(10000);
+    auto service = run();
+
+    const Alarm& alarm = only(*service);
+    EXPECT_EQ(alarm.state, AlarmState::paused);
+    EXPECT_EQ(alarm.remainingSeconds, 35);
+    EXPECT_EQ(sink.playing(), std::nullopt);
+}
+
+TEST_F(AlarmPersistenceTest, StoppedAlarmsAndTheAnswerToThePermissionAreRemembered) {
+    {
+        auto service = run();
+        service->setAuthorization(AlarmAuthorizationState::authorized);
+        schedule(*service, id, configuration(60));
+        schedule(*service, Uuid::random(), configuration(60));
+        service->cancel(id);
+    }
+    auto service = run();
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
+    ASSERT_EQ(service->alarms().size(), 1u);
+    EXPECT_NE(service->alarms().front().id, id);
+
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    service.reset();
+    EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::denied);
+}
+
+TEST_F(AlarmPersistenceTest, TheFileIsPrivate) {
+    auto service = run();
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+
+    struct stat info {};
+    ASSERT_EQ(::stat(file().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    ASSERT_EQ(::stat(file().parent_path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+}
+
+TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
+    fs::create_directories(file().parent_path());
+    writeFile(file(), "{\"authorization\": \"authorized\", \"alarms\": [");
+    auto service = run();
+
+    EXPECT_TRUE(service->alarms().empty());
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
+    const fs::path quarantined = file().parent_path() / "alarms.corrupt.json";
+    EXPECT_EQ(readFile(quarantined), "{\"authorization\": \"authorized\", \"alarms\": [");
+    EXPECT_FALSE(fs::exists(file()));
+    EXPECT_EQ(logger.count(quarantined.string()), 1);
+
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+    EXPECT_TRUE(fs::exists(file()));
+    EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::authorized);
+}
+
+TEST_F(AlarmPersistenceTest, AnAlarmThatContradictsItsStateIsQuarantined) {
+    Alarm broken{id, AlarmState::countdown, configuration(60), std::nullopt, std::nullopt};
+    fs::create_directories(file().parent_path());
+    writeFile(file(), json::encode(toJson(
+                          AlarmServiceState{AlarmAuthorizationState::authorized, {broken}})));
+    auto service = run();
+
+    EXPECT_TRUE(service->alarms().empty());
+    EXPECT_TRUE(fs::exists(file().parent_path() / "alarms.corrupt.json"));
+    EXPECT_EQ(logger.count("has no fireDate"), 1);
+}
+
+TEST_F(AlarmPersistenceTest, TheFileFormRoundTripsAndRejectsDuplicates) {
+    Alarm paused{id, AlarmState::paused, configuration(60, 300, "ringwell-bark.caf"), std::nullopt,
+                 12.5};
+    Alarm alerting{Uuid::random(), AlarmState::alerting, configuration(1), Date{760000001},
+                   std::nullopt};
+    const AlarmServiceState state{AlarmAuthorizationState::denied, {paused, alerting}};
+
+    auto decoded = json::decode(json::encode(toJson(state)), alarmServiceStateFromJson);
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
+    EXPECT_EQ(decoded.value(), state);
+
+    const AlarmServiceState twice{AlarmAuthorizationState::denied, {paused, paused}};
+    EXPECT_FALSE(json::decode(json::encode(toJson(twice)), alarmServiceStateFromJson).ok());
+}
+
+} // namespace
+} // namespace ringwell

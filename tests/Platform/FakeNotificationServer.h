@@ -1,0 +1,194 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// A private session bus and a notification server on it, for testing the
+// notifier against the real protocol rather than against itself.
+namespace ringwell::platformtest {
+
+// A dbus-daemon of the test's own, listening on a socket in `directory`,
+// with no service activation. `available()` is false when the program is
+// not installed.
+class PrivateBus {
+public:
+    explicit PrivateBus(const std::filesystem::path& directory) {
+        const auto socket = directory / "bus";
+        const auto config = directory / "bus.conf";
+        std::ofstream(config)
+            << "<!DOCTYPE busconfig PUBLIC "
+               "\"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
+               "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+               "<busconfig><type>session</type>"
+               "<listen>unix:path="
+            << socket.string()
+            << "</listen><auth>EXTERNAL</auth>"
+               "<policy context=\"default\">"
+               "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+               "<allow eavesdrop=\"true\"/><allow own=\"*\"/>"
+               "</policy></busconfig>\n";
+        address_ = "unix:path=" + socket.string();
+        const std::string configArgument = "--config-file=" + config.string();
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            // Its complaints about resource limits in a container are noise here.
+            const int devNull = ::open("/dev/null", O_WRONLY);
+            if (devNull >= 0)
+                ::dup2(devNull, STDERR_FILENO);
+            ::execlp("dbus-daemon", "dbus-daemon", configArgument.c_str(), "--nofork",
+                     "--nopidfile", static_cast<char*>(nullptr));
+            ::_exit(127);
+        }
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!std::filesystem::exists(socket) && std::chrono::steady_clock::now() < end) {
+            int status = 0;
+            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
+                pid_ = -1;
+                return;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        available_ = std::filesystem::exists(socket);
+    }
+    ~PrivateBus() {
+        if (pid_ > 0) {
+            ::kill(pid_, SIGTERM);
+            ::waitpid(pid_, nullptr, 0);
+        }
+    }
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+
+    bool available() const { return available_; }
+    const std::string& address() const { return address_; }
+
+private:
+    pid_t pid_ = -1;
+    bool available_ = false;
+    std::string address_;
+};
+
+// Owns org.freedesktop.Notifications on the bus and answers Notify and
+// GetServerInformation from a thread of its own, recording every notice.
+// A notice whose summary is "refuse me" gets an error reply.
+class FakeNotificationServer {
+public:
+    struct Notice {
+        std::string appName;
+        std::uint32_t replacesId = 0;
+        std::string summary;
+        std::string body;
+        std::size_t actionCount = 0;
+        int urgency = -1;
+        std::int32_t expireTimeout = 0;
+        std::uint32_t id = 0;
+    };
+
+    explicit FakeNotificationServer(const std::string& address) {
+        if (sd_bus_new(&bus_) < 0 || sd_bus_set_address(bus_, address.c_str()) < 0 ||
+            sd_bus_set_bus_client(bus_, 1) < 0 || sd_bus_start(bus_) < 0)
+            fail("the fake server cannot reach the bus");
+        if (sd_bus_add_object_vtable(bus_, nullptr, "/org/freedesktop/Notifications",
+                                     "org.freedesktop.Notifications", vtable, this) < 0 ||
+            sd_bus_request_name(bus_, "org.freedesktop.Notifications", 0) < 0)
+            fail("the fake server cannot take its name");
+        thread_ = std::thread([this] {
+            while (!stopping_) {
+                while (sd_bus_process(bus_, nullptr) > 0) {
+                }
+                sd_bus_wait(bus_, 20'000);
+            }
+        });
+    }
+    ~FakeNotificationServer() {
+        stopping_ = true;
+        thread_.join();
+        sd_bus_flush_close_unref(bus_);
+    }
+    FakeNotificationServer(const FakeNotificationServer&) = delete;
+    FakeNotificationServer& operator=(const FakeNotificationServer&) = delete;
+
+    std::vector<Notice> notices() const {
+        std::lock_guard lock(mutex_);
+        return notices_;
+    }
+
+private:
+    [[noreturn]] void fail(const char* what) {
+        sd_bus_flush_close_unref(bus_);
+        throw std::runtime_error(what);
+    }
+
+    static int onNotify(sd_bus_message* message, void* userdata, sd_bus_error*) {
+        auto* self = static_cast<FakeNotificationServer*>(userdata);
+        Notice notice;
+        const char *app = nullptr, *icon = nullptr, *summary = nullptr, *body = nullptr;
+        sd_bus_message_read(message, "susss", &app, &notice.replacesId, &icon, &summary, &body);
+        notice.appName = app;
+        notice.summary = summary;
+        notice.body = body;
+        sd_bus_message_enter_container(message, 'a', "s");
+        const char* action = nullptr;
+        while (sd_bus_message_read(message, "s", &action) > 0)
+            ++notice.actionCount;
+        sd_bus_message_exit_container(message);
+        sd_bus_message_enter_container(message, 'a', "{sv}");
+        while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
+            const char* key = nullptr;
+            sd_bus_message_read(message, "s", &key);
+            if (std::string(key) == "urgency") {
+                std::uint8_t urgency = 0;
+                sd_bus_message_read(message, "v", "y", &urgency);
+                notice.urgency = urgency;
+            } else {
+                sd_bus_message_skip(message, "v");
+            }
+            sd_bus_message_exit_container(message);
+        }
+        sd_bus_message_exit_container(message);
+        sd_bus_message_read(message, "i", &notice.expireTimeout);
+
+        if (notice.summary == "refuse me")
+            return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.Failed",
+                                              "refused by the fake server");
+        std::lock_guard lock(self->mutex_);
+        notice.id = notice.replacesId != 0 ? notice.replacesId : self->nextId_++;
+        self->notices_.push_back(notice);
+        return sd_bus_reply_method_return(message, "u", notice.id);
+    }
+
+    static int onServerInformation(sd_bus_message* message, void*, sd_bus_error*) {
+        return sd_bus_reply_method_return(message, "ssss", "fake", "ringwell-tests", "1", "1.2");
+    }
+
+    static constexpr sd_bus_vtable vtable[] = {
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD("Notify", "susssasa{sv}i", "u", onNotify, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_METHOD("GetServerInformation", "", "ssss", onServerInformation,
+                      SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END};
+
+    sd_bus* bus_ = nullptr;
+    std::thread thread_;
+    std::atomic<bool> stopping_{false};
+    mutable std::mutex mutex_;
+    std::vector<Notice> notices_;
+    std::uint32_t nextId_ = 7;
+};
+
+} // namespace ringwell::platformtest

@@ -1,0 +1,323 @@
+#include "Platform/LocalAlarmService.h"
+
+#include "Platform/AlarmNotice.h"
+#include "Platform/SilentAudioSink.h"
+#include "PlatformTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <memory>
+
+namespace ringwell {
+namespace {
+
+using namespace platformtest;
+using Call = SilentAudioSink::Call;
+namespace fs = std::filesystem;
+
+// The service on an io_context that the test drives by hand, with a clock
+// that only moves when told, a recording sink, notice centre and log.
+class LocalAlarmServiceTest : public ::testing::Test {
+protected:
+    LocalAlarmServiceTest() {
+        fs::create_directories(directory / "Sounds");
+        fs::create_directories(directory / "Bundled");
+        writeFile(defaultTone(), "default tone");
+        writeFile(klaxon(), "klaxon tone");
+    }
+
+    fs::path defaultTone() const { return directory / "Bundled" / "ringwell-default.caf"; }
+    fs::path klaxon() const { return directory / "Sounds" / "ringwell-klaxon.caf"; }
+    LocalAlarmService::Files files() const {
+        return {directory / "data" / "ringwell" / "alarms.json", directory / "Sounds",
+                defaultTone()};
+    }
+
+    std::unique_ptr<LocalAlarmService> makeService() {
+        return std::make_unique<LocalAlarmService>(context, clock, sink, notices, logger, files());
+    }
+    std::unique_ptr<LocalAlarmService> authorizedService() {
+        auto service = makeService();
+        service->setAuthorization(AlarmAuthorizationState::authorized);
+        return service;
+    }
+
+    // Runs `schedule` to its end; rethrows what it threw.
+    void schedule(LocalAlarmService& service, const Uuid& id, AlarmConfiguration config) {
+        std::exception_ptr failure;
+        bool finished = false;
+        asio::co_spawn(context, service.schedule(id, std::move(config)),
+                       [&](std::exception_ptr error) {
+                           failure = error;
+                           finished = true;
+                       });
+        drain(context);
+        EXPECT_TRUE(finished);
+        if (failure)
+            std::rethrow_exception(failure);
+    }
+
+    AlarmAuthorizationState request(LocalAlarmService& service) {
+        std::optional<AlarmAuthorizationState> answer;
+        asio::co_spawn(context, service.requestAuthorization(),
+                       [&](std::exception_ptr, AlarmAuthorizationState state) { answer = state; });
+        drain(context);
+        EXPECT_TRUE(answer.has_value()) << "requestAuthorization did not finish at once";
+        return answer.value_or(AlarmAuthorizationState::authorized);
+    }
+
+    // Moves the clock and lets the service see it, as its timer would.
+    void pass(LocalAlarmService& service, double seconds) {
+        clock.advance(seconds);
+        service.processDueAlarms();
+        drain(context);
+    }
+
+    AlarmState stateOf(const LocalAlarmService& service, const Uuid& id) {
+        for (const auto& alarm : service.alarms()) {
+            if (alarm.id == id)
+                return alarm.state;
+        }
+        ADD_FAILURE() << "no alarm " << id.toString();
+        return AlarmState::countdown;
+    }
+
+    TemporaryDirectory directory;
+    asio::io_context context;
+    TestClock clock;
+    SilentAudioSink sink;
+    RecordingNoticeCenter notices;
+    RecordingLogger logger;
+    const Uuid first = Uuid::random();
+    const Uuid second = Uuid::random();
+};
+
+// MARK: Authorization
+
+TEST_F(LocalAlarmServiceTest, AnUnansweredRequestIsDeniedAtOnceAndTheHintLoggedOnce) {
+    auto service = makeService();
+
+    EXPECT_EQ(request(*service), AlarmAuthorizationState::denied);
+    EXPECT_EQ(request(*service), AlarmAuthorizationState::denied);
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
+    EXPECT_EQ(logger.count(LocalAlarmService::permissionHint), 1);
+
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+    EXPECT_EQ(request(*service), AlarmAuthorizationState::authorized);
+}
+
+TEST_F(LocalAlarmServiceTest, ObserversHearEveryChangeAndOnlyChanges) {
+    auto service = makeService();
+    std::vector<AlarmAuthorizationState> heard;
+    const auto token = service->observeAuthorization(
+        [&](AlarmAuthorizationState state) { heard.push_back(state); });
+
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    service->stopObservingAuthorization(token);
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+
+    EXPECT_EQ(heard, (std::vector<AlarmAuthorizationState>{AlarmAuthorizationState::authorized,
+                                                           AlarmAuthorizationState::denied}));
+}
+
+TEST_F(LocalAlarmServiceTest, AnObserverMayStopObservingWhileItIsTold) {
+    auto service = makeService();
+    int calls = 0;
+    std::uint64_t token = 0;
+    token = service->observeAuthorization([&](AlarmAuthorizationState) {
+        ++calls;
+        service->stopObservingAuthorization(token);
+    });
+
+    service->setAuthorization(AlarmAuthorizationState::authorized);
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(LocalAlarmServiceTest, NothingIsScheduledWithoutPermission) {
+    auto service = makeService();
+    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(1)); }),
+              AlarmServiceError::Kind::failed);
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(1)); }),
+              AlarmServiceError::Kind::failed);
+    EXPECT_TRUE(service->alarms().empty());
+}
+
+// MARK: Alerting
+
+TEST_F(LocalAlarmServiceTest, AnAlertingAlarmPlaysItsToneAndPostsItsOwnNotice) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(30, std::nullopt, "ringwell-klaxon.caf"));
+
+    pass(*service, 29);
+    EXPECT_TRUE(sink.calls().empty());
+    EXPECT_TRUE(notices.requests.empty());
+
+    pass(*service, 1);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon()}}));
+    ASSERT_EQ(notices.requests.size(), 1u);
+    EXPECT_EQ(notices.requests[0].identifier, "alarm-" + first.toString());
+    EXPECT_EQ(notices.requests[0].title, "Urgent: Mom");
+    EXPECT_EQ(notices.requests[0].body, "Mom\ncall me\nChannel Urgent, from Messages");
+    EXPECT_EQ(logger.count("Alarm " + first.toString() + " is alerting: Urgent: Mom"), 1);
+}
+
+TEST_F(LocalAlarmServiceTest, AMissingNamedToneAndTheDefaultSoundPlayTheDefaultTone) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1, std::nullopt, "ringwell-bark.caf"));
+    pass(*service, 1);
+    EXPECT_EQ(sink.playing(), defaultTone());
+
+    service->stop(first);
+    schedule(*service, second, configuration(1, std::nullopt, std::nullopt));
+    pass(*service, 1);
+    EXPECT_EQ(sink.playing(), defaultTone());
+}
+
+TEST_F(LocalAlarmServiceTest, ANameThatLeavesTheSoundsDirectoryPlaysTheDefaultTone) {
+    writeFile(directory / "secret.caf", "not a tone");
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1, std::nullopt, "../secret.caf"));
+    pass(*service, 1);
+    EXPECT_EQ(sink.playing(), defaultTone());
+}
+
+TEST_F(LocalAlarmServiceTest, StopSilencesTheToneAndEndsTheAlarm) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1, std::nullopt, "ringwell-klaxon.caf"));
+    pass(*service, 1);
+
+    service->stop(first);
+    EXPECT_TRUE(service->alarms().empty());
+    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}}));
+    EXPECT_EQ(sink.playing(), std::nullopt);
+}
+
+TEST_F(LocalAlarmServiceTest, SnoozeSilencesAndTheAlarmAlertsAgainAfterThePostAlert) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1, 300, "ringwell-klaxon.caf"));
+    pass(*service, 1);
+
+    service->snooze(first);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::countdown);
+    EXPECT_EQ(sink.playing(), std::nullopt);
+
+    pass(*service, 299);
+    EXPECT_EQ(sink.playing(), std::nullopt);
+    pass(*service, 1);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+    EXPECT_EQ(sink.playing(), klaxon());
+    ASSERT_EQ(notices.requests.size(), 2u);
+    EXPECT_EQ(notices.requests[1].identifier, notices.requests[0].identifier);
+}
+
+TEST_F(LocalAlarmServiceTest, TheAlarmThatAlertedLastIsHeardUntilItStops) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(10, std::nullopt, "ringwell-klaxon.caf"));
+    schedule(*service, second, configuration(20, std::nullopt, std::nullopt));
+
+    pass(*service, 10);
+    EXPECT_EQ(sink.playing(), klaxon());
+    pass(*service, 10);
+    EXPECT_EQ(sink.playing(), defaultTone());
+
+    service->stop(second);
+    EXPECT_EQ(sink.playing(), klaxon()); // the earlier alarm still alerts
+    service->stop(first);
+    EXPECT_EQ(sink.playing(), std::nullopt);
+}
+
+TEST_F(LocalAlarmServiceTest, AMissingAudioServerIsLoggedOnceAndTheAlarmStillAlerts) {
+    sink.failEveryPlay(AudioProblem{AudioProblemKind::noAudioServer, "Connection refused"});
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1));
+    schedule(*service, second, configuration(2));
+
+    pass(*service, 1);
+    pass(*service, 1);
+    EXPECT_EQ(sink.calls().size(), 2u);
+    EXPECT_EQ(logger.count(LocalAlarmService::noAudioMessage), 1);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+    EXPECT_EQ(stateOf(*service, second), AlarmState::alerting);
+    EXPECT_EQ(notices.requests.size(), 2u);
+}
+
+TEST_F(LocalAlarmServiceTest, ARefusedNoticeIsLoggedAndTheAlarmStillAlerts) {
+    notices.refuse = true;
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1));
+    pass(*service, 1);
+
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+    EXPECT_EQ(logger.count("The alarm notice could not be shown: refused by the test"), 1);
+}
+
+// MARK: Operations and time
+
+TEST_F(LocalAlarmServiceTest, AnAlarmPastItsDeadlineIsAlertingEvenBeforeTheTimerRuns) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(10));
+    clock.advance(10); // the timer has not run yet
+
+    EXPECT_EQ(errorKind([&] { service->pause(first); }), AlarmServiceError::Kind::failed);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+    EXPECT_TRUE(sink.playing().has_value());
+}
+
+TEST_F(LocalAlarmServiceTest, PauseAndResumeMoveTheDeadline) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(60));
+    clock.advance(15);
+    service->pause(first);
+    EXPECT_EQ(service->nextDeadline(), std::nullopt);
+
+    clock.advance(100);
+    service->resume(first);
+    EXPECT_EQ(service->nextDeadline(), clock.now().addingSeconds(45));
+    pass(*service, 44);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::countdown);
+    pass(*service, 1);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+}
+
+TEST_F(LocalAlarmServiceTest, FailuresReachTheCallerAsServiceErrors) {
+    auto service = authorizedService();
+    for (std::size_t i = 0; i < AlarmBook::limit; ++i)
+        schedule(*service, Uuid::random(), configuration(600));
+
+    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(600)); }),
+              AlarmServiceError::Kind::maximumLimitReached);
+    EXPECT_EQ(errorKind([&] { service->stop(first); }), AlarmServiceError::Kind::notFound);
+    EXPECT_EQ(errorKind([&] { service->snooze(first); }), AlarmServiceError::Kind::notFound);
+}
+
+TEST_F(LocalAlarmServiceTest, ItsOwnTimerMakesADueAlarmAlert) {
+    SystemClock wallClock;
+    LocalAlarmService service(context, wallClock, sink, notices, logger, files());
+    service.setAuthorization(AlarmAuthorizationState::authorized);
+    schedule(service, first, configuration(0.05));
+
+    EXPECT_TRUE(runUntil(context, [&] { return sink.playing().has_value(); }));
+    EXPECT_EQ(stateOf(service, first), AlarmState::alerting);
+}
+
+TEST_F(LocalAlarmServiceTest, DestroyingTheServiceSilencesItAndLeavesNoLiveHandlers) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1));
+    schedule(*service, second, configuration(30));
+    clock.advance(1);
+    service->processDueAlarms(); // the notice is posted but not yet delivered
+    service.reset();
+
+    EXPECT_EQ(sink.playing(), std::nullopt);
+    drain(context); // must not touch the destroyed service
+    EXPECT_EQ(notices.requests.size(), 1u);
+}
+
+} // namespace
+} // namespace ringwell

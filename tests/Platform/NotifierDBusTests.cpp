@@ -1,0 +1,145 @@
+#include "Platform/NotifierDBus.h"
+
+#include "FakeNotificationServer.h"
+#include "PlatformTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <memory>
+
+namespace ringwell {
+namespace {
+
+using namespace platformtest;
+
+class NotifierDBusTest : public ::testing::Test {
+protected:
+    // Runs `add` to its end; the exception it threw, if any.
+    std::exception_ptr post(NotifierDBus& notifier, NoticeRequest request) {
+        std::exception_ptr failure;
+        bool finished = false;
+        asio::co_spawn(context, notifier.add(std::move(request)), [&](std::exception_ptr error) {
+            failure = error;
+            finished = true;
+        });
+        EXPECT_TRUE(runUntil(context, [&] { return finished; })) << "add never finished";
+        return failure;
+    }
+
+    static NoticeRequest failure(const std::string& body) {
+        return {"ring-failed", "Ringwell couldn't ring Urgent", body, "ringwell-failure"};
+    }
+
+    asio::io_context context;
+    RecordingLogger logger;
+    TemporaryDirectory directory;
+};
+
+TEST_F(NotifierDBusTest, WithoutASessionBusNoticesGoToTheLog) {
+    EnvironmentGuard bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (directory / "none").string());
+    NotifierDBus notifier(context, logger);
+
+    EXPECT_FALSE(notifier.isConnected());
+    EXPECT_EQ(notifier.permissionStatus(), "denied");
+    EXPECT_EQ(post(notifier, failure("Too many alarms\nare scheduled")), nullptr);
+    EXPECT_EQ(logger.count("Notice: Ringwell couldn't ring Urgent — Too many alarms are scheduled"),
+              1);
+}
+
+class NotifierOnABusTest : public NotifierDBusTest {
+protected:
+    void SetUp() override {
+        bus = std::make_unique<PrivateBus>(directory.path());
+        if (!bus->available())
+            GTEST_SKIP() << "dbus-daemon is not available";
+        address = std::make_unique<EnvironmentGuard>("DBUS_SESSION_BUS_ADDRESS", bus->address());
+    }
+
+    std::unique_ptr<PrivateBus> bus;
+    std::unique_ptr<EnvironmentGuard> address;
+};
+
+TEST_F(NotifierOnABusTest, AServerThatAnswersMeansNoticesAreAllowed) {
+    FakeNotificationServer server(bus->address());
+    NotifierDBus notifier(context, logger);
+
+    EXPECT_TRUE(notifier.isConnected());
+    EXPECT_TRUE(runUntil(context, [&] { return notifier.permissionStatus() != "unknown"; }));
+    EXPECT_EQ(notifier.permissionStatus(), "allowed");
+}
+
+TEST_F(NotifierOnABusTest, WithNobodyServingNotificationsTheyAreDenied) {
+    NotifierDBus notifier(context, logger);
+
+    EXPECT_TRUE(runUntil(context, [&] { return notifier.permissionStatus() != "unknown"; }));
+    EXPECT_EQ(notifier.permissionStatus(), "denied");
+    EXPECT_NE(post(notifier, failure("message")), nullptr);
+}
+
+TEST_F(NotifierOnABusTest, ANewerNoticeReplacesTheOlderOneWithTheSameIdentifier) {
+    FakeNotificationServer server(bus->address());
+    NotifierDBus notifier(context, logger);
+
+    EXPECT_EQ(post(notifier, failure("first")), nullptr);
+    EXPECT_EQ(post(notifier, failure("second")), nullptr);
+    EXPECT_EQ(post(notifier, {"alarm-1", "Urgent: Mom", "call me", "ringwell-alarm"}), nullptr);
+
+    const auto notices = server.notices();
+    ASSERT_EQ(notices.size(), 3u);
+    EXPECT_EQ(notices[0].replacesId, 0u);
+    EXPECT_EQ(notices[1].replacesId, notices[0].id);
+    EXPECT_EQ(notices[1].body, "second");
+    EXPECT_EQ(notices[2].replacesId, 0u); // another identifier, another notice
+    EXPECT_NE(notices[2].id, notices[0].id);
+}
+
+TEST_F(NotifierOnABusTest, NoticesCarryTheAppTitleBodyAndUrgency) {
+    FakeNotificationServer server(bus->address());
+    NotifierDBus notifier(context, logger);
+
+    EXPECT_EQ(post(notifier, failure("Too many alarms")), nullptr);
+    EXPECT_EQ(post(notifier, {"alarm-1", "Urgent: Mom", "call me", "ringwell-alarm"}), nullptr);
+    // Invalid UTF-8 would make the bus refuse the whole message.
+    EXPECT_EQ(post(notifier, {"other", "bad \xff text", "", ""}), nullptr);
+
+    const auto notices = server.notices();
+    ASSERT_EQ(notices.size(), 3u);
+    EXPECT_EQ(notices[0].appName, "Ringwell");
+    EXPECT_EQ(notices[0].summary, "Ringwell couldn't ring Urgent");
+    EXPECT_EQ(notices[0].body, "Too many alarms");
+    EXPECT_EQ(notices[0].actionCount, 0u);
+    EXPECT_EQ(notices[0].expireTimeout, -1);
+    EXPECT_EQ(notices[0].urgency, 1);
+    EXPECT_EQ(notices[1].urgency, 2);
+    EXPECT_EQ(notices[2].summary, "bad \xef\xbf\xbd text");
+}
+
+TEST_F(NotifierOnABusTest, ARefusedNoticeFailsTheCall) {
+    FakeNotificationServer server(bus->address());
+    NotifierDBus notifier(context, logger);
+
+    const auto error = post(notifier, {"x", "refuse me", "", ""});
+    ASSERT_NE(error, nullptr);
+    try {
+        std::rethrow_exception(error);
+    } catch (const std::runtime_error& refused) {
+        EXPECT_NE(std::string(refused.what()).find("refused by the fake server"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(NotifierOnABusTest, ANoticeInFlightWhenTheNotifierGoesAwayEndsQuietly) {
+    FakeNotificationServer server(bus->address());
+    auto notifier = std::make_unique<NotifierDBus>(context, logger);
+    bool finished = false;
+    asio::co_spawn(context, notifier->add(failure("late")),
+                   [&](std::exception_ptr) { finished = true; });
+    drain(context); // the call is on its way; the answer has not been read
+    notifier.reset();
+
+    EXPECT_TRUE(runUntil(context, [&] { return finished; }));
+}
+
+} // namespace
+} // namespace ringwell

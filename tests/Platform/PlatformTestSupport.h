@@ -1,0 +1,200 @@
+#pragma once
+
+#include "Alarms/Logger.h"
+#include "Alarms/NoticeCenter.h"
+#include "Core/Date.h"
+#include "Model/Clock.h"
+#include "Shared/AlarmService.h"
+#include "Shared/Asio.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <stdlib.h>
+
+// Small fakes and helpers for the platform tests, kept here so that this
+// suite depends on nothing but the platform layer.
+namespace ringwell::platformtest {
+
+// A clock that stands still until the test moves it.
+class TestClock final : public Clock {
+public:
+    explicit TestClock(Date start = Date{760000000}) : now_(start) {}
+    Date now() const override { return now_; }
+    void advance(double seconds) { now_ = now_.addingSeconds(seconds); }
+
+private:
+    Date now_;
+};
+
+struct LogLine {
+    LogLevel level;
+    std::string category;
+    std::string message;
+};
+
+// Keeps every line; safe from any thread, as the Logger contract requires.
+class RecordingLogger final : public Logger {
+public:
+    void log(LogLevel level, std::string_view category, std::string_view message) override {
+        std::lock_guard lock(mutex_);
+        lines_.push_back({level, std::string(category), std::string(message)});
+    }
+    std::vector<LogLine> lines() const {
+        std::lock_guard lock(mutex_);
+        return lines_;
+    }
+    // Lines whose message contains `part`.
+    int count(std::string_view part) const {
+        std::lock_guard lock(mutex_);
+        int found = 0;
+        for (const auto& line : lines_)
+            found += line.message.find(part) != std::string::npos;
+        return found;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<LogLine> lines_;
+};
+
+// Records the notices it is given; refuses them all when told to.
+class RecordingNoticeCenter final : public NoticeCenter {
+public:
+    Awaitable<void> add(NoticeRequest request) override {
+        requests.push_back(request);
+        if (refuse)
+            throw std::runtime_error("refused by the test");
+        co_return;
+    }
+    std::string permissionStatus() const override { return "allowed"; }
+
+    std::vector<NoticeRequest> requests;
+    bool refuse = false;
+};
+
+// A fresh directory, removed with its contents at the end of the scope.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory() {
+        std::string pattern = ::testing::TempDir() + "ringwell-platform-XXXXXX";
+        if (!::mkdtemp(pattern.data()))
+            throw std::runtime_error("mkdtemp failed for " + pattern);
+        path_ = pattern;
+    }
+    ~TemporaryDirectory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// Sets (or, with none, unsets) an environment variable for a scope.
+class EnvironmentGuard {
+public:
+    EnvironmentGuard(const char* name, std::optional<std::string> value) : name_(name) {
+        if (const char* old = std::getenv(name))
+            previous_ = old;
+        if (value)
+            ::setenv(name, value->c_str(), 1);
+        else
+            ::unsetenv(name);
+    }
+    ~EnvironmentGuard() {
+        if (previous_)
+            ::setenv(name_.c_str(), previous_->c_str(), 1);
+        else
+            ::unsetenv(name_.c_str());
+    }
+    EnvironmentGuard(const EnvironmentGuard&) = delete;
+    EnvironmentGuard& operator=(const EnvironmentGuard&) = delete;
+
+private:
+    std::string name_;
+    std::optional<std::string> previous_;
+};
+
+inline std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream contents;
+    contents << in.rdbuf();
+    return contents.str();
+}
+
+inline void writeFile(const std::filesystem::path& path, const std::string& contents) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << contents;
+}
+
+// Runs the io_context's handlers until `done` holds or `limit` passes; true
+// when `done` holds. For work that finishes on another thread or process.
+inline bool runUntil(asio::io_context& context, const std::function<bool()>& done,
+                     std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        context.restart();
+        context.run_one_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+// Runs every handler that is ready now, without waiting for timers.
+inline void drain(asio::io_context& context) {
+    context.restart();
+    context.poll();
+}
+
+// An alarm configuration as the scheduler builds one, reduced to what the
+// service looks at.
+inline AlarmConfiguration configuration(std::optional<double> preAlert,
+                                        std::optional<double> postAlert = std::nullopt,
+                                        std::optional<std::string> sound = std::nullopt,
+                                        std::string title = "Urgent: Mom") {
+    AlarmConfiguration config;
+    config.countdownDuration = {preAlert, postAlert};
+    config.attributes.presentation.alert.title = std::move(title);
+    config.attributes.presentation.countdown.title = "Urgent";
+    config.attributes.presentation.paused.title = "Paused";
+    config.attributes.metadata.channelID = Uuid::random();
+    config.attributes.metadata.channelName = "Urgent";
+    config.attributes.metadata.app = "Messages";
+    config.attributes.metadata.title = "Mom";
+    config.attributes.metadata.body = "call me";
+    config.attributes.tintHex = "#FF3B30";
+    config.sound.named = std::move(sound);
+    return config;
+}
+
+// The kind of AlarmServiceError that `operation` throws; none when it throws
+// nothing.
+template <typename Operation>
+std::optional<AlarmServiceError::Kind> errorKind(Operation&& operation) {
+    try {
+        operation();
+    } catch (const AlarmServiceError& error) {
+        return error.kind();
+    }
+    return std::nullopt;
+}
+
+} // namespace ringwell::platformtest

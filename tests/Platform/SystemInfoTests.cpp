@@ -1,0 +1,71 @@
+#include "Platform/SystemInfo.h"
+#include "Platform/XdgPaths.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using namespace SystemInfo;
+
+TEST(SystemInfoTest, OsVersionPrefersThePrettyName) {
+    const char* debian = "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n"
+                         "NAME=\"Debian GNU/Linux\"\n"
+                         "VERSION=\"12 (bookworm)\"\n";
+    EXPECT_EQ(osVersionFrom(debian, "6.1.0-18-amd64"), "Debian GNU/Linux 12 (bookworm)");
+}
+
+TEST(SystemInfoTest, OsVersionFallsBackToNameAndVersionThenToTheKernel) {
+    EXPECT_EQ(osVersionFrom("NAME=Fedora\nVERSION=\"40 (Workstation Edition)\"\n", "6.8"),
+              "Fedora 40 (Workstation Edition)");
+    EXPECT_EQ(osVersionFrom("NAME='Arch Linux'\nPRETTY_NAME=\"  \"\n", "6.8"), "Arch Linux");
+    EXPECT_EQ(osVersionFrom("", "6.8.0-31-generic\n"), "Linux 6.8.0-31-generic");
+    EXPECT_EQ(osVersionFrom("garbage without equals\n", ""), "Linux");
+}
+
+TEST(SystemInfoTest, OsReleaseValuesAreReadAsTheShellWouldReadThem) {
+    const auto values = parseOsRelease("# a comment\n"
+                                       "  ID=debian  \n"
+                                       "PRETTY_NAME=\"Say \\\"hi\\\" \\\\ $\"\n"
+                                       "VARIANT='Server Edition'\n"
+                                       "=novalue\n"
+                                       "LAST=no newline");
+    EXPECT_EQ(values.at("ID"), "debian");
+    EXPECT_EQ(values.at("PRETTY_NAME"), "Say \"hi\" \\ $");
+    EXPECT_EQ(values.at("VARIANT"), "Server Edition");
+    EXPECT_EQ(values.at("LAST"), "no newline");
+    EXPECT_EQ(values.size(), 4u);
+}
+
+TEST(SystemInfoTest, DeviceModelJoinsVendorAndProductTrimmed) {
+    EXPECT_EQ(deviceModelFrom("Framework\n", "Laptop 13 (AMD Ryzen 7040Series)\n"),
+              "Framework Laptop 13 (AMD Ryzen 7040Series)");
+    EXPECT_EQ(deviceModelFrom("QEMU\n", "Standard PC (Q35 + ICH9, 2009)\n"),
+              "QEMU Standard PC (Q35 + ICH9, 2009)");
+    // A product that already names its maker is not prefixed twice.
+    EXPECT_EQ(deviceModelFrom("Dell Inc.", "Dell Inc. XPS 13"), "Dell Inc. XPS 13");
+}
+
+TEST(SystemInfoTest, DeviceModelIgnoresFirmwarePlaceholders) {
+    EXPECT_EQ(deviceModelFrom("To Be Filled By O.E.M.", "B450M Pro4"), "B450M Pro4");
+    EXPECT_EQ(deviceModelFrom("LENOVO", "System Product Name"), "LENOVO");
+    EXPECT_EQ(deviceModelFrom("System manufacturer", "  \n"), "Unknown");
+    EXPECT_EQ(deviceModelFrom(std::nullopt, std::nullopt), "Unknown");
+}
+
+TEST(SystemInfoTest, ThisMachineGivesSomething) {
+    EXPECT_FALSE(osVersion().empty());
+    EXPECT_FALSE(deviceModel().empty());
+}
+
+TEST(XdgPathsTest, OnlyAbsoluteDirectoriesCount) {
+    EXPECT_EQ(XdgPaths::resolve("/data", "/home/ada", ".local/share"), "/data");
+    EXPECT_EQ(XdgPaths::resolve("relative/data", "/home/ada", ".local/share"),
+              "/home/ada/.local/share");
+    EXPECT_EQ(XdgPaths::resolve(nullptr, "/home/ada", ".config"), "/home/ada/.config");
+    EXPECT_EQ(XdgPaths::resolve("", "home", ".config"), std::nullopt);
+    EXPECT_EQ(XdgPaths::resolve(nullptr, nullptr, ".config"), std::nullopt);
+}
+
+} // namespace
+} // namespace ringwell
