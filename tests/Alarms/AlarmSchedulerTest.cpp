@@ -1,0 +1,442 @@
+#include "Alarms/AlarmScheduler.h"
+
+#include "Alarms/EventRecord.h"
+
+#include "AppTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::AppTest;
+using Kind = AlarmServiceError::Kind;
+
+class AlarmSchedulerTest : public AppTest {
+protected:
+    NotificationInfo payload(std::string title = "Server down", std::string body = "Disk full") {
+        NotificationInfo info;
+        info.app = "Mail";
+        info.sender = "ops@example.com";
+        info.title = std::move(title);
+        info.subtitle = "Production";
+        info.body = std::move(body);
+        info.date = clock.now().addingSeconds(-2);
+        info.isTimeSensitive = true;
+        info.received = std::vector<ReceivedField>{{"App", "Mail"}};
+        return info;
+    }
+
+    FireEvent fire(const Channel& channel, RingKind kind = RingKind::live) {
+        return run(scheduler.fire(channel, payload(), kind));
+    }
+
+    // The error `fire` threw, failing the test when it threw none.
+    RingwellAlarmError fireFailure(const Channel& channel) {
+        try {
+            fire(channel);
+        } catch (const RingwellAlarmError& error) {
+            return error;
+        }
+        ADD_FAILURE() << "fire did not fail";
+        return RingwellAlarmError::schedulingFailed("none");
+    }
+
+    Channel repeating(std::int64_t count) {
+        return change(urgent().id, [&](Channel& c) {
+            c.repeatEnabled = true;
+            c.repeatCount = count;
+        });
+    }
+
+    const AlarmConfiguration& configurationOf(const Uuid& id) {
+        const auto* scheduled = service.find(id);
+        EXPECT_NE(scheduled, nullptr);
+        static const AlarmConfiguration none;
+        return scheduled ? scheduled->configuration : none;
+    }
+};
+
+// MARK: The road of one ring
+
+TEST_F(AlarmSchedulerTest, AFiredEventCarriesEveryField) {
+    const FireEvent event = fire(urgent());
+    ASSERT_EQ(store.events().size(), 1u);
+    EXPECT_EQ(store.events().front(), event);
+
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_EQ(event.channelID, urgent().id);
+    EXPECT_EQ(event.channelName, "Urgent");
+    ASSERT_TRUE(event.alarmID);
+    EXPECT_EQ(event.followUpAlarmIDs, std::vector<Uuid>{});
+    EXPECT_EQ(event.app, "Mail");
+    EXPECT_EQ(event.sender, "ops@example.com");
+    EXPECT_EQ(event.title, "Server down");
+    EXPECT_EQ(event.subtitle, "Production");
+    EXPECT_EQ(event.body, "Disk full");
+    EXPECT_EQ(event.isTimeSensitive, true);
+    EXPECT_EQ(event.received, payload().received);
+    EXPECT_EQ(event.receivedAt, payload().date);
+    EXPECT_EQ(event.firedAt, clock.now());
+    EXPECT_FALSE(event.errorMessage);
+    EXPECT_FALSE(event.isTest);
+
+    ASSERT_EQ(service.scheduled.size(), 1u);
+    EXPECT_EQ(service.scheduled[0].id, *event.alarmID);
+    EXPECT_FALSE(scheduler.isInFlight(urgent().id));
+}
+
+TEST_F(AlarmSchedulerTest, EveryRingGetsNewIdentities) {
+    const FireEvent first = fire(urgent());
+    service.held.clear(); // the first alarm has ended
+    const FireEvent second = fire(urgent());
+    EXPECT_NE(first.id, second.id);
+    EXPECT_NE(first.alarmID, second.alarmID);
+}
+
+TEST_F(AlarmSchedulerTest, ADisabledChannelIsSkippedWithoutAskingAnything) {
+    service.state = AlarmAuthorizationState::notDetermined;
+    const Channel disabled = change(urgent().id, [](Channel& c) { c.isEnabled = false; });
+    const FireEvent event = fire(disabled);
+    EXPECT_EQ(event.outcome, FireOutcome::skipped);
+    EXPECT_EQ(event.channelID, disabled.id);
+    EXPECT_FALSE(event.alarmID);
+    EXPECT_TRUE(service.calls.empty());
+    EXPECT_EQ(store.events().front(), event);
+}
+
+TEST_F(AlarmSchedulerTest, ADisabledChannelStillRingsForATest) {
+    const Channel disabled = change(urgent().id, [](Channel& c) { c.isEnabled = false; });
+    const FireEvent event = fire(disabled, RingKind::test);
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_TRUE(event.isTest);
+    EXPECT_EQ(service.scheduled.size(), 1u);
+}
+
+TEST_F(AlarmSchedulerTest, NotAuthorizedRecordsAFailureAndThrows) {
+    service.state = AlarmAuthorizationState::denied;
+    const RingwellAlarmError error = fireFailure(urgent());
+    EXPECT_EQ(error.kind(), RingwellAlarmError::Kind::notAuthorized);
+    EXPECT_STREQ(error.what(), "Ringwell isn't allowed to schedule alarms. Open Ringwell and allow "
+                               "Alarms in Settings.");
+    ASSERT_EQ(store.events().size(), 1u);
+    EXPECT_EQ(store.events().front().outcome, FireOutcome::failed);
+    EXPECT_EQ(store.events().front().errorMessage, error.what());
+    EXPECT_EQ(store.events().front().channelName, "Urgent");
+    EXPECT_TRUE(service.scheduled.empty());
+    EXPECT_EQ(service.authorizationRequests, 0); // a denial is not asked again
+}
+
+TEST_F(AlarmSchedulerTest, AnUndecidedPermissionIsAskedFor) {
+    service.state = AlarmAuthorizationState::notDetermined;
+    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::fired);
+    EXPECT_EQ(service.authorizationRequests, 1);
+
+    service.held.clear();
+    fire(urgent());
+    EXPECT_EQ(service.authorizationRequests, 1);
+}
+
+TEST_F(AlarmSchedulerTest, ARefusedOrFailedRequestIsNotAuthorized) {
+    service.state = AlarmAuthorizationState::notDetermined;
+    service.answer = AlarmAuthorizationState::denied;
+    EXPECT_EQ(fireFailure(urgent()).kind(), RingwellAlarmError::Kind::notAuthorized);
+
+    service.state = AlarmAuthorizationState::notDetermined;
+    service.answer = std::nullopt; // the request itself fails
+    EXPECT_EQ(run(scheduler.requestAuthorization()), AlarmAuthorizationState::denied);
+    EXPECT_EQ(fireFailure(urgent()).kind(), RingwellAlarmError::Kind::notAuthorized);
+}
+
+TEST_F(AlarmSchedulerTest, AttemptReturnsTheFailureInsteadOfThrowing) {
+    service.state = AlarmAuthorizationState::denied;
+    const FireAttempt attempt = run(scheduler.attempt(urgent(), payload(), RingKind::live));
+    ASSERT_TRUE(attempt.error);
+    EXPECT_EQ(attempt.error->kind(), RingwellAlarmError::Kind::notAuthorized);
+    EXPECT_EQ(attempt.event, store.events().front());
+}
+
+// MARK: Coalescing
+
+TEST_F(AlarmSchedulerTest, TwoNearSimultaneousRingsScheduleOneAlarm) {
+    service.suspendSchedule = true;
+    std::vector<Awaitable<FireEvent>> rings;
+    rings.push_back(scheduler.fire(urgent(), payload("first"), RingKind::live));
+    rings.push_back(scheduler.fire(urgent(), payload("second"), RingKind::live));
+    auto outcomes = testing::runTogether(io, std::move(rings));
+
+    ASSERT_TRUE(outcomes[0].value && outcomes[1].value);
+    EXPECT_EQ(outcomes[0].value->outcome, FireOutcome::fired);
+    EXPECT_EQ(outcomes[1].value->outcome, FireOutcome::coalesced);
+    EXPECT_FALSE(outcomes[1].value->alarmID);
+    EXPECT_EQ(outcomes[1].value->title, "second");
+    EXPECT_EQ(service.scheduled.size(), 1u);
+    EXPECT_EQ(store.events().size(), 2u);
+    EXPECT_FALSE(scheduler.isInFlight(urgent().id));
+}
+
+TEST_F(AlarmSchedulerTest, RingsOfDifferentChannelsDoNotCoalesce) {
+    service.suspendSchedule = true;
+    const Channel other = store.addChannel(std::string("Other"), ChannelRule{});
+    std::vector<Awaitable<FireEvent>> rings;
+    rings.push_back(scheduler.fire(urgent(), payload(), RingKind::live));
+    rings.push_back(scheduler.fire(other, payload(), RingKind::live));
+    auto outcomes = testing::runTogether(io, std::move(rings));
+    EXPECT_EQ(outcomes[0].value->outcome, FireOutcome::fired);
+    EXPECT_EQ(outcomes[1].value->outcome, FireOutcome::fired);
+}
+
+TEST_F(AlarmSchedulerTest, AChannelWhoseAlarmIsStillHeldCoalesces) {
+    fire(urgent());
+    const FireEvent second = fire(urgent());
+    EXPECT_EQ(second.outcome, FireOutcome::coalesced);
+    EXPECT_EQ(service.scheduled.size(), 1u);
+}
+
+TEST_F(AlarmSchedulerTest, AHeldReminderAloneKeepsTheChannelActive) {
+    fire(repeating(2));
+    ASSERT_EQ(service.held.size(), 3u);
+    service.held.erase(service.held.begin()); // the first alarm was stopped
+    EXPECT_TRUE(scheduler.isActive(urgent().id));
+    service.held.clear();
+    EXPECT_FALSE(scheduler.isActive(urgent().id));
+    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::fired);
+}
+
+TEST_F(AlarmSchedulerTest, OnlyFiredEventsOfTheChannelMakeItActive) {
+    const Uuid alarm = Uuid::random();
+    service.hold(alarm);
+    FireEvent coalesced =
+        EventRecord::make(payload(), FireOutcome::coalesced, clock.now(), urgent());
+    coalesced.alarmID = alarm;
+    store.log(coalesced);
+    EXPECT_FALSE(scheduler.isActive(urgent().id));
+
+    FireEvent otherChannel = coalesced;
+    otherChannel.id = Uuid::random();
+    otherChannel.channelID = Uuid::random();
+    otherChannel.outcome = FireOutcome::fired;
+    store.log(otherChannel);
+    EXPECT_FALSE(scheduler.isActive(urgent().id));
+}
+
+TEST_F(AlarmSchedulerTest, AServiceThatCannotListItsAlarmsHoldsNone) {
+    fire(urgent());
+    service.failAlarmsQuery = true;
+    EXPECT_FALSE(scheduler.isActive(urgent().id));
+}
+
+// MARK: Follow-ups
+
+TEST_F(AlarmSchedulerTest, FollowUpsAreCappedAtTen) {
+    const FireEvent event = fire(repeating(25));
+    ASSERT_TRUE(event.followUpAlarmIDs);
+    EXPECT_EQ(event.followUpAlarmIDs->size(), 10u);
+    EXPECT_EQ(service.scheduled.size(), 11u);
+}
+
+TEST_F(AlarmSchedulerTest, ANegativeRepeatCountSchedulesNoFollowUps) {
+    EXPECT_EQ(fire(repeating(-1)).followUpAlarmIDs, std::vector<Uuid>{});
+    EXPECT_EQ(service.scheduled.size(), 1u);
+}
+
+TEST_F(AlarmSchedulerTest, RepeatOffOrATestSchedulesNoFollowUps) {
+    change(urgent().id, [](Channel& c) { c.repeatCount = 3; });
+    EXPECT_EQ(fire(urgent()).followUpAlarmIDs, std::vector<Uuid>{});
+    service.held.clear();
+    EXPECT_EQ(fire(repeating(3), RingKind::test).followUpAlarmIDs, std::vector<Uuid>{});
+    EXPECT_EQ(service.scheduled.size(), 2u);
+}
+
+TEST_F(AlarmSchedulerTest, ImmediateAlarmsCountDownOneSecondAndRemindersFollowTheInterval) {
+    const FireEvent event = fire(repeating(3));
+    EXPECT_EQ(configurationOf(*event.alarmID).countdownDuration,
+              (CountdownDuration{1.0, std::nullopt}));
+    std::vector<double> preAlerts;
+    for (const Uuid& id : *event.followUpAlarmIDs)
+        preAlerts.push_back(*configurationOf(id).countdownDuration.preAlert);
+    EXPECT_EQ(preAlerts, (std::vector<double>{121, 241, 361}));
+}
+
+TEST_F(AlarmSchedulerTest, CountdownAlarmsWaitTheirCountdownAndSnoozeSetsThePostAlert) {
+    Channel channel = change(urgent().id, [](Channel& c) {
+        c.mode = FiringMode::countdown;
+        c.countdownSeconds = 30;
+        c.snoozeEnabled = true;
+        c.snoozeSeconds = 300;
+        c.repeatEnabled = true;
+        c.repeatCount = 2;
+    });
+    const FireEvent event = fire(channel);
+    EXPECT_EQ(configurationOf(*event.alarmID).countdownDuration, (CountdownDuration{30.0, 300.0}));
+    EXPECT_EQ(configurationOf(event.followUpAlarmIDs->at(0)).countdownDuration,
+              (CountdownDuration{150.0, 300.0}));
+    EXPECT_EQ(configurationOf(event.followUpAlarmIDs->at(1)).countdownDuration,
+              (CountdownDuration{270.0, 300.0}));
+}
+
+TEST_F(AlarmSchedulerTest, StoppingAnAlarmCancelsOnlyTheRemindersAfterIt) {
+    const FireEvent event = fire(repeating(3));
+    const auto& ids = *event.followUpAlarmIDs;
+    EXPECT_EQ(configurationOf(*event.alarmID).stopIntent,
+              StopRingwellAlarmIntent::make(*event.alarmID, ids));
+    EXPECT_EQ(configurationOf(ids[0]).stopIntent,
+              StopRingwellAlarmIntent::make(ids[0], {ids[1], ids[2]}));
+    EXPECT_EQ(configurationOf(ids[1]).stopIntent, StopRingwellAlarmIntent::make(ids[1], {ids[2]}));
+    EXPECT_EQ(configurationOf(ids[2]).stopIntent, StopRingwellAlarmIntent::make(ids[2], {}));
+
+    // Performed against the service: stopping reminder 2 of 3 leaves reminder 1.
+    configurationOf(ids[1]).stopIntent.perform(service);
+    std::vector<Uuid> left;
+    for (const Alarm& alarm : service.held)
+        left.push_back(alarm.id);
+    EXPECT_EQ(left, (std::vector<Uuid>{*event.alarmID, ids[0]}));
+}
+
+TEST_F(AlarmSchedulerTest, RemindersAreTitledAndSoundTheReminderTone) {
+    Channel channel = change(urgent().id, [](Channel& c) {
+        c.repeatEnabled = true;
+        c.repeatCount = 1;
+        c.sound = AlarmTone::klaxon;
+        c.reminderSound = AlarmTone::chime;
+    });
+    const FireEvent event = fire(channel);
+    const auto& first = configurationOf(*event.alarmID);
+    const auto& reminder = configurationOf(event.followUpAlarmIDs->at(0));
+    EXPECT_EQ(first.attributes.presentation.alert.title, "Server down: Disk full");
+    EXPECT_EQ(reminder.attributes.presentation.alert.title, "Reminder: Server down: Disk full");
+    EXPECT_EQ(first.sound, (AlarmSound{"ringwell-klaxon.caf"}));
+    EXPECT_EQ(reminder.sound, (AlarmSound{"ringwell-chime.caf"}));
+}
+
+TEST_F(AlarmSchedulerTest, RemindersFallBackToTheChannelsSound) {
+    Channel channel = change(urgent().id, [](Channel& c) {
+        c.repeatEnabled = true;
+        c.repeatCount = 1;
+        c.sound = AlarmTone::pager;
+    });
+    const FireEvent event = fire(channel);
+    EXPECT_EQ(configurationOf(event.followUpAlarmIDs->at(0)).sound,
+              (AlarmSound{"ringwell-pager.caf"}));
+
+    service.held.clear();
+    channel = change(urgent().id, [](Channel& c) { c.sound = AlarmTone::system; });
+    const FireEvent second = fire(channel);
+    EXPECT_EQ(configurationOf(*second.alarmID).sound, AlarmSound{});
+    EXPECT_EQ(configurationOf(second.followUpAlarmIDs->at(0)).sound, AlarmSound{});
+}
+
+TEST_F(AlarmSchedulerTest, AFailedReminderIsLeftOutAndTheOthersStillRing) {
+    service.failScheduleCall(2, Kind::maximumLimitReached);
+    const FireEvent event = fire(repeating(3));
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_EQ(event.followUpAlarmIDs->size(), 3u);
+    EXPECT_EQ(service.scheduled.size(), 3u);
+    EXPECT_EQ(service.find(event.followUpAlarmIDs->at(1)), nullptr);
+    EXPECT_NE(service.find(event.followUpAlarmIDs->at(2)), nullptr);
+}
+
+// MARK: Presentation
+
+TEST_F(AlarmSchedulerTest, WithoutSnoozeTheAlertHasOnlyTheStopButton) {
+    const FireEvent event = fire(urgent());
+    const AlarmPresentation& presentation = configurationOf(*event.alarmID).attributes.presentation;
+    const AlarmButton white = {"", "#FFFFFF", ""};
+    EXPECT_EQ(presentation.alert.title, "Server down: Disk full");
+    EXPECT_EQ(presentation.alert.stopButton, (AlarmButton{"Stop", white.textColor, "stop.circle"}));
+    EXPECT_FALSE(presentation.alert.secondaryButton);
+    EXPECT_FALSE(presentation.alert.secondaryButtonBehavior);
+    EXPECT_EQ(
+        presentation.countdown,
+        (AlarmPresentation::Countdown{"Urgent", AlarmButton{"Pause", "#FFFFFF", "pause.fill"}}));
+    EXPECT_EQ(presentation.paused,
+              (AlarmPresentation::Paused{"Paused", AlarmButton{"Resume", "#FFFFFF", "play.fill"}}));
+}
+
+TEST_F(AlarmSchedulerTest, WithSnoozeTheAlertOffersSnoozeThatCountsDownAgain) {
+    Channel channel = change(urgent().id, [](Channel& c) { c.snoozeEnabled = true; });
+    const FireEvent event = fire(channel);
+    const auto& alert = configurationOf(*event.alarmID).attributes.presentation.alert;
+    EXPECT_EQ(alert.secondaryButton, (AlarmButton{"Snooze", "#FFFFFF", "zzz"}));
+    EXPECT_EQ(alert.secondaryButtonBehavior, SecondaryButtonBehavior::countdown);
+    EXPECT_TRUE(alert.stopButton);
+}
+
+TEST_F(AlarmSchedulerTest, HiddenNotificationTextLeavesTitleAndMetadataToTheChannel) {
+    Channel channel = change(urgent().id, [](Channel& c) {
+        c.showNotificationText = false;
+        c.tintHex = "#34C759";
+    });
+    const FireEvent event = fire(channel);
+    const AlarmAttributes& attributes = configurationOf(*event.alarmID).attributes;
+    EXPECT_EQ(attributes.presentation.alert.title, "Urgent");
+    EXPECT_EQ(attributes.metadata,
+              (RingwellAlarmMetadata{channel.id, "Urgent", "Mail", "", "", ""}));
+    EXPECT_EQ(attributes.tintHex, "#34C759");
+}
+
+TEST_F(AlarmSchedulerTest, ShownNotificationTextFillsTheMetadata) {
+    const FireEvent event = fire(urgent());
+    EXPECT_EQ(configurationOf(*event.alarmID).attributes.metadata,
+              (RingwellAlarmMetadata{urgent().id, "Urgent", "Mail", "Server down", "Production",
+                                     "Disk full"}));
+}
+
+// MARK: Errors
+
+TEST_F(AlarmSchedulerTest, TheServicesLimitBecomesTooManyAlarms) {
+    service.failNextSchedule(Kind::maximumLimitReached, "limit of 64 alarms");
+    const RingwellAlarmError error = fireFailure(urgent());
+    EXPECT_EQ(error.kind(), RingwellAlarmError::Kind::tooManyAlarms);
+    EXPECT_STREQ(error.what(), "Too many alarms are already scheduled. Open Ringwell and use Stop "
+                               "All Alarms, then try again.");
+    EXPECT_EQ(store.events().front().outcome, FireOutcome::failed);
+    EXPECT_EQ(store.events().front().errorMessage, error.what());
+    EXPECT_FALSE(store.events().front().alarmID);
+    EXPECT_FALSE(scheduler.isInFlight(urgent().id));
+}
+
+TEST_F(AlarmSchedulerTest, OtherServiceErrorsKeepTheirDescription) {
+    service.failNextSchedule(Kind::failed, "the sound device is gone");
+    const RingwellAlarmError error = fireFailure(urgent());
+    EXPECT_EQ(error.kind(), RingwellAlarmError::Kind::schedulingFailed);
+    EXPECT_STREQ(error.what(), "Ringwell couldn't schedule the alarm: the sound device is gone");
+    EXPECT_EQ(store.events().front().errorMessage, error.what());
+}
+
+TEST_F(AlarmSchedulerTest, AnyOtherExceptionIsASchedulingFailure) {
+    service.failScheduleCall(0, std::make_exception_ptr(std::runtime_error("disk full")));
+    EXPECT_STREQ(fireFailure(urgent()).what(), "Ringwell couldn't schedule the alarm: disk full");
+}
+
+TEST_F(AlarmSchedulerTest, AFailedRingDoesNotBlockTheNextOne) {
+    service.failNextSchedule(Kind::failed);
+    fireFailure(urgent());
+    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::fired);
+    EXPECT_EQ(store.events().size(), 2u);
+}
+
+// MARK: Stop all
+
+TEST_F(AlarmSchedulerTest, StopAllCancelsEveryAlarmAndLeavesTheLog) {
+    fire(repeating(2));
+    service.hold(Uuid::random());
+    const auto events = store.events();
+    scheduler.stopAll();
+    EXPECT_TRUE(service.held.empty());
+    EXPECT_EQ(store.events(), events);
+}
+
+TEST_F(AlarmSchedulerTest, StopAllIgnoresEveryError) {
+    fire(repeating(1));
+    service.failCancel = true;
+    EXPECT_NO_THROW(scheduler.stopAll());
+    EXPECT_EQ(std::count_if(service.calls.begin(), service.calls.end(),
+                            [](const std::string& c) { return c.starts_with("cancel"); }),
+              2);
+    service.failAlarmsQuery = true;
+    EXPECT_NO_THROW(scheduler.stopAll());
+}
+
+} // namespace
+} // namespace ringwell

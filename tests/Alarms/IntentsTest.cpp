@@ -1,0 +1,190 @@
+#include "Intents/ChannelEntity.h"
+#include "Intents/RingChannelIntent.h"
+#include "Intents/RingwellShortcuts.h"
+#include "Intents/SendToRingwellIntent.h"
+#include "Intents/StopAllAlarmsIntent.h"
+
+#include "AppTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::AppTest;
+using testing::at;
+
+// MARK: Send
+
+class SendToRingwellIntentTest : public AppTest {};
+
+TEST_F(SendToRingwellIntentTest, PerformRunsTheDispatcherWithTheNormalisedInput) {
+    SendToRingwellIntent intent;
+    intent.notification = "Mom\ncall me";
+    intent.app = "Messages";
+    intent.name = "Mom";
+    const FireEvent event = run(intent.perform(ctx));
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_EQ(event.title, "Mom");
+    EXPECT_EQ(event.body, "call me");
+    EXPECT_EQ(event.sender, "Mom");
+    EXPECT_EQ(event.received->at(0), (ReceivedField{"Notification", "Mom\ncall me"}));
+    EXPECT_EQ(store.events().front(), event);
+}
+
+TEST_F(SendToRingwellIntentTest, AnAlarmThatCannotRingDoesNotFailTheIntent) {
+    service.state = AlarmAuthorizationState::denied;
+    SendToRingwellIntent intent;
+    intent.app = "Mail";
+    EXPECT_EQ(run(intent.perform(ctx)).outcome, FireOutcome::failed);
+    EXPECT_EQ(notices.posted.size(), 1u);
+}
+
+TEST_F(SendToRingwellIntentTest, ItsJsonFormUsesThePropertyNames) {
+    const auto intent = sendIntentFromJson(json::Json{{"notificationTitle", "Mom"},
+                                                      {"app", "Messages"},
+                                                      {"associatedContent", "x"},
+                                                      {"unknown", 1}});
+    EXPECT_EQ(intent.notificationTitle, "Mom");
+    EXPECT_EQ(intent.app, "Messages");
+    EXPECT_EQ(intent.associatedContent, "x");
+    EXPECT_FALSE(intent.notification);
+    EXPECT_EQ(json::encode(toJson(intent)),
+              R"({"notificationTitle":"Mom","app":"Messages","associatedContent":"x"})");
+    EXPECT_EQ(sendIntentFromJson(toJson(intent)), intent);
+}
+
+TEST_F(SendToRingwellIntentTest, ANonTextParameterIsADecodeError) {
+    EXPECT_THROW(sendIntentFromJson(json::Json{{"sender", nullptr}}), json::DecodeError);
+    EXPECT_THROW(sendIntentFromJson(json::Json{{"app", 3}}), json::DecodeError);
+    EXPECT_THROW(sendIntentFromJson(json::Json::array()), json::DecodeError);
+}
+
+TEST_F(SendToRingwellIntentTest, TheParametersAreTheTenInOrder) {
+    std::vector<std::string> titles;
+    for (const auto& parameter : SendToRingwellIntent::parameters)
+        titles.emplace_back(parameter.title);
+    EXPECT_EQ(titles, ShortcutInputFields::receivedLabels());
+}
+
+// MARK: Ring
+
+class RingChannelIntentTest : public AppTest {
+protected:
+    static RingChannelIntent ring(const Uuid& channel) {
+        RingChannelIntent intent;
+        intent.channel = channel;
+        return intent;
+    }
+};
+
+TEST_F(RingChannelIntentTest, RingsTheChannelWithTheGivenText) {
+    RingChannelIntent intent{urgent().id, "Server down", std::nullopt, "Disk full",
+                             at("2026-03-01T09:00:00Z")};
+    const FireEvent event = run(intent.perform(ctx));
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_FALSE(event.app);
+    EXPECT_FALSE(event.sender);
+    EXPECT_EQ(event.isTimeSensitive, false);
+    EXPECT_FALSE(event.received);
+    EXPECT_EQ(event.receivedAt, at("2026-03-01T09:00:00Z"));
+    EXPECT_FALSE(event.isTest);
+    EXPECT_EQ(service.scheduled.at(0).configuration.attributes.presentation.alert.title,
+              "Server down: Disk full");
+}
+
+TEST_F(RingChannelIntentTest, WithoutTextItRingsUnderTheChannelsName) {
+    const FireEvent event = run(ring(urgent().id).perform(ctx));
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_EQ(event.receivedAt, clock.now());
+    EXPECT_EQ(service.scheduled.at(0).configuration.attributes.presentation.alert.title, "Urgent");
+}
+
+TEST_F(RingChannelIntentTest, ADeletedChannelFailsAndLogsNothing) {
+    const Uuid gone = urgent().id;
+    store.deleteChannel(gone);
+    try {
+        run(ring(gone).perform(ctx));
+        ADD_FAILURE() << "no error";
+    } catch (const RingwellAlarmError& error) {
+        EXPECT_EQ(error.kind(), RingwellAlarmError::Kind::channelNotFound);
+        EXPECT_STREQ(error.what(),
+                     "Channel no longer exists. Pick a different channel in this automation.");
+    }
+    EXPECT_TRUE(store.events().empty());
+    EXPECT_TRUE(service.calls.empty());
+}
+
+TEST_F(RingChannelIntentTest, ADisabledChannelIsSkippedWithoutAnError) {
+    change(urgent().id, [](Channel& c) { c.isEnabled = false; });
+    EXPECT_EQ(run(ring(urgent().id).perform(ctx)).outcome, FireOutcome::skipped);
+    EXPECT_TRUE(service.scheduled.empty());
+}
+
+TEST_F(RingChannelIntentTest, TheSchedulersErrorIsTheIntentsError) {
+    service.failNextSchedule(AlarmServiceError::Kind::maximumLimitReached);
+    EXPECT_THROW(run(ring(urgent().id).perform(ctx)), RingwellAlarmError);
+    EXPECT_EQ(store.events().front().outcome, FireOutcome::failed);
+}
+
+TEST_F(RingChannelIntentTest, StopAllStopsEveryAlarm) {
+    run(ring(urgent().id).perform(ctx));
+    StopAllAlarmsIntent{}.perform(ctx);
+    EXPECT_TRUE(service.held.empty());
+}
+
+// MARK: Channel query
+
+class ChannelQueryTest : public AppTest {
+protected:
+    static std::vector<std::string> names(const std::vector<ChannelEntity>& entities) {
+        std::vector<std::string> out;
+        for (const auto& entity : entities)
+            out.push_back(entity.name);
+        return out;
+    }
+};
+
+TEST_F(ChannelQueryTest, SearchIgnoresCaseAndDiacritics) {
+    store.addChannel(std::string("Café alerts"), ChannelRule{});
+    store.addChannel(std::string("Work"), ChannelRule{});
+    EXPECT_EQ(names(ChannelQuery::entities(store, "urg")), std::vector<std::string>{"Urgent"});
+    EXPECT_EQ(names(ChannelQuery::entities(store, "CAFE")),
+              std::vector<std::string>{"Café alerts"});
+    EXPECT_TRUE(ChannelQuery::entities(store, "home").empty());
+}
+
+TEST_F(ChannelQueryTest, ListsFollowTheStoresOrder) {
+    const Channel work = store.addChannel(std::string("Work"), ChannelRule{});
+    EXPECT_EQ(names(ChannelQuery::suggestedEntities(store)),
+              (std::vector<std::string>{"Urgent", "Work"}));
+    EXPECT_EQ(names(ChannelQuery::entities(
+                  store, std::vector<Uuid>{work.id, urgent().id, Uuid::random()})),
+              (std::vector<std::string>{"Urgent", "Work"}));
+}
+
+TEST_F(ChannelQueryTest, AnEntityShowsTheRuleSummary) {
+    const Channel mail = store.addChannel(std::string("Mail"), appRule("Mail"));
+    const ChannelEntity entity = ChannelEntity::make(mail);
+    EXPECT_EQ(entity.ruleSummary, mail.rule.summary());
+    EXPECT_EQ(json::encode(toJson(entity)), R"({"id":")" + mail.id.toString() +
+                                                R"(","name":"Mail","ruleSummary":")" +
+                                                mail.rule.summary() + R"("})");
+}
+
+// MARK: Shortcuts
+
+TEST(RingwellShortcutsTest, ThreeShortcutsNameTheApp) {
+    const auto& shortcuts = RingwellShortcuts::appShortcuts();
+    ASSERT_EQ(shortcuts.size(), 3u);
+    EXPECT_EQ(shortcuts[0].phrases, std::vector<std::string>{"Send notification to Ringwell"});
+    EXPECT_EQ(shortcuts[1].phrases, (std::vector<std::string>{"Ring ${channel} in Ringwell",
+                                                              "Sound Ringwell ${channel}"}));
+    EXPECT_EQ(
+        shortcuts[2],
+        (AppShortcut{
+            "StopAllAlarmsIntent", {"Stop Ringwell alarms"}, "Stop All Alarms", "stop.circle"}));
+}
+
+} // namespace
+} // namespace ringwell

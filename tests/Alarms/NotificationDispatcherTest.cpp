@@ -1,0 +1,273 @@
+#include "Alarms/NotificationDispatcher.h"
+
+#include "AppTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::AppTest;
+
+class NotificationDispatcherTest : public AppTest {
+protected:
+    FireEvent handle(const ShortcutInputFields& fields) {
+        return run(NotificationDispatcher::handle(ctx, fields));
+    }
+
+    // Leaves one channel, "Mail alerts", that takes Mail only.
+    Channel mailOnly(std::int64_t cooldownSeconds = 0) {
+        return change(urgent().id, [&](Channel& c) {
+            c.name = "Mail alerts";
+            c.rule = appRule("Mail");
+            c.rule.cooldownSeconds = cooldownSeconds;
+        });
+    }
+};
+
+// MARK: Every Send
+
+TEST_F(NotificationDispatcherTest, EverySendIsLoggedAndDated) {
+    handle(send("Mail"));
+    ASSERT_EQ(logger.lines.size(), 1u);
+    EXPECT_EQ(logger.lines[0],
+              (testing::RecordingLogger::Line{LogLevel::notice, "SendToRingwell",
+                                              "Send to Ringwell: app=Mail setupTest=false"}));
+    EXPECT_EQ(defaults.value("lastSendToRingwell"), json::dateValue(clock.now()));
+}
+
+TEST_F(NotificationDispatcherTest, AnEmptySendStillRecordsAnEventAndItsDate) {
+    store.deleteChannel(urgent().id);
+    const FireEvent event =
+        handle(ShortcutInputFields::fromShortcutInput({}, {}, {}, {}, {}, {}, {}, {}, {}, {}));
+    EXPECT_EQ(event.outcome, FireOutcome::noMatch);
+    EXPECT_EQ(store.events().size(), 1u);
+    EXPECT_EQ(defaults.value("lastSendToRingwell"), json::dateValue(clock.now()));
+    EXPECT_EQ(logger.lines.at(0).message, "Send to Ringwell: app=nil setupTest=false");
+}
+
+// MARK: Setup test
+
+TEST_F(NotificationDispatcherTest, AWaitingSetupTestTakesTheNotificationAndNothingRings) {
+    store.setSetupWarning(std::string("an earlier warning"));
+    setupTest.start(clock.now());
+    const FireEvent event = handle(send(std::nullopt, "Alice", "Hi"));
+
+    EXPECT_EQ(event.outcome, FireOutcome::setupTest);
+    EXPECT_TRUE(event.isTest);
+    EXPECT_FALSE(event.channelID);
+    EXPECT_EQ(event.sender, "Alice");
+    EXPECT_EQ(store.events(), std::vector<FireEvent>{event});
+    EXPECT_TRUE(service.scheduled.empty());
+    EXPECT_TRUE(std::holds_alternative<SetupTestController::Received>(setupTest.state()));
+    // The warning is for ordinary notifications; a test leaves it alone.
+    EXPECT_EQ(store.setupWarning(), "an earlier warning");
+    EXPECT_EQ(logger.lines.at(0).message, "Send to Ringwell: app=nil setupTest=true");
+}
+
+TEST_F(NotificationDispatcherTest, AfterTheTestTheNextNotificationRingsAgain) {
+    setupTest.start(clock.now());
+    handle(send("Mail"));
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::fired);
+}
+
+// MARK: Setup warning
+
+TEST_F(NotificationDispatcherTest, EveryOrdinaryNotificationRefreshesTheSetupWarning) {
+    handle(send(std::nullopt));
+    EXPECT_EQ(store.setupWarning(),
+              "Your automation isn't passing the app, so rules that name apps can't match. Set "
+              "App to Shortcut Input \u203a App.");
+    service.held.clear();
+    handle(send("Mail"));
+    EXPECT_EQ(store.setupWarning(), std::nullopt);
+}
+
+// MARK: Ringwell's own notices
+
+TEST_F(NotificationDispatcherTest, RingwellsOwnFailureNoticeIsIgnored) {
+    const FireEvent event = handle(send("ringwell", std::nullopt, "Ringwell couldn't ring Urgent"));
+    EXPECT_EQ(event.outcome, FireOutcome::ignored);
+    EXPECT_FALSE(event.channelID);
+    EXPECT_FALSE(event.isTest);
+    EXPECT_TRUE(service.scheduled.empty());
+}
+
+TEST_F(NotificationDispatcherTest, OtherNoticesOfRingwellAreRouted) {
+    EXPECT_EQ(handle(send("Ringwell", std::nullopt, "Alarms stopped")).outcome, FireOutcome::fired);
+    service.held.clear();
+    // The same title from another app is not Ringwell's own.
+    EXPECT_EQ(handle(send("Mail", std::nullopt, "Ringwell couldn't ring")).outcome,
+              FireOutcome::fired);
+}
+
+// MARK: Routing
+
+TEST_F(NotificationDispatcherTest, NoChannelsRecordNoMatch) {
+    store.deleteChannel(urgent().id);
+    const FireEvent event = handle(send("Mail", "Alice", "Hello", "Body text"));
+    EXPECT_EQ(event.outcome, FireOutcome::noMatch);
+    EXPECT_FALSE(event.channelID);
+    EXPECT_FALSE(event.alarmID);
+    EXPECT_EQ(event.followUpAlarmIDs, std::vector<Uuid>{});
+    EXPECT_EQ(event.app, "Mail");
+    EXPECT_EQ(event.sender, "Alice");
+    EXPECT_EQ(event.body, "Body text");
+    EXPECT_FALSE(event.subtitle);
+    EXPECT_EQ(event.received->size(), 10u);
+    EXPECT_EQ(event.receivedAt, clock.now());
+    EXPECT_EQ(event.firedAt, clock.now());
+}
+
+TEST_F(NotificationDispatcherTest, ANotificationNoRuleTakesIsNoMatch) {
+    mailOnly();
+    EXPECT_EQ(handle(send("Messages")).outcome, FireOutcome::noMatch);
+}
+
+TEST_F(NotificationDispatcherTest, ADeletedChannelNoLongerTakesItsNotifications) {
+    const Channel mail = mailOnly();
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::fired);
+    store.deleteChannel(mail.id);
+    service.held.clear();
+    const FireEvent event = handle(send("Mail"));
+    EXPECT_EQ(event.outcome, FireOutcome::noMatch);
+    EXPECT_FALSE(event.channelID);
+}
+
+TEST_F(NotificationDispatcherTest, AMatchingDisabledChannelIsSkipped) {
+    const Channel disabled = change(urgent().id, [](Channel& c) { c.isEnabled = false; });
+    const FireEvent event = handle(send("Mail"));
+    EXPECT_EQ(event.outcome, FireOutcome::skipped);
+    EXPECT_EQ(event.channelID, disabled.id);
+    EXPECT_EQ(event.channelName, "Urgent");
+    EXPECT_TRUE(service.calls.empty());
+}
+
+TEST_F(NotificationDispatcherTest, ALaterEnabledChannelRingsPastADisabledOne) {
+    change(urgent().id, [](Channel& c) { c.isEnabled = false; });
+    const Channel second = store.addChannel(std::string("Backup"), ChannelRule{});
+    const FireEvent event = handle(send("Mail"));
+    EXPECT_EQ(event.outcome, FireOutcome::fired);
+    EXPECT_EQ(event.channelID, second.id);
+}
+
+TEST_F(NotificationDispatcherTest, TheCooldownHoldsTheSameSenderButNotAnother) {
+    const Channel mail = mailOnly(60);
+    EXPECT_EQ(handle(send("Mail", "Alice")).outcome, FireOutcome::fired);
+    service.held.clear(); // the alarm was stopped, so only the cooldown can hold
+
+    clock.advance(30);
+    const FireEvent cooled = handle(send("Mail", "alice"));
+    EXPECT_EQ(cooled.outcome, FireOutcome::cooledDown);
+    EXPECT_EQ(cooled.channelID, mail.id);
+    EXPECT_EQ(cooled.channelName, "Mail alerts");
+
+    EXPECT_EQ(handle(send("Mail", "Bob")).outcome, FireOutcome::fired);
+    service.held.clear();
+
+    clock.advance(31);
+    EXPECT_EQ(handle(send("Mail", "Alice")).outcome, FireOutcome::fired);
+}
+
+TEST_F(NotificationDispatcherTest, TheCooldownCountsOnlyRealRingsOfTheChannel) {
+    const Channel mail = mailOnly(60);
+    // A test ring of this channel, and a real ring of another channel.
+    run(scheduler.fire(mail, send("Mail", "Alice").notification(clock.now()), RingKind::test));
+    service.held.clear();
+    FireEvent otherChannel = store.events().front();
+    otherChannel.id = Uuid::random();
+    otherChannel.isTest = false;
+    otherChannel.channelID = Uuid::random();
+    store.log(otherChannel);
+    EXPECT_FALSE(NotificationDispatcher::isCoolingDown(
+        mail, send("Mail", "Alice").notification(clock.now()), store));
+    EXPECT_EQ(handle(send("Mail", "Alice")).outcome, FireOutcome::fired);
+}
+
+TEST_F(NotificationDispatcherTest, WithoutASenderTheTitleIsWhoTheCooldownHolds) {
+    mailOnly(60);
+    EXPECT_EQ(handle(send("Mail", std::nullopt, "Build failed")).outcome, FireOutcome::fired);
+    service.held.clear();
+    EXPECT_EQ(handle(send("Mail", std::nullopt, "Build failed")).outcome, FireOutcome::cooledDown);
+    EXPECT_EQ(handle(send("Mail", std::nullopt, "Build fixed")).outcome, FireOutcome::fired);
+}
+
+TEST_F(NotificationDispatcherTest, AChannelStillRingingCoalesces) {
+    handle(send("Mail"));
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::coalesced);
+    EXPECT_EQ(service.scheduled.size(), 1u);
+}
+
+TEST_F(NotificationDispatcherTest, FrequencyRulesSeeTheEarlierNotifications) {
+    change(urgent().id, [](Channel& c) { c.rule.frequency = FrequencyCondition{2, 600}; });
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::noMatch);
+    clock.advance(10);
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::fired);
+}
+
+// MARK: Failures
+
+TEST_F(NotificationDispatcherTest, AFailedRingPostsOneNoticeNamingTheChannel) {
+    service.failNextSchedule(AlarmServiceError::Kind::maximumLimitReached);
+    const FireEvent event = handle(send("Mail"));
+    EXPECT_EQ(event.outcome, FireOutcome::failed);
+    EXPECT_EQ(store.events().front(), event);
+    ASSERT_EQ(notices.posted.size(), 1u);
+    EXPECT_EQ(notices.posted[0].title, "Ringwell couldn't ring Urgent");
+    EXPECT_EQ(notices.posted[0].body, "Too many alarms are already scheduled. Open Ringwell and "
+                                      "use Stop All Alarms, then try again.");
+    EXPECT_EQ(notices.posted[0].identifier, "ring-failed");
+    EXPECT_EQ(notices.posted[0].threadIdentifier, "ringwell-failure");
+}
+
+TEST_F(NotificationDispatcherTest, ANotAuthorizedRingPostsTheNotice) {
+    service.state = AlarmAuthorizationState::denied;
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::failed);
+    ASSERT_EQ(notices.posted.size(), 1u);
+    EXPECT_EQ(notices.posted[0].body, RingwellAlarmError::notAuthorized().what());
+}
+
+TEST_F(NotificationDispatcherTest, ARefusedNoticeIsLoggedAndTheSendStillSucceeds) {
+    service.failNextSchedule(AlarmServiceError::Kind::failed, "no audio");
+    notices.failNext = true;
+    EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::failed);
+    EXPECT_TRUE(notices.posted.empty());
+    ASSERT_EQ(logger.lines.size(), 2u);
+    EXPECT_EQ(logger.lines[1].level, LogLevel::error);
+    EXPECT_EQ(logger.lines[1].message,
+              "Posting the failure notice failed: the notification server refused the notice");
+}
+
+TEST_F(NotificationDispatcherTest, HandlingANotificationDirectlyThrowsTheAlarmError) {
+    service.failNextSchedule(AlarmServiceError::Kind::failed, "no audio");
+    auto notification = send("Mail").notification(clock.now());
+    try {
+        run(NotificationDispatcher::handle(ctx, notification));
+        ADD_FAILURE() << "no error";
+    } catch (const RingwellAlarmError& error) {
+        EXPECT_EQ(error.kind(), RingwellAlarmError::Kind::schedulingFailed);
+    }
+    EXPECT_TRUE(notices.posted.empty());
+    EXPECT_EQ(store.events().size(), 1u);
+}
+
+// MARK: Together
+
+TEST_F(NotificationDispatcherTest, ABurstOfSendsRecordsOneEventEach) {
+    service.suspendSchedule = true;
+    std::vector<Awaitable<FireEvent>> sends;
+    for (int i = 0; i < 5; ++i)
+        sends.push_back(NotificationDispatcher::handle(ctx, send("Mail")));
+    auto outcomes = testing::runTogether(io, std::move(sends));
+    std::vector<FireOutcome> got;
+    for (const auto& outcome : outcomes)
+        got.push_back(outcome.value->outcome);
+    EXPECT_EQ(got, (std::vector<FireOutcome>{FireOutcome::fired, FireOutcome::coalesced,
+                                             FireOutcome::coalesced, FireOutcome::coalesced,
+                                             FireOutcome::coalesced}));
+    EXPECT_EQ(store.events().size(), 5u);
+    EXPECT_EQ(service.scheduled.size(), 1u);
+}
+
+} // namespace
+} // namespace ringwell
