@@ -86,14 +86,6 @@ TEST_F(AlarmSchedulerTest, AFiredEventCarriesEveryField) {
     EXPECT_FALSE(scheduler.isInFlight(urgent().id));
 }
 
-TEST_F(AlarmSchedulerTest, EveryRingGetsNewIdentities) {
-    const FireEvent first = fire(urgent());
-    service.held.clear(); // the first alarm has ended
-    const FireEvent second = fire(urgent());
-    EXPECT_NE(first.id, second.id);
-    EXPECT_NE(first.alarmID, second.alarmID);
-}
-
 TEST_F(AlarmSchedulerTest, ADisabledChannelIsSkippedWithoutAskingAnything) {
     service.state = AlarmAuthorizationState::notDetermined;
     const Channel disabled = change(urgent().id, [](Channel& c) { c.isEnabled = false; });
@@ -407,13 +399,6 @@ TEST_F(AlarmSchedulerTest, OtherServiceErrorsKeepTheirDescription) {
 TEST_F(AlarmSchedulerTest, AnyOtherExceptionIsASchedulingFailure) {
     service.failScheduleCall(0, std::make_exception_ptr(std::runtime_error("disk full")));
     EXPECT_STREQ(fireFailure(urgent()).what(), "Ringwell couldn't schedule the alarm: disk full");
-}
-
-TEST_F(AlarmSchedulerTest, AFailedRingDoesNotBlockTheNextOne) {
-    service.failNextSchedule(Kind::failed);
-    fireFailure(urgent());
-    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::fired);
-    EXPECT_EQ(store.events().size(), 2u);
 }
 
 // MARK: Stop all

@@ -56,13 +56,6 @@ TEST_F(DiagnosticsTest, GathersTheSetupAndPermissions) {
     EXPECT_EQ(gathered.generatedAt, clock.now());
 }
 
-TEST_F(DiagnosticsTest, AlarmPermissionsReadAsWords) {
-    EXPECT_EQ(Diagnostics::alarmsPermission(AlarmAuthorizationState::notDetermined),
-              "not requested");
-    EXPECT_EQ(Diagnostics::alarmsPermission(AlarmAuthorizationState::authorized), "allowed");
-    EXPECT_EQ(report().alarmsPermission, "allowed");
-}
-
 TEST_F(DiagnosticsTest, ANeverRunSetupTestSaysSo) {
     EXPECT_EQ(report().lastSetupTest, "never run");
 }
@@ -135,12 +128,6 @@ TEST_F(DiagnosticsTest, PercentEncodingKeepsOnlyUnreservedCharacters) {
     EXPECT_EQ(Diagnostics::percentEncoded("aZ09-._~"), "aZ09-._~");
     EXPECT_EQ(Diagnostics::percentEncoded("a b&c=d+e/f?g#h"), "a%20b%26c%3Dd%2Be%2Ff%3Fg%23h");
     EXPECT_EQ(Diagnostics::percentEncoded("\u2192 \u00e9"), "%E2%86%92%20%C3%A9");
-}
-
-TEST_F(DiagnosticsTest, TheExportIsAPlainTextFile) {
-    EXPECT_EQ(DiagnosticsExport::fileName, "Ringwell Diagnostics.txt");
-    const DiagnosticsReport gathered = report();
-    EXPECT_EQ(DiagnosticsExport::contents(gathered), gathered.text());
 }
 
 } // namespace

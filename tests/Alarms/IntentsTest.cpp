@@ -60,13 +60,6 @@ TEST_F(SendToRingwellIntentTest, ANonTextParameterIsADecodeError) {
     EXPECT_THROW(sendIntentFromJson(json::Json::array()), json::DecodeError);
 }
 
-TEST_F(SendToRingwellIntentTest, TheParametersAreTheTenInOrder) {
-    std::vector<std::string> titles;
-    for (const auto& parameter : SendToRingwellIntent::parameters)
-        titles.emplace_back(parameter.title);
-    EXPECT_EQ(titles, ShortcutInputFields::receivedLabels());
-}
-
 // MARK: Ring
 
 class RingChannelIntentTest : public AppTest {

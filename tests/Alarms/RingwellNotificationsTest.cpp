@@ -1,6 +1,5 @@
 #include "Alarms/RingwellNotifications.h"
 
-#include "Alarms/NotificationPresenter.h"
 #include "AppTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -42,12 +41,6 @@ TEST_F(RingwellNotificationsTest, ALaterFailureReplacesTheNoticeOnShow) {
 TEST_F(RingwellNotificationsTest, ARefusalReachesTheCaller) {
     center.failNext = true;
     EXPECT_THROW(post("first", std::nullopt), std::runtime_error);
-}
-
-TEST_F(RingwellNotificationsTest, EveryNoticeShowsAsABannerWithSoundAndNoBadge) {
-    const auto options =
-        NotificationPresenter::options(RingwellNotifications::failureNotice("x", std::nullopt));
-    EXPECT_EQ(options, (PresentationOptions{.banner = true, .list = true, .sound = true}));
 }
 
 } // namespace
