@@ -82,15 +82,5 @@ TEST_F(SettingsFileTest, AFailedWriteIsLoggedAndTheValueKept) {
     EXPECT_EQ(logger.count("Saving the settings failed"), 1);
 }
 
-TEST_F(SettingsFileTest, TheDefaultPathFollowsXdgConfigHome) {
-    {
-        EnvironmentGuard config("XDG_CONFIG_HOME", "/tmp/somewhere");
-        EXPECT_EQ(SettingsFile::defaultPath(), fs::path("/tmp/somewhere/ringwell/settings.json"));
-    }
-    EnvironmentGuard config("XDG_CONFIG_HOME", std::nullopt);
-    EnvironmentGuard home("HOME", "/home/ada");
-    EXPECT_EQ(SettingsFile::defaultPath(), fs::path("/home/ada/.config/ringwell/settings.json"));
-}
-
 } // namespace
 } // namespace ringwell

@@ -53,11 +53,6 @@ TEST(SystemInfoTest, DeviceModelIgnoresFirmwarePlaceholders) {
     EXPECT_EQ(deviceModelFrom(std::nullopt, std::nullopt), "Unknown");
 }
 
-TEST(SystemInfoTest, ThisMachineGivesSomething) {
-    EXPECT_FALSE(osVersion().empty());
-    EXPECT_FALSE(deviceModel().empty());
-}
-
 TEST(XdgPathsTest, OnlyAbsoluteDirectoriesCount) {
     EXPECT_EQ(XdgPaths::resolve("/data", "/home/ada", ".local/share"), "/data");
     EXPECT_EQ(XdgPaths::resolve("relative/data", "/home/ada", ".local/share"),

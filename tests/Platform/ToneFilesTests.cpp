@@ -120,11 +120,5 @@ TEST_F(ToneFilesTest, InstallingTheBundleGivesEveryNamedTone) {
     }
 }
 
-TEST(BundledSoundsTest, TheEnvironmentCanPointElsewhere) {
-    platformtest::EnvironmentGuard guard("RINGWELL_SOUNDS_DIR", "/opt/ringwell/Sounds");
-    EXPECT_EQ(BundledSounds::directory(), fs::path("/opt/ringwell/Sounds"));
-    EXPECT_EQ(BundledSounds::defaultTone(), fs::path("/opt/ringwell/Sounds/ringwell-default.caf"));
-}
-
 } // namespace
 } // namespace ringwell
