@@ -1,0 +1,122 @@
+// The typed client of the daemon's API. Every call goes to the same origin,
+// so the browser sends the `ringwell_token` cookie that the daemon set when the
+// app was opened with its token; the daemon checks Origin on every change.
+
+import type {
+  Alarm,
+  Channel,
+  ChannelRule,
+  ChannelView,
+  FireEvent,
+  Limits,
+  Permissions,
+  Preview,
+  RuleConditionId,
+  RuleDescription,
+  RuleTemplate,
+  Settings,
+  SetupTestState,
+  Stats,
+  Tone,
+} from './types';
+
+export class ApiError extends Error {
+  constructor(
+    readonly status: number,
+    message: string,
+  ) {
+    super(message);
+    this.name = 'ApiError';
+  }
+}
+
+// Called once when the daemon answers 401: the cookie is missing or stale and
+// only the address that `ringwell open` prints can fix it.
+let onUnauthorized: () => void = () => {};
+export function setUnauthorizedHandler(handler: () => void): void {
+  onUnauthorized = handler;
+}
+
+async function request<T>(method: string, path: string, body?: unknown): Promise<T> {
+  const init: RequestInit = { method, headers: { Accept: 'application/json' } };
+  if (body !== undefined) {
+    init.body = JSON.stringify(body);
+    init.headers = { ...init.headers, 'Content-Type': 'application/json' };
+  }
+  let response: Response;
+  try {
+    response = await fetch(path, init);
+  } catch {
+    throw new ApiError(0, "Ringwell isn't running. Start it with `ringwell serve`.");
+  }
+  if (response.status === 401) onUnauthorized();
+  if (!response.ok) {
+    let message = `${response.status} ${response.statusText}`;
+    try {
+      const answer = (await response.json()) as { error?: string };
+      if (answer.error) message = answer.error;
+    } catch {
+      // The body was not JSON; the status line says enough.
+    }
+    throw new ApiError(response.status, message);
+  }
+  if (response.status === 204) return undefined as T;
+  return (await response.json()) as T;
+}
+
+const get = <T>(path: string) => request<T>('GET', path);
+const post = <T>(path: string, body?: unknown) => request<T>('POST', path, body ?? {});
+const put = <T>(path: string, body: unknown) => request<T>('PUT', path, body);
+const del = (path: string) => request<void>('DELETE', path);
+const id = encodeURIComponent;
+
+export const api = {
+  settings: () => get<Settings>('/v1/settings'),
+  completeOnboarding: () => put<Settings>('/v1/settings', { hasCompletedOnboarding: true }),
+
+  permissions: () => get<Permissions>('/v1/permissions'),
+  answerAlarmPermission: (state: 'authorized' | 'denied') =>
+    put<Permissions>('/v1/permissions/alarms', { state }),
+
+  channels: () => get<Channel[]>('/v1/channels'),
+  channelViews: () => get<ChannelView[]>('/v1/channel-views'),
+  channel: (channelId: string) => get<Channel>(`/v1/channels/${id(channelId)}`),
+  addChannel: (body: { template?: string; rule?: ChannelRule; likeEvent?: string; name?: string }) =>
+    post<Channel>('/v1/channels', body),
+  updateChannel: (channel: Channel) => put<Channel>(`/v1/channels/${id(channel.id)}`, channel),
+  deleteChannel: (channelId: string) => del(`/v1/channels/${id(channelId)}`),
+  moveChannel: (channelId: string, position: number) =>
+    post<Channel[]>(`/v1/channels/${id(channelId)}/move`, { position }),
+  testChannel: (channelId: string) => post<FireEvent>(`/v1/channels/${id(channelId)}/test`),
+  preview: (channelId: string) => get<Preview>(`/v1/preview?channel=${id(channelId)}`),
+
+  templates: () => get<RuleTemplate[]>('/v1/templates'),
+  describeRule: (rule: ChannelRule) => post<RuleDescription>('/v1/rules/describe', { rule }),
+  changeCondition: (rule: ChannelRule, condition: RuleConditionId, action: 'seed' | 'clear') =>
+    post<{ rule: ChannelRule }>('/v1/rules/condition', { rule, condition, action }),
+
+  knownApps: () => get<string[]>('/v1/known-apps'),
+  knownSenders: (apps: string[]) =>
+    get<string[]>(`/v1/known-senders?${apps.map((app) => `app=${id(app)}`).join('&')}`),
+  appsToForward: () => get<{ apps: string[] | null }>('/v1/apps-to-forward'),
+
+  tones: () => get<Tone[]>('/v1/tones'),
+  previewTone: (toneId: string) => post<void>(`/v1/tones/${id(toneId)}/preview`),
+  limits: () => get<Limits>('/v1/limits'),
+
+  events: () => get<FireEvent[]>('/v1/events'),
+  clearEvents: () => del('/v1/events'),
+  stats: () => get<Stats>('/v1/stats'),
+
+  alarms: () => get<Alarm[]>('/v1/alarms'),
+  alarmAction: (alarmId: string, action: 'stop' | 'pause' | 'resume' | 'snooze') =>
+    request<void>('POST', `/v1/alarms/${id(alarmId)}/${action}`),
+  stopAll: () => post<void>('/v1/stop-all'),
+
+  setupTest: () => get<SetupTestState>('/v1/setup-test'),
+  startSetupTest: () => post<SetupTestState>('/v1/setup-test/start'),
+  cancelSetupTest: () => post<SetupTestState>('/v1/setup-test/cancel'),
+
+  emailSupport: () => get<{ url: string }>('/v1/diagnostics/email'),
+  diagnosticsDownloadPath: '/v1/diagnostics?download=1',
+};

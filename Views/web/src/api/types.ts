@@ -1,0 +1,291 @@
+// The JSON forms of the daemon's records, as docs/api.md describes them.
+// Dates inside records are seconds since 2001-01-01T00:00:00Z (see `toDate`).
+
+export type CallFilter = 'any' | 'incoming' | 'missed';
+
+export interface ActiveHours {
+  weekdays: number[]; // 1 = Sunday … 7 = Saturday
+  startMinute: number;
+  endMinute: number;
+}
+
+export interface FrequencyCondition {
+  count: number;
+  windowSeconds: number;
+}
+
+export interface ChannelRule {
+  apps: string[];
+  senders: string[];
+  keywords: string[];
+  usesRegex: boolean;
+  calls: CallFilter;
+  cooldownSeconds: number;
+  activeHours?: ActiveHours;
+  frequency?: FrequencyCondition;
+}
+
+export type FiringMode = 'immediate' | 'countdown';
+
+export interface Channel {
+  id: string;
+  name: string;
+  usesAutomaticName: boolean;
+  tintHex: string;
+  isEnabled: boolean;
+  mode: FiringMode;
+  countdownSeconds: number;
+  snoozeEnabled: boolean;
+  snoozeSeconds: number;
+  showNotificationText: boolean;
+  repeatEnabled: boolean;
+  repeatIntervalSeconds: number;
+  repeatCount: number;
+  sound: string;
+  reminderSound?: string;
+  rule: ChannelRule;
+  createdAt: number;
+}
+
+export interface ChannelView {
+  channel: Channel;
+  modeBadge: string;
+  ruleSummary: string;
+  connection: { count: number; lastTriggered?: number; label: string };
+}
+
+export type FireOutcome =
+  | 'fired'
+  | 'coalesced'
+  | 'cooledDown'
+  | 'skipped'
+  | 'noMatch'
+  | 'failed'
+  | 'setupTest'
+  | 'ignored';
+
+export interface ReceivedField {
+  name: string;
+  value: string;
+}
+
+export interface FireEvent {
+  id: string;
+  channelID?: string;
+  channelName?: string;
+  alarmID?: string;
+  followUpAlarmIDs?: string[];
+  app?: string;
+  sender?: string;
+  title?: string;
+  subtitle?: string;
+  body?: string;
+  isTimeSensitive?: boolean;
+  received?: ReceivedField[];
+  receivedAt: number;
+  firedAt: number;
+  outcome: FireOutcome;
+  errorMessage?: string;
+  isTest: boolean;
+  label: string;
+  icon: string;
+}
+
+export interface NotificationInfo {
+  app: string;
+  sender: string;
+  title: string;
+  subtitle: string;
+  body: string;
+  date: number;
+  isTimeSensitive: boolean;
+  received?: ReceivedField[];
+}
+
+export type RuleConditionId =
+  | 'app'
+  | 'sender'
+  | 'keywords'
+  | 'calls'
+  | 'hours'
+  | 'repeated'
+  | 'cooldown';
+
+export interface AvailableCondition {
+  id: RuleConditionId;
+  title: string;
+  symbolName: string;
+  isList: boolean;
+  isSet: boolean;
+}
+
+export interface RuleDescription {
+  summary: string;
+  suggestedName: string;
+  invalidPatterns: string[];
+  available: AvailableCondition[];
+}
+
+export interface RuleTemplate {
+  id: string;
+  title: string;
+  subtitle: string;
+  systemImage: string;
+  rule: ChannelRule;
+  blank?: 'sender' | 'app';
+}
+
+export interface RuleCheck {
+  condition: string;
+  passed: boolean;
+  detail: string;
+}
+
+export type PreviewVerdictKind = 'shadowed' | 'rings' | 'cooledDown' | 'disabled' | 'noMatch';
+
+export interface PreviewEntry {
+  id: number;
+  notification: NotificationInfo;
+  verdict: { kind: PreviewVerdictKind; by?: string; byName?: string };
+  matchesRule: boolean;
+  checks: RuleCheck[];
+}
+
+export interface Preview {
+  channelID: string;
+  channelName: string;
+  ringCount: number;
+  entries: PreviewEntry[];
+}
+
+export interface CountRow {
+  name: string;
+  count: number;
+}
+
+export interface Stats {
+  received: number;
+  rang: number;
+  days: { start: number; received: number; rang: number }[];
+  topApps: CountRow[];
+  topChannels: CountRow[];
+  outcomes: CountRow[];
+}
+
+export type AuthorizationState = 'notDetermined' | 'denied' | 'authorized';
+
+export interface Permissions {
+  alarms: AuthorizationState;
+  notifications: string;
+}
+
+export interface Settings {
+  hasCompletedOnboarding: boolean;
+  lastSetupTestResult: string | null;
+  setupWarning: string | null;
+  appVersion: string;
+}
+
+export type SetupCheckStatus = 'passed' | 'failed' | 'unverifiable';
+
+export interface SetupCheck {
+  field: string;
+  label: string;
+  status: SetupCheckStatus;
+  received: string;
+  hint?: string;
+}
+
+export type SetupTestState =
+  | { state: 'idle' }
+  | { state: 'waiting'; startedAt: number }
+  | {
+      state: 'received';
+      startedAt: number;
+      app: string;
+      allPassed: boolean;
+      checks: SetupCheck[];
+    };
+
+export interface AlarmButton {
+  text: string;
+  textColor: string;
+  systemImageName: string;
+}
+
+export type AlarmState = 'countdown' | 'alerting' | 'paused';
+
+export interface Alarm {
+  id: string;
+  state: AlarmState;
+  fireDate?: number;
+  remainingSeconds?: number;
+  configuration: {
+    countdownDuration: { preAlert?: number; postAlert?: number };
+    presentation: {
+      alert: {
+        title: string;
+        stopButton?: AlarmButton;
+        secondaryButton?: AlarmButton;
+        secondaryButtonBehavior?: 'countdown' | 'custom';
+      };
+      countdown: { title: string; pauseButton?: AlarmButton };
+      paused: { title: string; resumeButton?: AlarmButton };
+    };
+    metadata: {
+      channelID: string;
+      channelName: string;
+      app: string;
+      title: string;
+      subtitle: string;
+      body: string;
+    };
+    tintHex: string;
+    stopIntent: { alarmID: string; followUpIDs: string[] };
+    sound: { named?: string };
+  };
+}
+
+export interface Tone {
+  id: string;
+  label: string;
+  fileName?: string;
+}
+
+export interface Limits {
+  nameLimit: number;
+  countdownRange: [number, number];
+  snoozeRange: [number, number];
+  countdownPresets: number[];
+  snoozePresets: number[];
+  cooldownPresets: number[];
+  frequencyWindowPresets: number[];
+  frequencyCountRange: [number, number];
+}
+
+// What one server-sent `change` event names; the client refetches it.
+export type Topic =
+  | 'channels'
+  | 'events'
+  | 'setupWarning'
+  | 'alarms'
+  | 'authorization'
+  | 'setupTest'
+  | 'settings';
+
+export const allTopics: readonly Topic[] = [
+  'channels',
+  'events',
+  'setupWarning',
+  'alarms',
+  'authorization',
+  'setupTest',
+  'settings',
+];
+
+// Seconds between 1970-01-01 and 2001-01-01, the daemon's reference date.
+const referenceOffsetSeconds = 978_307_200;
+
+export function toDate(seconds: number): Date {
+  return new Date((seconds + referenceOffsetSeconds) * 1000);
+}

@@ -1,0 +1,61 @@
+// "Automation Setup": the instructions of the onboarding at any time, with
+// the apps that the channels name.
+
+import { html, type TemplateResult } from 'lit-html';
+import { appsToForwardQuery } from '../state/data';
+import { icon } from '../ui/icons';
+import { copyableCommand, errorNote, linkRow, loadingNote, marked, numberedSteps, screenHeader, section } from '../ui/widgets';
+import { downloadButton, mappingStep, runCommand, sendCommand } from './automation';
+import { setupWarningNote } from './setupTest';
+
+function appsToSelect(apps: string[] | null | undefined, loading: boolean): TemplateResult {
+  if (loading) return loadingNote();
+  if (apps === null || apps === undefined)
+    return html`<p class="row">A channel accepts any app. Select every app that might ring.</p>`;
+  if (apps.length === 0) return html`<p class="row">No channel names an app yet.</p>`;
+  return html`<ul class="app-rows">
+    ${apps.map((app) => html`<li class="row">${icon('app.badge', { className: 'row-icon' })}<span class="row-label">${app}</span></li>`)}
+  </ul>`;
+}
+
+export function setupGuideScreen(): TemplateResult {
+  const result = appsToForwardQuery();
+  const apps = result.data?.apps;
+  return html`${screenHeader({
+      title: 'Automation Setup',
+      back: { href: '/settings', label: 'Settings' },
+      subtitle: 'One automation forwards notifications. Your channels decide what rings.',
+    })}
+    ${setupWarningNote()} ${errorNote(result.error)}
+    ${section({
+      id: 'apps-to-select',
+      title: 'Apps to select',
+      content: appsToSelect(apps, !result.data && !result.error),
+      footer: 'Only selected apps reach Ringwell.',
+    })}
+    ${section({
+      id: 'ready-made',
+      title: 'Ready-made automation',
+      content: html`<div class="padded">
+        <p>${marked('Save the **forwarding script** and run it in your desktop session.')}</p>
+        <p>Name the apps above after it. Apps aren’t included in the file.</p>
+        ${downloadButton()} ${copyableCommand(runCommand(apps))}
+        <p class="note">Or build it yourself with the steps below.</p>
+      </div>`,
+    })}
+    ${section({
+      id: 'build-it-yourself',
+      title: 'Build it yourself',
+      content: html`<div class="padded">
+        ${numberedSteps([
+          'Watch the session bus for notifications: **dbus-monitor** does this.',
+          'Keep the notifications of the apps above.',
+          mappingStep,
+        ])}
+        ${copyableCommand(sendCommand)}
+      </div>`,
+      footer: 'Forwarded notifications appear in History and in each channel’s preview.',
+    })}
+    ${section({ content: linkRow('/settings/setup-test', 'Test your setup', { symbol: 'checkmark.seal' }) })}`;
+}
+
