@@ -205,7 +205,12 @@ void LocalAlarmService::updateSound() {
         audio_.stop();
         return;
     }
-    audio_.play(*file, [this, alive = std::weak_ptr<int>(alive_)](const AudioProblem& problem) {
+    playTone(loudest->id, *file);
+}
+
+void LocalAlarmService::playTone(const Uuid& alarm, const std::filesystem::path& file) {
+    audio_.play(file, [this, alive = std::weak_ptr<int>(alive_), alarm,
+                       file](const AudioProblem& problem) {
         if (alive.expired())
             return;
         if (problem.kind == AudioProblemKind::noAudioServer) {
@@ -216,6 +221,10 @@ void LocalAlarmService::updateSound() {
             return;
         }
         log(LogLevel::error, "The alarm tone could not be played: " + problem.message);
+        // A damaged tone file should not leave an alarm silent while the
+        // default tone is there to play.
+        if (sounding_ == alarm && file != files_.defaultTone)
+            playTone(alarm, files_.defaultTone);
     });
 }
 

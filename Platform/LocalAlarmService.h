@@ -24,7 +24,8 @@ namespace ringwell {
 //
 // Alerting: the alarm's tone loops through the AudioSink (the named tone from
 // the sounds directory, else the default tone); when several alarms alert,
-// the one that started last is heard. A desktop notice "alarm-<ID>" is posted
+// the one that started last is heard, and a tone file that cannot be played
+// gives way to the default tone. A desktop notice "alarm-<ID>" is posted
 // through the NoticeCenter and a line is logged. Without an audio server the
 // alarm alerts all the same and the missing sound is logged once per run.
 //
@@ -101,6 +102,7 @@ private:
     void save();
     void alert(const Alarm& alarm);
     void updateSound();
+    void playTone(const Uuid& alarm, const std::filesystem::path& file);
     void armTimer();
     void log(LogLevel level, const std::string& message);
 

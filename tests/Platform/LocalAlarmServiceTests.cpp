@@ -247,6 +247,19 @@ TEST_F(LocalAlarmServiceTest, AMissingAudioServerIsLoggedOnceAndTheAlarmStillAle
     EXPECT_EQ(notices.requests.size(), 2u);
 }
 
+TEST_F(LocalAlarmServiceTest, AToneThatCannotBePlayedGivesWayToTheDefaultTone) {
+    sink.failEveryPlay(AudioProblem{AudioProblemKind::playbackFailed, "not a sound file"});
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1, std::nullopt, "ringwell-klaxon.caf"));
+    pass(*service, 1);
+
+    // The default tone fails too here; the service must then give up, not loop.
+    EXPECT_EQ(sink.calls(),
+              (std::vector<Call>{{Call::Kind::play, klaxon()}, {Call::Kind::play, defaultTone()}}));
+    EXPECT_EQ(logger.count("The alarm tone could not be played: not a sound file"), 2);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+}
+
 TEST_F(LocalAlarmServiceTest, ARefusedNoticeIsLoggedAndTheAlarmStillAlerts) {
     notices.refuse = true;
     auto service = authorizedService();
