@@ -2,6 +2,7 @@
 #include "Cli/AlarmCommands.h"
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
+#include "Cli/OpenCommand.h"
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
 
@@ -22,13 +23,13 @@ int usageError(CommandContext& context, std::string_view command, std::string_vi
 namespace {
 
 const Command* const commands[] = {
-    &serveCommand,         &sendCommand,        &ringCommand,        &stopAllCommand,
-    &channelsCommand,      &channelShowCommand, &channelAddCommand,  &channelUpdateCommand,
-    &channelDeleteCommand, &channelMoveCommand, &previewCommand,     &eventsCommand,
-    &clearHistoryCommand,  &statsCommand,       &alarmsCommand,      &alarmStopCommand,
-    &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand, &permissionCommand,
-    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand, &ruleDescribeCommand,
-    &templatesCommand};
+    &serveCommand,         &openCommand,          &sendCommand,        &ringCommand,
+    &stopAllCommand,       &channelsCommand,      &channelShowCommand, &channelAddCommand,
+    &channelUpdateCommand, &channelDeleteCommand, &channelMoveCommand, &previewCommand,
+    &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
+    &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
+    &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
+    &ruleDescribeCommand,  &templatesCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

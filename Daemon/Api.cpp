@@ -6,10 +6,13 @@
 #include "Core/RuleTemplate.h"
 #include "Core/Text.h"
 #include "Daemon/ApiJson.h"
+#include "Daemon/ChangeFeed.h"
+#include "Daemon/EditorRoutes.h"
 #include "Intents/ChannelEntity.h"
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
 #include "Intents/StopAllAlarmsIntent.h"
+#include "Model/AlarmTone.h"
 #include "Shared/AlarmIntents.h"
 #include "Support/Diagnostics.h"
 #include "Version.h"
@@ -276,8 +279,9 @@ ApiResponse setAlarmPermission(AppContext& ctx, const json::Json& body) {
     return ApiResponse::json(permissions(ctx));
 }
 
-ApiResponse status(AppContext& ctx) {
+ApiResponse status(AppContext& ctx, const std::string& webAddress) {
     return ApiResponse::json(json::Json{{"name", "Ringwell"},
+                                        {"webAddress", webAddress},
                                         {"version", version::shortVersion},
                                         {"build", version::buildNumber},
                                         {"channels", ctx.store.channels().size()},
@@ -285,9 +289,23 @@ ApiResponse status(AppContext& ctx) {
                                         {"alarms", ctx.alarmService.alarms().size()}});
 }
 
+json::Json settings(AppContext& ctx) {
+    auto text = [&](std::string_view key) -> json::Json {
+        auto value = ctx.defaults.value(key);
+        return value && value->is_string() ? *value : json::Json();
+    };
+    auto onboarded = ctx.defaults.value(DefaultsKey::hasCompletedOnboarding);
+    return json::Json{
+        {"hasCompletedOnboarding", onboarded && onboarded->is_boolean() && onboarded->get<bool>()},
+        {"lastSetupTestResult", text(DefaultsKey::lastSetupTestResult)},
+        {"setupWarning",
+         ctx.store.setupWarning() ? json::Json(*ctx.store.setupWarning()) : json::Json()},
+        {"appVersion", std::string(version::shortVersion) + " (" + version::buildNumber + ")"}};
+}
+
 } // namespace
 
-Api::Api(AppContext& ctx, SystemDescription system) : ctx_(ctx), system_(std::move(system)) {}
+Api::Api(AppContext& ctx, Services services) : ctx_(ctx), services_(std::move(services)) {}
 
 Awaitable<ApiResponse> Api::handle(ApiRequest request) {
     const auto path = segments(request.path);
@@ -309,7 +327,43 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
             throw ApiFailure{404, "unknown address " + request.path};
 
         if (is("GET", {"v1", "status"}))
-            co_return status(ctx_);
+            co_return status(ctx_, services_.webAddress);
+        if (auto answer = editorRoute(ctx_, request))
+            co_return std::move(*answer);
+
+        if (is("GET", {"v1", "stream"})) {
+            if (!services_.feed)
+                throw ApiFailure{404, "live updates are served to the web app only"};
+            ApiResponse response;
+            response.stream = services_.feed->open();
+            co_return response;
+        }
+        if (is("GET", {"v1", "settings"}))
+            co_return ApiResponse::json(settings(ctx_));
+        if (is("PUT", {"v1", "settings"})) {
+            auto body = bodyObject(request);
+            if (auto onboarded = json::optionalBool(body, "hasCompletedOnboarding")) {
+                ctx_.defaults.set(DefaultsKey::hasCompletedOnboarding, *onboarded);
+                if (services_.feed)
+                    services_.feed->publish("settings");
+            }
+            co_return ApiResponse::json(settings(ctx_));
+        }
+        if (is("POST", {"v1", "tones", "*", "preview"})) {
+            auto tone = alarmToneFromRaw(path[2]);
+            if (!tone)
+                throw ApiFailure{404, "unknown tone " + path[2]};
+            if (services_.previewTone)
+                services_.previewTone(*tone);
+            co_return ApiResponse::noContent();
+        }
+        if (is("POST", {"v1", "channels", "*", "test"})) {
+            Channel channel = resolveChannel(ctx_.store, path[2]);
+            NotificationInfo payload;
+            payload.date = ctx_.clock.now();
+            FireEvent event = co_await ctx_.scheduler.fire(channel, payload, RingKind::test);
+            co_return ApiResponse::json(eventWithLabel(event));
+        }
 
         if (is("POST", {"v1", "send"})) {
             SendToRingwellIntent intent;
@@ -416,11 +470,17 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
             co_return ApiResponse::json(
                 toJson(weekStatistics(ctx_.store, ctx_.clock.now(), ctx_.calendar())));
         if (is("GET", {"v1", "diagnostics"})) {
-            auto report = Diagnostics::report(ctx_, system_.osVersion, system_.device);
-            co_return ApiResponse::text(report.text());
+            auto report =
+                Diagnostics::report(ctx_, services_.system.osVersion, services_.system.device);
+            ApiResponse response = ApiResponse::text(report.text());
+            if (request.queryValue("download"))
+                response.headers = {
+                    {"Content-Disposition", "attachment; filename=\"Ringwell Diagnostics.txt\""}};
+            co_return response;
         }
         if (is("GET", {"v1", "diagnostics", "email"})) {
-            auto report = Diagnostics::report(ctx_, system_.osVersion, system_.device);
+            auto report =
+                Diagnostics::report(ctx_, services_.system.osVersion, services_.system.device);
             co_return ApiResponse::json(json::Json{{"url", Diagnostics::emailURL(report)}});
         }
 

@@ -4,9 +4,13 @@
 #include "Daemon/ApiMessage.h"
 #include "Shared/Asio.h"
 
+#include <functional>
 #include <string>
 
 namespace ringwell {
+
+class ChangeFeed;
+enum class AlarmTone;
 
 // The daemon's local API: every request of the command line (and later the
 // web app) becomes calls on the app's objects and a JSON answer. The routes
@@ -22,13 +26,25 @@ public:
         std::string device;
     };
 
-    Api(AppContext& ctx, SystemDescription system);
+    // What only the daemon's own wiring provides.
+    struct Services {
+        SystemDescription system;
+        // The web app's live feed; none on the Unix socket's API.
+        ChangeFeed* feed = nullptr;
+        // Plays a tone once on the machine's speakers, for the tone picker.
+        std::function<void(AlarmTone)> previewTone;
+        // "http://127.0.0.1:PORT/?token=...", the web app's address with its
+        // secret; empty when the web app is off.
+        std::string webAddress;
+    };
+
+    Api(AppContext& ctx, Services services);
 
     Awaitable<ApiResponse> handle(ApiRequest request);
 
 private:
     AppContext& ctx_;
-    SystemDescription system_;
+    Services services_;
 };
 
 } // namespace ringwell

@@ -42,8 +42,26 @@ std::optional<std::string> ApiRequest::queryValue(const std::string& name) const
     return found->second;
 }
 
+std::optional<std::string> ApiRequest::header(const std::string& lowerCaseName) const {
+    auto found = headers.find(lowerCaseName);
+    if (found == headers.end())
+        return std::nullopt;
+    return found->second;
+}
+
+std::vector<std::string> ApiRequest::queryValues(const std::string& name) const {
+    std::vector<std::string> values;
+    auto [begin, end] = allQuery.equal_range(name);
+    for (auto it = begin; it != end; ++it)
+        values.push_back(it->second);
+    return values;
+}
+
 ApiResponse ApiResponse::json(const json::Json& value, unsigned status) {
-    return {status, json::encode(value), "application/json"};
+    ApiResponse response;
+    response.status = status;
+    response.body = json::encode(value);
+    return response;
 }
 
 ApiResponse ApiResponse::error(unsigned status, const std::string& message) {
@@ -51,16 +69,22 @@ ApiResponse ApiResponse::error(unsigned status, const std::string& message) {
 }
 
 ApiResponse ApiResponse::text(std::string body, std::string contentType) {
-    return {200, std::move(body), std::move(contentType)};
+    ApiResponse response;
+    response.body = std::move(body);
+    response.contentType = std::move(contentType);
+    return response;
 }
 
 ApiResponse ApiResponse::noContent() {
-    return {204, "", "application/json"};
+    ApiResponse response;
+    response.status = 204;
+    return response;
 }
 
 std::optional<ApiRequest> parseTarget(const std::string& method, const std::string& target) {
     ApiRequest request;
     request.method = method;
+    request.target = target;
     std::string_view view = target;
     auto question = view.find('?');
     auto path = percentDecode(view.substr(0, question), false);
@@ -84,6 +108,7 @@ std::optional<ApiRequest> parseTarget(const std::string& method, const std::stri
         if (!name || !value)
             return std::nullopt;
         request.query[*name] = *value;
+        request.allQuery.emplace(*name, *value);
     }
     return request;
 }

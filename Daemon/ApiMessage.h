@@ -3,10 +3,15 @@
 #include "Core/Json.h"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace ringwell {
+
+class EventStream;
 
 // One request of the local API, independent of the transport that carried it.
 struct ApiRequest {
@@ -14,8 +19,16 @@ struct ApiRequest {
     std::string path;   // "/v1/channels", without the query
     std::map<std::string, std::string> query;
     std::string body;
+    // Header names in lower case.
+    std::map<std::string, std::string> headers;
+    // The original target, path and query, as the client sent it.
+    std::string target;
 
     std::optional<std::string> queryValue(const std::string& name) const;
+    std::optional<std::string> header(const std::string& lowerCaseName) const;
+    // Every value of a repeated query parameter ("?app=A&app=B").
+    std::vector<std::string> queryValues(const std::string& name) const;
+    std::multimap<std::string, std::string> allQuery;
 };
 
 // One response: a status and a body, JSON unless said otherwise.
@@ -23,6 +36,9 @@ struct ApiResponse {
     unsigned status = 200;
     std::string body;
     std::string contentType = "application/json";
+    std::vector<std::pair<std::string, std::string>> headers;
+    // Set for a server-sent-events answer: the body is what the stream yields.
+    std::shared_ptr<EventStream> stream;
 
     static ApiResponse json(const json::Json& value, unsigned status = 200);
     // {"error": message}

@@ -3,21 +3,21 @@
 #include "Daemon/ApiMessage.h"
 #include "Shared/Asio.h"
 
-#include <boost/asio/local/stream_protocol.hpp>
-
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
 
 namespace ringwell {
 
-// Serves HTTP/1.1 on a Unix socket, one coroutine per connection on the
-// daemon's io_context, keep-alive included. Every read has a timeout and a
-// body limit; malformed requests get a JSON error and never reach the handler.
-// A handler that throws answers 500 with the exception's message; nothing a
-// client sends can stop the daemon.
+// Serves HTTP/1.1 on a Unix socket or on a loopback TCP port, one coroutine
+// per connection on the daemon's io_context, keep-alive included. Every read
+// has a timeout and a body limit; malformed requests get a JSON error and
+// never reach the handler. A handler that throws answers 500 with the
+// exception's message; nothing a client sends can stop the daemon. An answer
+// with an EventStream stays open and carries the stream's messages.
 class HttpServer {
 public:
     using Handler = std::function<Awaitable<ApiResponse>(ApiRequest)>;
@@ -25,27 +25,46 @@ public:
     struct Limits {
         std::size_t maxBodyBytes = 1 << 20;
         std::chrono::seconds readTimeout{30};
+        std::chrono::seconds heartbeat{15};
     };
 
-    // Binds the socket (replacing a stale file, then mode 0600) and starts
-    // accepting. Throws std::system_error when the socket cannot be bound.
-    HttpServer(asio::io_context& io, std::filesystem::path socketPath, Handler handler,
-               Limits limits);
-    HttpServer(asio::io_context& io, std::filesystem::path socketPath, Handler handler)
-        : HttpServer(io, std::move(socketPath), std::move(handler), Limits{}) {}
-    ~HttpServer();
+    // Binds the Unix socket (replacing a stale file, then mode 0600) and
+    // starts accepting. Throws std::system_error when it cannot.
+    static std::unique_ptr<HttpServer> onSocket(asio::io_context& io, std::filesystem::path path,
+                                                Handler handler, Limits limits);
+    static std::unique_ptr<HttpServer> onSocket(asio::io_context& io, std::filesystem::path path,
+                                                Handler handler) {
+        return onSocket(io, std::move(path), std::move(handler), Limits{});
+    }
+    // Listens on 127.0.0.1:`port` (0 picks a free port). Throws
+    // std::system_error when the port is taken.
+    static std::unique_ptr<HttpServer> onLoopback(asio::io_context& io, std::uint16_t port,
+                                                  Handler handler, Limits limits);
+    static std::unique_ptr<HttpServer> onLoopback(asio::io_context& io, std::uint16_t port,
+                                                  Handler handler) {
+        return onLoopback(io, port, std::move(handler), Limits{});
+    }
 
-    // Stops accepting and removes the socket file; open connections finish.
+    ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+
+    // Stops accepting (and removes the socket file); open connections finish.
     void close();
 
+    // The socket's path, or empty for a TCP server.
     const std::filesystem::path& socketPath() const { return socketPath_; }
+    // The TCP port, or 0 for a Unix socket.
+    std::uint16_t port() const { return port_; }
 
     // Shared by the accept loop and every connection, so they outlive `close`.
     struct State;
 
 private:
+    HttpServer() = default;
     std::shared_ptr<State> state_;
     std::filesystem::path socketPath_;
+    std::uint16_t port_ = 0;
 };
 
 } // namespace ringwell

@@ -1,0 +1,116 @@
+#include "Daemon/WebGate.h"
+#include "Daemon/ApiMessage.h"
+#include "Daemon/StaticFiles.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace ringwell {
+namespace {
+
+const std::string token(64, 'a');
+constexpr std::uint16_t port = 7383;
+
+ApiRequest request(const std::string& method, const std::string& target,
+                   std::map<std::string, std::string> headers) {
+    auto parsed = parseTarget(method, target);
+    EXPECT_TRUE(parsed);
+    parsed->headers = std::move(headers);
+    return *parsed;
+}
+
+TEST(WebGateTest, LetsInTheCookieOrTheHeaderOnLoopbackHosts) {
+    for (const char* host : {"127.0.0.1:7383", "localhost:7383", "[::1]:7383"}) {
+        EXPECT_FALSE(
+            WebGate::check(request("GET", "/v1/events",
+                                   {{"host", host}, {"cookie", "a=b; ringwell_token=" + token}}),
+                           token, port))
+            << host;
+    }
+    EXPECT_FALSE(WebGate::check(request("POST", "/v1/stop-all",
+                                        {{"host", "localhost:7383"},
+                                         {"x-ringwell-token", token},
+                                         {"origin", "http://localhost:7383"}}),
+                                token, port));
+}
+
+TEST(WebGateTest, RefusesForeignHostsOriginsAndMissingTokens) {
+    auto refusedWith = [&](const ApiRequest& r) {
+        auto answer = WebGate::check(r, token, port);
+        return answer ? answer->status : 0u;
+    };
+    // DNS rebinding: a page of another name that resolves to us.
+    EXPECT_EQ(refusedWith(request("GET", "/v1/events",
+                                  {{"host", "evil.example:7383"}, {"x-ringwell-token", token}})),
+              403u);
+    EXPECT_EQ(refusedWith(request("GET", "/v1/events",
+                                  {{"host", "127.0.0.1:9999"}, {"x-ringwell-token", token}})),
+              403u);
+    EXPECT_EQ(refusedWith(request("GET", "/v1/events", {{"x-ringwell-token", token}})), 403u);
+    EXPECT_EQ(refusedWith(request("DELETE", "/v1/events",
+                                  {{"host", "127.0.0.1:7383"},
+                                   {"x-ringwell-token", token},
+                                   {"origin", "http://evil.example"}})),
+              403u);
+    EXPECT_EQ(refusedWith(request("GET", "/v1/events", {{"host", "127.0.0.1:7383"}})), 401u);
+    EXPECT_EQ(refusedWith(request(
+                  "GET", "/v1/events",
+                  {{"host", "127.0.0.1:7383"}, {"x-ringwell-token", std::string(64, 'b')}})),
+              401u);
+    EXPECT_EQ(refusedWith(request("GET", "/v1/events",
+                                  {{"host", "127.0.0.1:7383"}, {"cookie", "ringwell_token="}})),
+              401u);
+    // A page gets a readable page, the API a JSON error.
+    auto page = WebGate::check(request("GET", "/", {{"host", "127.0.0.1:7383"}}), token, port);
+    ASSERT_TRUE(page);
+    EXPECT_EQ(page->contentType, "text/html; charset=utf-8");
+}
+
+TEST(WebGateTest, TokenInTheAddressBecomesACookie) {
+    auto answer = WebGate::check(
+        request("GET", "/history?token=" + token + "&tab=2", {{"host", "127.0.0.1:7383"}}), token,
+        port);
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->status, 303u);
+    EXPECT_EQ(answer->headers[0],
+              (std::pair<std::string, std::string>{"Location", "/history?tab=2"}));
+    EXPECT_EQ(answer->headers[1].second,
+              "ringwell_token=" + token + "; Path=/; HttpOnly; SameSite=Strict");
+    auto wrong =
+        WebGate::check(request("GET", "/?token=nope", {{"host", "127.0.0.1:7383"}}), token, port);
+    ASSERT_TRUE(wrong);
+    EXPECT_EQ(wrong->status, 401u);
+}
+
+TEST(StaticFilesTest, ServesFilesAndTheAppForItsRoutesButNothingOutside) {
+    auto root = std::filesystem::path(::testing::TempDir()) / "ringwell-static";
+    std::filesystem::create_directories(root / "assets");
+    std::ofstream(root / "index.html") << "<html>app</html>";
+    std::ofstream(root / "assets" / "app.js") << "run()";
+    std::ofstream(root.parent_path() / "secret.txt") << "secret";
+    StaticFiles files(root);
+    EXPECT_EQ(files.serve("/").body, "<html>app</html>");
+    EXPECT_EQ(files.serve("/history").body, "<html>app</html>");
+    auto script = files.serve("/assets/app.js");
+    EXPECT_EQ(script.body, "run()");
+    EXPECT_EQ(script.contentType, "text/javascript; charset=utf-8");
+    EXPECT_EQ(files.serve("/assets/missing.js").status, 404u);
+    EXPECT_EQ(files.serve("/../secret.txt").status, 404u);
+    EXPECT_EQ(files.serve("/assets/../../secret.txt").status, 404u);
+    std::filesystem::remove_all(root);
+}
+
+TEST(ApiMessageTest, TargetsAreSplitAndDecoded) {
+    auto parsed = parseTarget("GET", "/v1/known-senders?app=Mail&app=My%20App&q=a+b");
+    ASSERT_TRUE(parsed);
+    EXPECT_EQ(parsed->path, "/v1/known-senders");
+    EXPECT_EQ(parsed->queryValues("app"), (std::vector<std::string>{"Mail", "My App"}));
+    EXPECT_EQ(parsed->queryValue("q"), "a b");
+    EXPECT_FALSE(parseTarget("GET", "/v1/x?bad=%2"));
+    EXPECT_FALSE(parseTarget("GET", "/v1/%zz"));
+    EXPECT_EQ(percentEncode("a b/é"), "a%20b%2F%C3%A9");
+}
+
+} // namespace
+} // namespace ringwell
