@@ -10,9 +10,12 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 # Everything the build, the tests and the benchmarks need from Debian.
 PACKAGES := g++ cmake ninja-build pkg-config clang-format \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
-            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev dbus-daemon
+            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
+            chromium dbus-daemon
 
-.PHONY: all deps build build-sanitize run test bench format clean
+WEB_DIR := Views/web
+
+.PHONY: all deps web-deps build build-sanitize run test bench format clean
 
 all: build
 
@@ -27,11 +30,23 @@ deps:
 	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
 	fi
 
-build: deps
+# The web app's npm packages, pinned by package-lock.json; reinstalled only
+# when the lock file changed. Node.js comes from Debian when it is missing.
+web-deps: deps
+	@if [ -f $(WEB_DIR)/package-lock.json ]; then \
+	  command -v npm >/dev/null || { $(SUDO) apt-get update -qq && \
+	    DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq nodejs npm; }; \
+	  if [ ! -f $(WEB_DIR)/node_modules/.package-lock.json ] || \
+	     [ $(WEB_DIR)/package-lock.json -nt $(WEB_DIR)/node_modules/.package-lock.json ]; then \
+	    cd $(WEB_DIR) && npm ci --no-audit --no-fund; \
+	  fi; \
+	fi
+
+build: web-deps
 	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 
-build-sanitize: deps
+build-sanitize: web-deps
 	cmake -S . -B $(SAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DRINGWELL_SANITIZE=ON
 	cmake --build $(SAN_DIR) -j $(JOBS)
 
