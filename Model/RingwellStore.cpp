@@ -1,0 +1,539 @@
+#include "Model/RingwellStore.h"
+
+#include "Core/Text.h"
+#include "Model/AtomicFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ringwell {
+namespace fs = std::filesystem;
+namespace {
+
+// MARK: Files
+
+// Creates `directory` and its missing parents with mode 0700. Existing
+// directories (or links to them) are left as they are.
+Result<bool> makeDirectories(const fs::path& directory) {
+    fs::path partial;
+    for (const auto& component : directory) {
+        partial /= component;
+        if (::mkdir(partial.c_str(), 0700) != 0 && errno != EEXIST)
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
+        struct stat info {};
+        if (::stat(partial.c_str(), &info) != 0)
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
+        if (!S_ISDIR(info.st_mode))
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(ENOTDIR)};
+    }
+    return true;
+}
+
+fs::path directoryOf(const fs::path& file) {
+    fs::path directory = file.parent_path();
+    return directory.empty() ? fs::path(".") : directory;
+}
+
+// The whole file, none when it does not exist, or the reason it cannot be read.
+Result<std::optional<std::string>> readWholeFile(const fs::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        if (errno == ENOENT)
+            return std::optional<std::string>();
+        return Error{"Cannot read " + path.string() + ": " + std::strerror(errno)};
+    }
+    std::string contents;
+    char buffer[65536];
+    while (true) {
+        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (count == 0)
+            break;
+        if (count < 0) {
+            if (errno == EINTR)
+                continue;
+            const int error = errno;
+            ::close(fd);
+            return Error{"Cannot read " + path.string() + ": " + std::strerror(error)};
+        }
+        contents.append(buffer, static_cast<std::size_t>(count));
+    }
+    ::close(fd);
+    return std::optional<std::string>(std::move(contents));
+}
+
+// MARK: Text repair
+
+void repair(std::string& text) {
+    if (!text::isValidUtf8(text))
+        text = text::repairedUtf8(text);
+}
+
+void repair(std::optional<std::string>& text) {
+    if (text)
+        repair(*text);
+}
+
+void repair(std::vector<std::string>& texts) {
+    for (auto& text : texts)
+        repair(text);
+}
+
+void repair(ChannelRule& rule) {
+    repair(rule.apps);
+    repair(rule.senders);
+    repair(rule.keywords);
+}
+
+void repair(Channel& channel) {
+    repair(channel.name);
+    repair(channel.tintHex);
+    repair(channel.rule);
+}
+
+void repair(FireEvent& event) {
+    repair(event.channelName);
+    repair(event.app);
+    repair(event.sender);
+    repair(event.title);
+    repair(event.subtitle);
+    repair(event.body);
+    repair(event.errorMessage);
+    if (event.received) {
+        for (auto& field : *event.received) {
+            repair(field.name);
+            repair(field.value);
+        }
+    }
+}
+
+// JSON has no NaN or infinity (the encoder writes null, which no longer
+// decodes as a date), so such a date would make the whole file unreadable.
+void repair(Date& date, Date now) {
+    if (!std::isfinite(date.secondsSinceReferenceDate))
+        date = now;
+}
+
+// MARK: Lists
+
+// Appends `item` unless the list already holds it ignoring case.
+void appendUnique(std::vector<std::string>& list, std::string_view item) {
+    const bool present = std::any_of(list.begin(), list.end(), [&](const std::string& entry) {
+        return text::equalsIgnoringCase(entry, item);
+    });
+    if (!present)
+        list.emplace_back(item);
+}
+
+void sortForDisplay(std::vector<std::string>& list) {
+    std::sort(list.begin(), list.end(), [](const std::string& a, const std::string& b) {
+        return text::compareForDisplay(a, b) < 0;
+    });
+}
+
+// The events whose notification was really forwarded: not a test, from an
+// app, and not one of Ringwell's own notices.
+bool isForwardedNotification(const FireEvent& event) {
+    return !event.isTest && event.app && !event.app->empty() &&
+           event.outcome != FireOutcome::ignored;
+}
+
+} // namespace
+
+// MARK: Snapshot
+
+json::Json toJson(const StoreSnapshot& snapshot) {
+    json::Json channels = json::Json::array();
+    for (const auto& channel : snapshot.channels)
+        channels.push_back(toJson(channel));
+    json::Json events = json::Json::array();
+    for (const auto& event : snapshot.events)
+        events.push_back(toJson(event));
+    json::Json out = json::Json::object();
+    out["channels"] = std::move(channels);
+    out["events"] = std::move(events);
+    return out;
+}
+
+StoreSnapshot snapshotFromJson(const json::Json& value, Date now) {
+    json::requireObject(value, "store");
+    StoreSnapshot snapshot;
+    for (const auto& channel : json::requireArray(value, "channels"))
+        snapshot.channels.push_back(channelFromJson(channel, now));
+    for (const auto& event : json::requireArray(value, "events"))
+        snapshot.events.push_back(fireEventFromJson(event));
+    return snapshot;
+}
+
+Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now) {
+    return json::decode(text,
+                        [now](const json::Json& value) { return snapshotFromJson(value, now); });
+}
+
+// MARK: Opening
+
+std::optional<fs::path> RingwellStore::defaultFileLocation() {
+    return defaultFileLocation(std::getenv("XDG_DATA_HOME"), std::getenv("HOME"));
+}
+
+std::optional<fs::path> RingwellStore::defaultFileLocation(const char* xdgDataHome,
+                                                           const char* home) {
+    // The XDG base directory rules: a relative or empty value is ignored.
+    fs::path base;
+    if (xdgDataHome && xdgDataHome[0] == '/')
+        base = xdgDataHome;
+    else if (home && home[0] == '/')
+        base = fs::path(home) / ".local" / "share";
+    else
+        return std::nullopt;
+    const fs::path directory = base / "ringwell";
+    if (!makeDirectories(directory))
+        return std::nullopt;
+    return directory / fileName;
+}
+
+Result<std::unique_ptr<RingwellStore>> RingwellStore::open(const fs::path& file, const Clock& clock,
+                                                           ErrorLog log) {
+    const fs::path directory = directoryOf(file);
+    auto made = makeDirectories(directory);
+    if (!made)
+        return made.error();
+    auto lock = DirectoryLock::acquire(directory);
+    if (!lock)
+        return lock.error();
+    // Holding the lock, no other writer can be running: any temporary file
+    // left is the remains of a write that a crash interrupted.
+    AtomicFile::removeLeftovers(file);
+
+    std::unique_ptr<RingwellStore> store(
+        new RingwellStore(clock, file, std::move(lock).value(), std::move(log)));
+    auto loaded = store->load();
+    if (!loaded)
+        return loaded.error();
+    if (loaded.value() == Loaded::nothing)
+        store->seed();
+    return store;
+}
+
+Result<std::unique_ptr<RingwellStore>> RingwellStore::openDefault(const Clock& clock,
+                                                                  ErrorLog log) {
+    if (auto file = defaultFileLocation())
+        return open(*file, clock, std::move(log));
+    return std::make_unique<RingwellStore>(clock);
+}
+
+RingwellStore::RingwellStore(const Clock& clock) : clock_(clock) {
+    seed();
+}
+
+RingwellStore::RingwellStore(const Clock& clock, std::optional<fs::path> file,
+                             std::optional<DirectoryLock> lock, ErrorLog log)
+    : clock_(clock), file_(std::move(file)), lock_(std::move(lock)), log_(std::move(log)) {}
+
+RingwellStore::~RingwellStore() = default;
+
+Result<RingwellStore::Loaded> RingwellStore::load() {
+    if (!file_)
+        return Loaded::nothing;
+    auto contents = readWholeFile(*file_);
+    if (!contents)
+        return contents.error();
+    if (!contents.value())
+        return Loaded::nothing;
+
+    auto snapshot = decodeSnapshot(*contents.value(), clock_.now());
+    if (snapshot) {
+        channels_ = std::move(snapshot.value().channels);
+        events_ = std::move(snapshot.value().events);
+        encodedEvents_.clear();
+        for (const auto& event : events_)
+            encodedEvents_.push_back(json::encode(toJson(event)));
+        return Loaded::loaded;
+    }
+
+    // Moved aside, not deleted: the user (or support) may still recover it. The
+    // store starts empty and, as the file was there, seeds nothing.
+    fs::path quarantine = *file_;
+    quarantine.replace_extension("corrupt.json");
+    ::unlink(quarantine.c_str());
+    if (::rename(file_->c_str(), quarantine.c_str()) == 0) {
+        report("The store file " + file_->string() + " could not be read (" +
+               snapshot.error().message + "); it was moved to " + quarantine.string());
+    } else {
+        report("The store file " + file_->string() + " could not be read (" +
+               snapshot.error().message + ") nor moved aside: " + std::strerror(errno));
+    }
+    return Loaded::loaded;
+}
+
+void RingwellStore::seed() {
+    channels_.push_back(Channel::make(std::string(seedChannelName), ChannelRule(),
+                                      ChannelPalette::tintForNewChannel(0), clock_.now()));
+    save();
+}
+
+// MARK: Saving and observing
+
+void RingwellStore::save() {
+    if (!file_)
+        return;
+    try {
+        const std::string text = snapshotText();
+        auto written = AtomicFile::replace(*file_, text);
+        if (written)
+            ++saveCount_;
+        else
+            report("Saving the store failed: " + written.error().message);
+    } catch (const std::exception& error) {
+        report(std::string("Saving the store failed: ") + error.what());
+    }
+}
+
+// The same text as json::encode(toJson(snapshot)), built from the events'
+// cached texts: events never change once logged, so a save encodes only the
+// channels, and the cost of a save stays that of writing the bytes.
+std::string RingwellStore::snapshotText() const {
+    json::Json channels = json::Json::array();
+    for (const auto& channel : channels_)
+        channels.push_back(toJson(channel));
+    const std::string channelsText = json::encode(channels);
+    std::size_t size = channelsText.size() + 32;
+    for (const auto& event : encodedEvents_)
+        size += event.size() + 1;
+    std::string text;
+    text.reserve(size);
+    text += "{\"channels\":";
+    text += channelsText;
+    text += ",\"events\":[";
+    for (std::size_t i = 0; i < encodedEvents_.size(); ++i) {
+        if (i > 0)
+            text += ',';
+        text += encodedEvents_[i];
+    }
+    text += "]}";
+    return text;
+}
+
+void RingwellStore::report(const std::string& message) const {
+    if (log_)
+        log_(message);
+}
+
+RingwellStore::ObserverToken RingwellStore::subscribe(Observer observer) {
+    const std::uint64_t token = nextObserver_++;
+    observers_.emplace(token, std::make_shared<Observer>(std::move(observer)));
+    return ObserverToken{token};
+}
+
+void RingwellStore::unsubscribe(ObserverToken token) {
+    observers_.erase(token.value);
+}
+
+void RingwellStore::notify(StoreChange change) {
+    // Observers may subscribe or unsubscribe while being told: walk a copy of
+    // the tokens, skip the ones removed meanwhile, and keep each callback
+    // alive while it runs even if it unsubscribes itself.
+    std::vector<std::uint64_t> tokens;
+    tokens.reserve(observers_.size());
+    for (const auto& entry : observers_)
+        tokens.push_back(entry.first);
+    for (auto token : tokens) {
+        auto found = observers_.find(token);
+        if (found == observers_.end())
+            continue;
+        std::shared_ptr<Observer> observer = found->second;
+        (*observer)(change);
+    }
+}
+
+// MARK: Changes
+
+void RingwellStore::setSetupWarning(std::optional<std::string> warning) {
+    repair(warning);
+    if (warning == setupWarning_)
+        return;
+    setupWarning_ = std::move(warning);
+    notify(StoreChange::setupWarning);
+}
+
+std::optional<Channel> RingwellStore::channel(const Uuid& id) const {
+    auto found = std::find_if(channels_.begin(), channels_.end(),
+                              [&](const Channel& channel) { return channel.id == id; });
+    if (found == channels_.end())
+        return std::nullopt;
+    return *found;
+}
+
+Channel RingwellStore::addChannel(const std::optional<std::string>& name, const ChannelRule& rule) {
+    std::optional<std::string> repairedName = name;
+    repair(repairedName);
+    ChannelRule repairedRule = rule;
+    repair(repairedRule);
+    Channel channel =
+        Channel::make(repairedName, std::move(repairedRule),
+                      ChannelPalette::tintForNewChannel(channels_.size()), clock_.now());
+    channels_.push_back(channel);
+    save();
+    notify(StoreChange::channels);
+    return channel;
+}
+
+Channel RingwellStore::addChannel(const NotificationInfo& like) {
+    ChannelRule rule;
+    if (!like.app.empty())
+        rule.apps = {like.app};
+    if (!like.sender.empty())
+        rule.senders = {like.sender};
+    else if (!like.title.empty())
+        rule.senders = {like.title};
+    if (auto kind = like.callKind()) {
+        rule.calls = *kind == CallKind::incoming ? ChannelRule::CallFilter::incoming
+                                                 : ChannelRule::CallFilter::missed;
+    }
+    return addChannel(std::nullopt, rule);
+}
+
+void RingwellStore::update(Channel channel) {
+    repair(channel);
+    repair(channel.createdAt, clock_.now());
+    if (channel.usesAutomaticName) {
+        std::string suggested = channel.rule.suggestedName();
+        if (channel.name != suggested)
+            channel.name = std::move(suggested);
+    }
+    auto found = std::find_if(channels_.begin(), channels_.end(),
+                              [&](const Channel& stored) { return stored.id == channel.id; });
+    if (found == channels_.end() || *found == channel)
+        return;
+    *found = std::move(channel);
+    save();
+    notify(StoreChange::channels);
+}
+
+void RingwellStore::deleteChannel(const Uuid& id) {
+    const auto removed =
+        std::erase_if(channels_, [&](const Channel& channel) { return channel.id == id; });
+    if (removed == 0)
+        return;
+    save();
+    notify(StoreChange::channels);
+}
+
+void RingwellStore::moveChannels(const std::set<std::size_t>& positions, std::size_t destination) {
+    std::vector<Channel> moved;
+    std::vector<Channel> kept;
+    std::size_t insertAt = 0; // kept channels that stood before the destination
+    for (std::size_t i = 0; i < channels_.size(); ++i) {
+        if (positions.count(i)) {
+            moved.push_back(std::move(channels_[i]));
+        } else {
+            if (i < destination)
+                ++insertAt;
+            kept.push_back(std::move(channels_[i]));
+        }
+    }
+    kept.insert(kept.begin() + static_cast<std::ptrdiff_t>(insertAt),
+                std::make_move_iterator(moved.begin()), std::make_move_iterator(moved.end()));
+    channels_ = std::move(kept);
+    save();
+    notify(StoreChange::channels);
+}
+
+void RingwellStore::log(FireEvent event) {
+    repair(event);
+    repair(event.receivedAt, clock_.now());
+    repair(event.firedAt, clock_.now());
+    encodedEvents_.insert(encodedEvents_.begin(), json::encode(toJson(event)));
+    events_.insert(events_.begin(), std::move(event));
+    if (events_.size() > eventLimit) {
+        events_.resize(eventLimit);
+        encodedEvents_.resize(eventLimit);
+    }
+    save();
+    notify(StoreChange::events);
+}
+
+void RingwellStore::clearEvents() {
+    events_.clear();
+    encodedEvents_.clear();
+    save();
+    notify(StoreChange::events);
+}
+
+// MARK: Derived lists
+
+std::vector<NotificationInfo> RingwellStore::notificationHistory() const {
+    std::vector<NotificationInfo> history;
+    for (const auto& event : events_) {
+        if (isForwardedNotification(event))
+            history.push_back(event.notification());
+    }
+    return history;
+}
+
+std::set<std::string> RingwellStore::forwardedApps() const {
+    std::set<std::string> apps;
+    for (const auto& event : events_) {
+        if (isForwardedNotification(event))
+            apps.insert(text::lowercased(*event.app));
+    }
+    return apps;
+}
+
+std::vector<std::string> RingwellStore::knownApps() const {
+    std::vector<std::string> apps = {"Messages", std::string(PhoneApp::name)};
+    for (const auto& event : events_) {
+        if (event.app && !event.app->empty())
+            appendUnique(apps, *event.app);
+    }
+    sortForDisplay(apps);
+    return apps;
+}
+
+std::vector<std::string> RingwellStore::knownSenders(const std::vector<std::string>& apps) const {
+    std::vector<std::string> wanted;
+    for (const auto& app : apps) {
+        if (!text::isBlank(app))
+            wanted.push_back(text::trimmed(app));
+    }
+    std::vector<std::string> senders;
+    for (const auto& event : events_) {
+        if (!isForwardedNotification(event) || !event.sender || text::isBlank(*event.sender))
+            continue;
+        const std::string app = text::trimmed(*event.app);
+        const bool forWantedApp = std::any_of(wanted.begin(), wanted.end(), [&](const auto& name) {
+            return text::equalsIgnoringCase(name, app);
+        });
+        if (forWantedApp)
+            appendUnique(senders, *event.sender);
+    }
+    sortForDisplay(senders);
+    return senders;
+}
+
+std::optional<std::vector<std::string>> RingwellStore::appsToForward() const {
+    std::vector<std::string> apps;
+    for (const auto& channel : channels_) {
+        if (!channel.isEnabled)
+            continue;
+        if (channel.rule.apps.empty())
+            return std::nullopt;
+        for (const auto& app : channel.rule.apps) {
+            std::string name = text::trimmed(app);
+            if (!name.empty())
+                appendUnique(apps, name);
+        }
+    }
+    sortForDisplay(apps);
+    return apps;
+}
+
+} // namespace ringwell

@@ -1,0 +1,150 @@
+#include "Model/AlarmTone.h"
+#include "ModelTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace ringwell {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::readFile;
+using testing::TemporaryDirectory;
+using testing::writeFile;
+
+TEST(AlarmToneTest, LabelsFileNamesAndAlertSounds) {
+    EXPECT_EQ(std::size(AlarmTones::allCases), 9u);
+    EXPECT_EQ(label(AlarmTone::system), "Default");
+    EXPECT_EQ(label(AlarmTone::beacon), "Beacon");
+    EXPECT_EQ(label(AlarmTone::bark), "Bark");
+    EXPECT_FALSE(AlarmTones::fileName(AlarmTone::system).has_value());
+    EXPECT_EQ(AlarmTones::fileName(AlarmTone::klaxon), "ringwell-klaxon");
+    EXPECT_FALSE(AlarmTones::alertSoundName(AlarmTone::system).has_value());
+    EXPECT_EQ(AlarmTones::alertSoundName(AlarmTone::pager), "ringwell-pager.caf");
+}
+
+TEST(AlarmToneTest, RawValuesRoundTripInCaseOrder) {
+    const std::vector<std::string> raws = {"system", "beacon", "klaxon", "chime", "pulse",
+                                           "sonar",  "rise",   "pager",  "bark"};
+    for (std::size_t i = 0; i < raws.size(); ++i) {
+        EXPECT_EQ(rawValue(AlarmTones::allCases[i]), raws[i]);
+        EXPECT_EQ(alarmToneFromRaw(raws[i]), AlarmTones::allCases[i]);
+        EXPECT_EQ(alarmToneFromJson(toJson(AlarmTones::allCases[i]), "sound"),
+                  AlarmTones::allCases[i]);
+    }
+    EXPECT_FALSE(alarmToneFromRaw("Beacon").has_value());
+}
+
+TEST(AlarmToneTest, DecodingIsTolerantOfUnknownNamesButNotOfOtherTypes) {
+    EXPECT_EQ(alarmToneFromJson(json::Json("foghorn"), "sound"), AlarmTone::system);
+    EXPECT_EQ(alarmToneFromJson(json::Json(""), "sound"), AlarmTone::system);
+    EXPECT_THROW(alarmToneFromJson(json::Json(4), "sound"), json::DecodeError);
+}
+
+// The bundled tone files of a fake build: one file per tone, with distinct bytes.
+class ToneInstallTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        fs::create_directories(source());
+        for (auto tone : AlarmTones::allCases) {
+            if (auto name = AlarmTones::fileName(tone))
+                writeFile(source() / (*name + ".caf"), "caf:" + *name + std::string(5000, 'x'));
+        }
+    }
+
+    fs::path source() const { return root / "share" / "Sounds"; }
+    fs::path sounds() const { return root / "home" / ".local" / "share" / "sounds"; }
+
+    void install() {
+        AlarmTones::install(source(), sounds(),
+                            [this](const std::string& message) { messages.push_back(message); });
+    }
+
+    TemporaryDirectory root;
+    std::vector<std::string> messages;
+};
+
+TEST_F(ToneInstallTest, CopiesEveryToneAndCreatesTheDirectory) {
+    install();
+    EXPECT_TRUE(messages.empty());
+    std::size_t installed = 0;
+    for (const auto& entry : fs::directory_iterator(sounds())) {
+        ++installed;
+        EXPECT_EQ(readFile(entry.path()), readFile(source() / entry.path().filename()));
+    }
+    EXPECT_EQ(installed, 8u);
+    EXPECT_FALSE(fs::exists(sounds() / "ringwell-system.caf"));
+}
+
+TEST_F(ToneInstallTest, SecondInstallLeavesTheFilesUntouched) {
+    install();
+    const fs::path chime = sounds() / "ringwell-chime.caf";
+    const auto inode = testing::inodeOf(chime);
+    const auto written = fs::last_write_time(chime);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    install();
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(testing::inodeOf(chime), inode);
+    EXPECT_EQ(fs::last_write_time(chime), written);
+}
+
+TEST_F(ToneInstallTest, ChangedSourceReplacesTheInstalledCopy) {
+    install();
+    writeFile(source() / "ringwell-sonar.caf", "a newer sonar");
+    writeFile(sounds() / "ringwell-pulse.caf", "edited by hand");
+    install();
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(readFile(sounds() / "ringwell-sonar.caf"), "a newer sonar");
+    EXPECT_EQ(readFile(sounds() / "ringwell-pulse.caf"), readFile(source() / "ringwell-pulse.caf"));
+}
+
+TEST_F(ToneInstallTest, SameSizeDifferentBytesIsReplaced) {
+    install();
+    std::string bytes = readFile(source() / "ringwell-rise.caf");
+    bytes.back() = 'y';
+    writeFile(source() / "ringwell-rise.caf", bytes);
+    install();
+    EXPECT_EQ(readFile(sounds() / "ringwell-rise.caf"), bytes);
+}
+
+TEST_F(ToneInstallTest, MissingSourceToneIsSkipped) {
+    fs::remove(source() / "ringwell-beacon.caf");
+    install();
+    EXPECT_TRUE(messages.empty());
+    EXPECT_FALSE(fs::exists(sounds() / "ringwell-beacon.caf"));
+    EXPECT_TRUE(fs::exists(sounds() / "ringwell-bark.caf"));
+}
+
+TEST_F(ToneInstallTest, FailedCopyStopsTheLoopAndLogs) {
+    // A non-empty directory where the third tone (chime) goes cannot be removed
+    // or overwritten; the tones after it are not copied.
+    fs::create_directories(sounds() / "ringwell-chime.caf" / "inside");
+    install();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].rfind("Installing alarm tones failed: ", 0), 0u) << messages[0];
+    EXPECT_NE(messages[0].find("ringwell-chime.caf"), std::string::npos);
+    EXPECT_TRUE(fs::exists(sounds() / "ringwell-beacon.caf"));
+    EXPECT_TRUE(fs::exists(sounds() / "ringwell-klaxon.caf"));
+    EXPECT_FALSE(fs::exists(sounds() / "ringwell-pulse.caf"));
+}
+
+TEST_F(ToneInstallTest, UncreatableSoundsDirectoryLogsAndCopiesNothing) {
+    fs::create_directories(sounds().parent_path());
+    writeFile(sounds(), "a file, not a directory");
+    install();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].rfind("Installing alarm tones failed: ", 0), 0u) << messages[0];
+}
+
+TEST_F(ToneInstallTest, WithoutLogFailuresStaySilent) {
+    fs::create_directories(sounds().parent_path());
+    writeFile(sounds(), "a file, not a directory");
+    AlarmTones::install(source(), sounds(), nullptr);
+    SUCCEED();
+}
+
+} // namespace
+} // namespace ringwell

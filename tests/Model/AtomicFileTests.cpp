@@ -1,0 +1,177 @@
+#include "Model/AtomicFile.h"
+#include "ModelTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <climits>
+#include <string>
+#include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ringwell {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::readFile;
+using testing::TemporaryDirectory;
+using testing::writeFile;
+
+// The path a descriptor refers to, to tell which file a sync call flushed.
+std::string pathOf(int fd) {
+    char target[PATH_MAX];
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t length = ::readlink(link.c_str(), target, sizeof target - 1);
+    return length < 0 ? std::string() : std::string(target, static_cast<std::size_t>(length));
+}
+
+class AtomicFileTest : public ::testing::Test {
+protected:
+    fs::path target() const { return root / "ringwell.json"; }
+
+    std::vector<std::string> leftovers() const {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(root.path())) {
+            const std::string name = entry.path().filename().string();
+            if (name.rfind(AtomicFile::temporaryPrefix(target()), 0) == 0)
+                found.push_back(name);
+        }
+        return found;
+    }
+
+    TemporaryDirectory root;
+};
+
+TEST_F(AtomicFileTest, CreatesAndReplacesTheWholeFileOwnerOnly) {
+    auto first = AtomicFile::replace(target(), "first contents, rather long");
+    ASSERT_TRUE(first.ok()) << first.error().message;
+    EXPECT_EQ(first.value().attempts, 1);
+    EXPECT_EQ(readFile(target()), "first contents, rather long");
+
+    auto second = AtomicFile::replace(target(), "short");
+    ASSERT_TRUE(second.ok());
+    EXPECT_EQ(readFile(target()), "short");
+    struct stat info {};
+    ASSERT_EQ(::stat(target().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_F(AtomicFileTest, EmptyContentsGiveAnEmptyFile) {
+    ASSERT_TRUE(AtomicFile::replace(target(), "").ok());
+    EXPECT_TRUE(fs::exists(target()));
+    EXPECT_EQ(fs::file_size(target()), 0u);
+}
+
+TEST_F(AtomicFileTest, SyncsTheTemporaryFileThenTheDirectory) {
+    std::vector<std::string> synced;
+    AtomicFile::Options options;
+    options.syncFile = [&](int fd) {
+        synced.push_back("file " + pathOf(fd));
+        return ::fsync(fd);
+    };
+    options.syncDirectory = [&](int fd) {
+        synced.push_back("dir " + pathOf(fd));
+        return ::fsync(fd);
+    };
+    ASSERT_TRUE(AtomicFile::replace(target(), "data", options).ok());
+    ASSERT_EQ(synced.size(), 2u);
+    EXPECT_EQ(synced[0].rfind("file " + (root.path() / ".ringwell.json.tmp-").string(), 0), 0u)
+        << synced[0];
+    EXPECT_EQ(synced[1], "dir " + root.path().string());
+}
+
+TEST_F(AtomicFileTest, FailedFileSyncRedoesTheWholeRewriteWithANewFile) {
+    writeFile(target(), "old");
+    std::vector<std::string> syncedFiles;
+    AtomicFile::Options options;
+    options.syncFile = [&](int fd) {
+        syncedFiles.push_back(pathOf(fd));
+        if (syncedFiles.size() == 1) {
+            errno = EIO;
+            return -1;
+        }
+        return ::fsync(fd);
+    };
+    auto written = AtomicFile::replace(target(), "new", options);
+    ASSERT_TRUE(written.ok()) << written.error().message;
+    EXPECT_EQ(written.value().attempts, 2);
+    ASSERT_EQ(syncedFiles.size(), 2u);
+    EXPECT_NE(syncedFiles[0], syncedFiles[1]); // never fsync the same file twice
+    EXPECT_EQ(readFile(target()), "new");
+    EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_F(AtomicFileTest, PersistentSyncFailureKeepsTheOldFile) {
+    writeFile(target(), "old");
+    int calls = 0;
+    AtomicFile::Options options;
+    options.maxAttempts = 3;
+    options.syncFile = [&](int) {
+        ++calls;
+        errno = EIO;
+        return -1;
+    };
+    auto written = AtomicFile::replace(target(), "new", options);
+    ASSERT_FALSE(written.ok());
+    EXPECT_EQ(calls, 3);
+    EXPECT_NE(written.error().message.find("Input/output error"), std::string::npos)
+        << written.error().message;
+    EXPECT_EQ(readFile(target()), "old");
+    EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_F(AtomicFileTest, FailedDirectorySyncRedoesTheRewrite) {
+    int calls = 0;
+    AtomicFile::Options options;
+    options.syncDirectory = [&](int fd) {
+        if (++calls == 1) {
+            errno = EIO;
+            return -1;
+        }
+        return ::fsync(fd);
+    };
+    auto written = AtomicFile::replace(target(), "new", options);
+    ASSERT_TRUE(written.ok());
+    EXPECT_EQ(written.value().attempts, 2);
+    EXPECT_EQ(readFile(target()), "new");
+    EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_F(AtomicFileTest, MissingDirectoryFailsAtOnceWithTheReason) {
+    int calls = 0;
+    AtomicFile::Options options;
+    options.syncFile = [&](int fd) {
+        ++calls;
+        return ::fsync(fd);
+    };
+    auto written = AtomicFile::replace(root / "missing" / "file.json", "x", options);
+    ASSERT_FALSE(written.ok());
+    EXPECT_NE(written.error().message.find("No such file or directory"), std::string::npos)
+        << written.error().message;
+    EXPECT_EQ(calls, 0);
+}
+
+TEST_F(AtomicFileTest, RenameOverADirectoryFailsAndCleansUp) {
+    fs::create_directories(target() / "inside");
+    auto written = AtomicFile::replace(target(), "x");
+    ASSERT_FALSE(written.ok());
+    EXPECT_NE(written.error().message.find("cannot rename"), std::string::npos);
+    EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_F(AtomicFileTest, RemoveLeftoversDeletesOnlyThisTargetsTemporaryFiles) {
+    writeFile(root / ".ringwell.json.tmp-12345678", "partial");
+    writeFile(root / ".ringwell.json.tmp-ABCDEF01", "partial");
+    writeFile(root / ".other.json.tmp-12345678", "someone else's");
+    writeFile(target(), "real");
+    AtomicFile::removeLeftovers(target());
+    EXPECT_TRUE(leftovers().empty());
+    EXPECT_TRUE(fs::exists(root / ".other.json.tmp-12345678"));
+    EXPECT_EQ(readFile(target()), "real");
+}
+
+} // namespace
+} // namespace ringwell

@@ -1,0 +1,251 @@
+#include "Model/Channel.h"
+#include "Model/ChannelPalette.h"
+#include "Model/FiringMode.h"
+#include "ModelTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace ringwell {
+namespace {
+
+using testing::FakeClock;
+
+const Date decodingTime{770000000};
+const char* const someId = "0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B";
+
+Channel decode(const std::string& text) {
+    auto parsed = json::parse(text);
+    EXPECT_TRUE(parsed.ok()) << text;
+    return channelFromJson(parsed.value(), decodingTime);
+}
+
+bool decodeFails(const std::string& text) {
+    auto result = json::decode(
+        text, [](const json::Json& value) { return channelFromJson(value, decodingTime); });
+    return !result.ok();
+}
+
+std::string withKey(const std::string& key, const std::string& value) {
+    return std::string(R"({"id":")") + someId + R"(","name":"N",")" + key + "\":" + value + "}";
+}
+
+Channel fullChannel() {
+    Channel channel;
+    channel.id = Uuid::random();
+    channel.name = "Mum \xE2\x80\x9Curgent\xE2\x80\x9D";
+    channel.usesAutomaticName = true;
+    channel.tintHex = "#AF52DE";
+    channel.isEnabled = false;
+    channel.mode = FiringMode::countdown;
+    channel.countdownSeconds = 90;
+    channel.snoozeEnabled = true;
+    channel.snoozeSeconds = 600;
+    channel.showNotificationText = false;
+    channel.repeatEnabled = true;
+    channel.repeatIntervalSeconds = 45;
+    channel.repeatCount = 7;
+    channel.sound = AlarmTone::klaxon;
+    channel.reminderSound = AlarmTone::bark;
+    channel.rule.apps = {"WhatsApp", " Signal "};
+    channel.rule.senders = {"Mum"};
+    channel.rule.keywords = {"urgent", "asap"};
+    channel.rule.usesRegex = true;
+    channel.rule.calls = ChannelRule::CallFilter::missed;
+    channel.rule.cooldownSeconds = 120;
+    channel.rule.activeHours = ActiveHours{{2, 3, 4}, 22 * 60, 7 * 60};
+    channel.rule.frequency = FrequencyCondition{3, 600};
+    channel.createdAt = Date{761234567.25};
+    return channel;
+}
+
+// MARK: Decoding
+
+TEST(ChannelJsonTest, OnlyIdAndNameDecodeWithTheDocumentedDefaults) {
+    Channel channel = decode(std::string(R"({"id":")") + someId + R"(","name":"Work"})");
+    EXPECT_EQ(channel.id.toString(), someId);
+    EXPECT_EQ(channel.name, "Work");
+    EXPECT_FALSE(channel.usesAutomaticName);
+    EXPECT_EQ(channel.tintHex, "#FF3B30");
+    EXPECT_TRUE(channel.isEnabled);
+    EXPECT_EQ(channel.mode, FiringMode::immediate);
+    EXPECT_EQ(channel.countdownSeconds, 30);
+    EXPECT_FALSE(channel.snoozeEnabled);
+    EXPECT_EQ(channel.snoozeSeconds, 300);
+    EXPECT_TRUE(channel.showNotificationText);
+    EXPECT_FALSE(channel.repeatEnabled);
+    EXPECT_EQ(channel.repeatIntervalSeconds, 120);
+    EXPECT_EQ(channel.repeatCount, 3);
+    EXPECT_EQ(channel.sound, AlarmTone::system);
+    EXPECT_FALSE(channel.reminderSound.has_value());
+    EXPECT_EQ(channel.rule, ChannelRule());
+    EXPECT_EQ(channel.createdAt, decodingTime);
+}
+
+TEST(ChannelJsonTest, LowerCaseIdIsAccepted) {
+    Channel channel = decode(R"({"id":"0b3c5d7e-1f20-4a31-8b42-5c6d7e8f9a0b","name":"x"})");
+    EXPECT_EQ(channel.id.toString(), someId);
+}
+
+TEST(ChannelJsonTest, UnknownSoundDecodesAsSystem) {
+    EXPECT_EQ(decode(withKey("sound", R"("foghorn")")).sound, AlarmTone::system);
+    EXPECT_EQ(decode(withKey("reminderSound", R"("foghorn")")).reminderSound, AlarmTone::system);
+    EXPECT_EQ(decode(withKey("sound", R"("sonar")")).sound, AlarmTone::sonar);
+}
+
+TEST(ChannelJsonTest, UnknownModeFails) {
+    EXPECT_TRUE(decodeFails(withKey("mode", R"("delayed")")));
+    EXPECT_EQ(decode(withKey("mode", R"("countdown")")).mode, FiringMode::countdown);
+}
+
+TEST(ChannelJsonTest, MissingIdOrNameFails) {
+    EXPECT_TRUE(decodeFails(R"({"name":"N"})"));
+    EXPECT_TRUE(decodeFails(std::string(R"({"id":")") + someId + "\"}"));
+    EXPECT_TRUE(decodeFails(R"({"id":"not-a-uuid","name":"N"})"));
+    EXPECT_TRUE(decodeFails(R"([])"));
+}
+
+TEST(ChannelJsonTest, PresentKeyOfTheWrongTypeFails) {
+    EXPECT_TRUE(decodeFails(withKey("isEnabled", R"("yes")")));
+    EXPECT_TRUE(decodeFails(withKey("usesAutomaticName", "1")));
+    EXPECT_TRUE(decodeFails(withKey("tintHex", "16711680")));
+    EXPECT_TRUE(decodeFails(withKey("countdownSeconds", "1.5")));
+    EXPECT_TRUE(decodeFails(withKey("countdownSeconds", R"("30")")));
+    EXPECT_TRUE(decodeFails(withKey("repeatCount", "18446744073709551615")));
+    EXPECT_TRUE(decodeFails(withKey("sound", "3")));
+    EXPECT_TRUE(decodeFails(withKey("reminderSound", "null")));
+    EXPECT_TRUE(decodeFails(withKey("mode", "0")));
+    EXPECT_TRUE(decodeFails(withKey("rule", "[]")));
+    EXPECT_TRUE(decodeFails(withKey("rule", R"({"calls":"sometimes"})")));
+    EXPECT_TRUE(decodeFails(withKey("createdAt", R"("2025-01-01T00:00:00Z")")));
+    EXPECT_TRUE(decodeFails(std::string(R"({"id":")") + someId + R"(","name":7})"));
+}
+
+TEST(ChannelJsonTest, UnknownKeysAreIgnored) {
+    EXPECT_EQ(decode(withKey("colour", R"("blue")")).name, "N");
+}
+
+// MARK: Encoding
+
+TEST(ChannelJsonTest, EncodesTheSeventeenKeysInOrder) {
+    json::Json encoded = toJson(fullChannel());
+    std::vector<std::string> keys;
+    for (const auto& item : encoded.items())
+        keys.push_back(item.key());
+    EXPECT_EQ(keys, (std::vector<std::string>{
+                        "id", "name", "usesAutomaticName", "tintHex", "isEnabled", "mode",
+                        "countdownSeconds", "snoozeEnabled", "snoozeSeconds",
+                        "showNotificationText", "repeatEnabled", "repeatIntervalSeconds",
+                        "repeatCount", "sound", "reminderSound", "rule", "createdAt"}));
+    EXPECT_EQ(encoded["mode"], "countdown");
+    EXPECT_EQ(encoded["sound"], "klaxon");
+    EXPECT_EQ(encoded["reminderSound"], "bark");
+    EXPECT_EQ(encoded["createdAt"], 761234567.25);
+}
+
+TEST(ChannelJsonTest, NoReminderSoundWritesNoKey) {
+    Channel channel = fullChannel();
+    channel.reminderSound.reset();
+    json::Json encoded = toJson(channel);
+    EXPECT_FALSE(encoded.contains("reminderSound"));
+    EXPECT_EQ(encoded.size(), 16u);
+}
+
+TEST(ChannelJsonTest, IdIsWrittenUpperCase) {
+    Channel channel = decode(R"({"id":"0b3c5d7e-1f20-4a31-8b42-5c6d7e8f9a0b","name":"x"})");
+    EXPECT_EQ(toJson(channel)["id"], someId);
+}
+
+TEST(ChannelJsonTest, EveryFieldRoundTripsEqual) {
+    for (Channel channel : {fullChannel(), Channel::make(std::nullopt, {}, "#FF9500", Date{1})}) {
+        std::string text = json::encode(toJson(channel));
+        Channel decoded = decode(text);
+        EXPECT_EQ(decoded, channel) << text;
+    }
+}
+
+// MARK: New channels
+
+TEST(ChannelTest, NewChannelWithoutNameFollowsItsRule) {
+    ChannelRule rule;
+    rule.senders = {"  Mum "};
+    Channel channel = Channel::make(std::nullopt, rule, "#34C759", Date{5});
+    EXPECT_TRUE(channel.usesAutomaticName);
+    EXPECT_EQ(channel.name, "Mum");
+    EXPECT_EQ(channel.tintHex, "#34C759");
+    EXPECT_EQ(channel.createdAt, Date{5});
+    EXPECT_EQ(channel.countdownSeconds, 30);
+    EXPECT_EQ(channel.repeatCount, 3);
+    EXPECT_NE(channel.id, Channel::make(std::nullopt, rule, "#34C759", Date{5}).id);
+}
+
+TEST(ChannelTest, NewChannelWithNameKeepsIt) {
+    Channel channel = Channel::make(std::string("Boss"), ChannelRule(), "#FF3B30", Date{5});
+    EXPECT_FALSE(channel.usesAutomaticName);
+    EXPECT_EQ(channel.name, "Boss");
+}
+
+TEST(ChannelTest, FollowUpsUseTheMainSoundWithoutReminderTone) {
+    Channel channel;
+    channel.sound = AlarmTone::chime;
+    EXPECT_EQ(channel.followUpSound(), AlarmTone::chime);
+    channel.reminderSound = AlarmTone::pager;
+    EXPECT_EQ(channel.followUpSound(), AlarmTone::pager);
+}
+
+// MARK: Firing mode
+
+TEST(FiringModeTest, BadgeFormatsTheCountdownInNarrowMinutesAndSeconds) {
+    EXPECT_EQ(modeBadge(FiringMode::immediate, 90), "Immediate");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, 30), "Countdown 30s");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, 90), "Countdown 1m 30s");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, 300), "Countdown 5m");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, 1800), "Countdown 30m");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, 3605), "Countdown 60m 5s");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, 0), "Countdown 0s");
+    EXPECT_EQ(modeBadge(FiringMode::countdown, -4), "Countdown 0s");
+}
+
+TEST(FiringModeTest, RawValuesAreStrict) {
+    EXPECT_EQ(rawValue(FiringMode::immediate), "immediate");
+    EXPECT_EQ(rawValue(FiringMode::countdown), "countdown");
+    EXPECT_EQ(firingModeFromRaw("countdown"), FiringMode::countdown);
+    EXPECT_FALSE(firingModeFromRaw("Countdown").has_value());
+    EXPECT_EQ(std::size(FiringModes::allCases), 2u);
+}
+
+// MARK: Palette and tint
+
+TEST(ChannelPaletteTest, ColoursWrapAfterEight) {
+    EXPECT_EQ(ChannelPalette::tintForNewChannel(0), "#FF3B30");
+    EXPECT_EQ(ChannelPalette::tintForNewChannel(1), "#FF9500");
+    EXPECT_EQ(ChannelPalette::tintForNewChannel(7), "#FF2D55");
+    EXPECT_EQ(ChannelPalette::tintForNewChannel(8), "#FF3B30");
+    EXPECT_EQ(ChannelPalette::tintForNewChannel(9), "#FF9500");
+}
+
+TEST(TintTest, ColourToHexClampsAndRounds) {
+    EXPECT_EQ(tintHex({1.0, 59.0 / 255.0, 48.0 / 255.0}), "#FF3B30");
+    EXPECT_EQ(tintHex({2.0, -1.0, 0.5}), "#FF0080");
+    EXPECT_EQ(tintHex({std::nan(""), 0, 1}), "#0000FF");
+}
+
+TEST(TintTest, HexToColourAcceptsOnlyTheSixDigitForm) {
+    auto colour = tintColor("#ff9500");
+    ASSERT_TRUE(colour.has_value());
+    EXPECT_DOUBLE_EQ(colour->red, 1.0);
+    EXPECT_DOUBLE_EQ(colour->green, 149.0 / 255.0);
+    EXPECT_DOUBLE_EQ(colour->blue, 0.0);
+    EXPECT_FALSE(tintColor("FF9500").has_value());
+    EXPECT_FALSE(tintColor("#FF950").has_value());
+    EXPECT_FALSE(tintColor("#FF9500FF").has_value());
+    EXPECT_FALSE(tintColor("#GG9500").has_value());
+    EXPECT_FALSE(tintColor("").has_value());
+}
+
+TEST(TintTest, EveryPaletteColourRoundTrips) {
+    for (auto hex : ChannelPalette::colors)
+        EXPECT_EQ(tintHex(*tintColor(hex)), hex);
+}
+
+} // namespace
+} // namespace ringwell

@@ -1,0 +1,927 @@
+#include "Core/Text.h"
+#include "Model/AtomicFile.h"
+#include "Model/RingwellStore.h"
+#include "ModelTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include <sys/stat.h>
+
+namespace ringwell {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::FakeClock;
+using testing::inodeOf;
+using testing::makeEvent;
+using testing::readFile;
+using testing::TemporaryDirectory;
+using testing::writeFile;
+
+const std::string replacement = "\xEF\xBF\xBD"; // U+FFFD
+
+class StoreTest : public ::testing::Test {
+protected:
+    fs::path directory() const { return root / "data" / "ringwell"; }
+    fs::path file() const { return directory() / "ringwell.json"; }
+    fs::path quarantine() const { return directory() / "ringwell.corrupt.json"; }
+
+    std::unique_ptr<RingwellStore> open() {
+        auto store = RingwellStore::open(
+            file(), clock, [this](const std::string& message) { messages.push_back(message); });
+        EXPECT_TRUE(store.ok()) << (store.ok() ? "" : store.error().message);
+        return store.ok() ? std::move(store).value() : nullptr;
+    }
+
+    StoreSnapshot onDisk() {
+        auto snapshot = decodeSnapshot(readFile(file()), clock.now());
+        EXPECT_TRUE(snapshot.ok()) << (snapshot.ok() ? "" : snapshot.error().message);
+        return snapshot.ok() ? snapshot.value() : StoreSnapshot{};
+    }
+
+    void writeStoreFile(const std::string& contents) {
+        fs::create_directories(directory());
+        writeFile(file(), contents);
+    }
+
+    // Names of the channels in list order.
+    static std::vector<std::string> names(const RingwellStore& store) {
+        std::vector<std::string> out;
+        for (const auto& channel : store.channels())
+            out.push_back(channel.name);
+        return out;
+    }
+
+    TemporaryDirectory root;
+    FakeClock clock;
+    std::vector<std::string> messages;
+};
+
+// MARK: Start-up
+
+TEST_F(StoreTest, FirstStartSeedsUrgentAndWritesTheFile) {
+    auto store = open();
+    ASSERT_TRUE(store);
+    ASSERT_EQ(store->channels().size(), 1u);
+    const Channel& urgent = store->channels()[0];
+    EXPECT_EQ(urgent.name, "Urgent");
+    EXPECT_FALSE(urgent.usesAutomaticName);
+    EXPECT_EQ(urgent.tintHex, "#FF3B30");
+    EXPECT_TRUE(urgent.isEnabled);
+    EXPECT_EQ(urgent.mode, FiringMode::immediate);
+    EXPECT_EQ(urgent.countdownSeconds, 30);
+    EXPECT_FALSE(urgent.snoozeEnabled);
+    EXPECT_EQ(urgent.snoozeSeconds, 300);
+    EXPECT_TRUE(urgent.showNotificationText);
+    EXPECT_FALSE(urgent.repeatEnabled);
+    EXPECT_EQ(urgent.repeatIntervalSeconds, 120);
+    EXPECT_EQ(urgent.repeatCount, 3);
+    EXPECT_EQ(urgent.sound, AlarmTone::system);
+    EXPECT_FALSE(urgent.reminderSound.has_value());
+    EXPECT_EQ(urgent.rule, ChannelRule());
+    EXPECT_EQ(urgent.createdAt, clock.now());
+    EXPECT_TRUE(store->events().empty());
+    EXPECT_FALSE(store->setupWarning().has_value());
+
+    EXPECT_EQ(store->saveCount(), 1u);
+    StoreSnapshot disk = onDisk();
+    EXPECT_EQ(disk.channels, store->channels());
+    EXPECT_TRUE(disk.events.empty());
+    EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(StoreTest, DirectoriesAreCreatedOwnerOnly) {
+    auto store = open();
+    struct stat info {};
+    ASSERT_EQ(::stat(directory().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+    ASSERT_EQ(::stat(file().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+}
+
+TEST_F(StoreTest, FileIsCompactWithTheTwoKeysInOrder) {
+    auto store = open();
+    const std::string text = readFile(file());
+    EXPECT_EQ(text.rfind(R"({"channels":[{"id":")", 0), 0u) << text;
+    EXPECT_NE(text.find(R"(],"events":[]})"), std::string::npos) << text;
+    EXPECT_EQ(text.find('\n'), std::string::npos);
+}
+
+TEST_F(StoreTest, FileHoldsExactlyTheEncodedSnapshot) {
+    auto expectEncodedSnapshot = [&](const RingwellStore& store) {
+        EXPECT_EQ(readFile(file()),
+                  json::encode(toJson(StoreSnapshot{store.channels(), store.events()})));
+    };
+    {
+        auto store = open();
+        expectEncodedSnapshot(*store);
+        store->log(makeEvent(FireOutcome::noMatch, "Mail", "Boss", clock.now()));
+        store->log(makeEvent(FireOutcome::fired, "Signal", "Ann", clock.now()));
+        expectEncodedSnapshot(*store);
+        store->clearEvents();
+        expectEncodedSnapshot(*store);
+        store->log(makeEvent(FireOutcome::fired, "Signal", "Bo\xFF", clock.now()));
+        expectEncodedSnapshot(*store);
+    }
+    auto store = open();
+    store->addChannel(std::string("After reopening"), ChannelRule());
+    expectEncodedSnapshot(*store);
+}
+
+TEST_F(StoreTest, ReopeningLoadsTheFileWithoutSeeding) {
+    std::vector<Channel> channels;
+    {
+        auto store = open();
+        store->addChannel(std::string("Work"), ChannelRule());
+        store->log(makeEvent(FireOutcome::noMatch, "Mail", "Boss", clock.now()));
+        channels = store->channels();
+    }
+    clock.advance(3600);
+    auto store = open();
+    EXPECT_EQ(store->channels(), channels);
+    EXPECT_EQ(store->events().size(), 1u);
+    EXPECT_EQ(store->saveCount(), 0u);
+}
+
+TEST_F(StoreTest, StoreWithoutChannelsStaysEmptyAfterRestart) {
+    {
+        auto store = open();
+        store->deleteChannel(store->channels()[0].id);
+    }
+    auto store = open();
+    EXPECT_TRUE(store->channels().empty());
+}
+
+TEST_F(StoreTest, CorruptFileIsQuarantinedAndNothingIsSeeded) {
+    const std::string garbage = R"({"channels":[{"id":)";
+    writeStoreFile(garbage);
+    auto store = open();
+    ASSERT_TRUE(store);
+    EXPECT_TRUE(store->channels().empty());
+    EXPECT_TRUE(store->events().empty());
+    EXPECT_EQ(readFile(quarantine()), garbage);
+    EXPECT_FALSE(fs::exists(file()));
+    EXPECT_EQ(store->saveCount(), 0u);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_NE(messages[0].find("ringwell.corrupt.json"), std::string::npos) << messages[0];
+
+    // The next change writes a fresh file; the quarantined one stays.
+    store->addChannel(std::string("Fresh"), ChannelRule());
+    EXPECT_EQ(onDisk().channels.size(), 1u);
+    EXPECT_EQ(readFile(quarantine()), garbage);
+}
+
+TEST_F(StoreTest, EveryKindOfUndecodableFileIsQuarantined) {
+    const std::string id = R"("id":"0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B")";
+    const std::string bad[] = {
+        "",
+        "null",
+        "[]",
+        R"({"channels":[]})",
+        R"({"events":[]})",
+        R"({"channels":{},"events":[]})",
+        "{\"channels\":[{" + id + R"(,"name":"A","mode":"delayed"}],"events":[]})",
+        "{\"channels\":[{" + id + R"(,"name":"A","isEnabled":"yes"}],"events":[]})",
+        "{\"channels\":[{" + id + R"(}],"events":[]})",
+        "{\"channels\":[],\"events\":[{" + id +
+            R"(,"receivedAt":1,"firedAt":1,"outcome":"rang","isTest":false}]})",
+        "{\"channels\":[],\"events\":[{" + id +
+            R"(,"receivedAt":1,"outcome":"fired","isTest":false}]})",
+        "{\"channels\":[{" + id + ",\"name\":\"\xFF\"}],\"events\":[]}",
+    };
+    for (const auto& contents : bad) {
+        writeStoreFile(contents);
+        messages.clear();
+        {
+            auto store = open();
+            ASSERT_TRUE(store) << contents;
+            EXPECT_TRUE(store->channels().empty()) << contents;
+            EXPECT_TRUE(store->events().empty()) << contents;
+            EXPECT_EQ(readFile(quarantine()), contents);
+            EXPECT_EQ(messages.size(), 1u) << contents;
+        }
+        fs::remove(file());
+    }
+}
+
+TEST_F(StoreTest, EarlierQuarantineIsReplaced) {
+    writeStoreFile("first bad file");
+    open().reset();
+    writeStoreFile("second bad file");
+    open().reset();
+    EXPECT_EQ(readFile(quarantine()), "second bad file");
+}
+
+TEST_F(StoreTest, FileThatExistsButCannotBeReadFailsToOpen) {
+    // Starting empty would overwrite the user's file on the next change.
+    fs::create_directories(file());
+    auto store = RingwellStore::open(file(), clock);
+    ASSERT_FALSE(store.ok());
+    EXPECT_NE(store.error().message.find("Cannot read"), std::string::npos)
+        << store.error().message;
+}
+
+TEST_F(StoreTest, UncreatableDirectoryFailsToOpen) {
+    fs::create_directories(root.path() / "data");
+    writeFile(directory(), "a file where the directory should be");
+    auto store = RingwellStore::open(file(), clock);
+    ASSERT_FALSE(store.ok());
+    EXPECT_NE(store.error().message.find("Cannot create"), std::string::npos);
+}
+
+TEST_F(StoreTest, LeftoverTemporaryFilesAreRemovedOnOpen) {
+    fs::create_directories(directory());
+    const fs::path leftover = directory() / (AtomicFile::temporaryPrefix(file()) + "1A2B3C4D");
+    writeFile(leftover, "half a wri");
+    writeFile(directory() / "unrelated.txt", "keep me");
+    auto store = open();
+    EXPECT_FALSE(fs::exists(leftover));
+    EXPECT_TRUE(fs::exists(directory() / "unrelated.txt"));
+}
+
+TEST_F(StoreTest, HandWrittenFileInTheDocumentedFormLoads) {
+    writeStoreFile(R"({
+      "channels": [
+        {"id": "0b3c5d7e-1f20-4a31-8b42-5c6d7e8f9a0b", "name": "Family",
+         "mode": "countdown", "countdownSeconds": 90, "sound": "chime", "reminderSound": "foghorn",
+         "rule": {"apps": ["WhatsApp"], "senders": ["Mum", "Dad"], "calls": "missed",
+                  "activeHours": {"weekdays": [1, 7], "startMinute": 480, "endMinute": 1320}},
+         "createdAt": 760000000},
+        {"id": "11111111-2222-4333-8444-555555555555", "name": "Everything", "isEnabled": false}
+      ],
+      "events": [
+        {"id": "AAAAAAAA-BBBB-4CCC-8DDD-EEEEEEEEEEEE", "channelID": "0b3c5d7e-1f20-4a31-8b42-5c6d7e8f9a0b",
+         "channelName": "Family", "alarmID": "99999999-8888-4777-8666-555555555555",
+         "followUpAlarmIDs": [], "app": "WhatsApp", "sender": "Mum", "title": "Mum", "body": "Call me",
+         "isTimeSensitive": true, "receivedAt": 760000100, "firedAt": 760000100.5,
+         "outcome": "fired", "isTest": false},
+        {"id": "BBBBBBBB-BBBB-4CCC-8DDD-EEEEEEEEEEEE", "receivedAt": 760000000,
+         "firedAt": 760000000, "outcome": "noMatch", "isTest": false}
+      ]
+    })");
+    auto store = open();
+    ASSERT_EQ(store->channels().size(), 2u);
+    const Channel& family = store->channels()[0];
+    EXPECT_EQ(family.id.toString(), "0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B");
+    EXPECT_EQ(family.mode, FiringMode::countdown);
+    EXPECT_EQ(family.modeBadge(), "Countdown 1m 30s");
+    EXPECT_EQ(family.sound, AlarmTone::chime);
+    EXPECT_EQ(family.reminderSound, AlarmTone::system);
+    EXPECT_EQ(family.rule.senders, (std::vector<std::string>{"Mum", "Dad"}));
+    EXPECT_EQ(family.rule.calls, ChannelRule::CallFilter::missed);
+    EXPECT_EQ(family.rule.activeHours->startMinute, 480);
+    EXPECT_EQ(family.createdAt, Date{760000000});
+    EXPECT_FALSE(store->channels()[1].isEnabled);
+    EXPECT_EQ(store->channels()[1].createdAt, clock.now());
+    ASSERT_EQ(store->events().size(), 2u);
+    EXPECT_EQ(store->events()[0].channelID, family.id);
+    EXPECT_TRUE(store->events()[0].followUpAlarmIDs->empty());
+    EXPECT_EQ(store->events()[1].outcome, FireOutcome::noMatch);
+    EXPECT_EQ(store->saveCount(), 0u);
+    EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(StoreTest, EveryRecordRoundTripsThroughTheFile) {
+    StoreSnapshot written;
+    {
+        auto store = open();
+        ChannelRule rule;
+        rule.apps = {"Signal", "  WhatsApp"};
+        rule.keywords = {"urgent"};
+        rule.usesRegex = true;
+        rule.calls = ChannelRule::CallFilter::incoming;
+        rule.cooldownSeconds = 300;
+        rule.activeHours = ActiveHours{{2, 3, 4, 5, 6}, 1320, 420};
+        rule.frequency = FrequencyCondition{3, 600};
+        Channel channel = store->addChannel(std::nullopt, rule);
+        channel.isEnabled = false;
+        channel.mode = FiringMode::countdown;
+        channel.countdownSeconds = 45;
+        channel.snoozeEnabled = true;
+        channel.snoozeSeconds = 900;
+        channel.showNotificationText = false;
+        channel.repeatEnabled = true;
+        channel.repeatIntervalSeconds = 60;
+        channel.repeatCount = 5;
+        channel.sound = AlarmTone::rise;
+        channel.reminderSound = AlarmTone::pulse;
+        channel.createdAt = Date{123.5};
+        store->update(channel);
+
+        FireEvent event = makeEvent(FireOutcome::failed, "Signal", "Ann", Date{760000000.125});
+        event.channelID = channel.id;
+        event.channelName = channel.name;
+        event.alarmID = Uuid::random();
+        event.followUpAlarmIDs = std::vector<Uuid>{Uuid::random()};
+        event.subtitle = "sub";
+        event.body = "body";
+        event.isTimeSensitive = false;
+        event.received = std::vector<ReceivedField>{{"Title", "Hello"}, {"Name", ""}};
+        event.errorMessage = "Not authorised";
+        event.isTest = true;
+        store->log(event);
+        store->log(makeEvent(FireOutcome::setupTest, std::nullopt, std::nullopt, Date{1}, {}));
+        written = StoreSnapshot{store->channels(), store->events()};
+    }
+    auto store = open();
+    EXPECT_EQ(store->channels(), written.channels);
+    EXPECT_EQ(store->events(), written.events);
+}
+
+TEST_F(StoreTest, InMemoryStoreSeedsAndWritesNothing) {
+    RingwellStore store(clock);
+    EXPECT_FALSE(store.fileLocation().has_value());
+    EXPECT_EQ(names(store), (std::vector<std::string>{"Urgent"}));
+    store.addChannel(std::string("Two"), ChannelRule());
+    store.log(makeEvent(FireOutcome::fired, "Mail", "Bob", clock.now()));
+    EXPECT_EQ(store.saveCount(), 0u);
+    EXPECT_FALSE(fs::exists(root.path() / "data"));
+}
+
+TEST_F(StoreTest, SaveFailureIsLoggedAndTheChangeKept) {
+    auto store = open();
+    fs::remove_all(directory());
+    Channel added = store->addChannel(std::string("Kept"), ChannelRule());
+    EXPECT_EQ(store->channels().back(), added);
+    EXPECT_EQ(store->saveCount(), 1u);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].rfind("Saving the store failed: ", 0), 0u) << messages[0];
+}
+
+// MARK: Channels
+
+TEST_F(StoreTest, AddChannelAppendsWithNextPaletteColour) {
+    auto store = open();
+    for (int i = 0; i < 9; ++i)
+        store->addChannel(std::string("C") + std::to_string(i + 2), ChannelRule());
+    ASSERT_EQ(store->channels().size(), 10u);
+    EXPECT_EQ(store->channels()[0].name, "Urgent");
+    EXPECT_EQ(store->channels()[8].tintHex, "#FF3B30"); // the ninth
+    EXPECT_EQ(store->channels()[9].tintHex, "#FF9500"); // the tenth
+    EXPECT_EQ(store->channels()[9].name, "C10");
+    EXPECT_EQ(onDisk().channels, store->channels());
+}
+
+TEST_F(StoreTest, AddChannelWithoutNameUsesTheSuggestedName) {
+    RingwellStore store(clock);
+    ChannelRule rule;
+    rule.keywords = {"fire", "flood"};
+    clock.advance(10);
+    Channel channel = store.addChannel(std::nullopt, rule);
+    EXPECT_TRUE(channel.usesAutomaticName);
+    EXPECT_EQ(channel.name, "\xE2\x80\x9C"
+                            "fire\xE2\x80\x9D +1");
+    EXPECT_EQ(channel.createdAt, clock.now());
+    EXPECT_EQ(store.channel(channel.id), channel);
+}
+
+TEST_F(StoreTest, AddChannelLikeNotificationBuildsTheRule) {
+    RingwellStore store(clock);
+    NotificationInfo message;
+    message.app = "WhatsApp";
+    message.sender = "Mum";
+    message.title = "Family";
+    Channel fromMessage = store.addChannel(message);
+    EXPECT_EQ(fromMessage.rule.apps, (std::vector<std::string>{"WhatsApp"}));
+    EXPECT_EQ(fromMessage.rule.senders, (std::vector<std::string>{"Mum"}));
+    EXPECT_EQ(fromMessage.rule.calls, ChannelRule::CallFilter::any);
+    EXPECT_TRUE(fromMessage.usesAutomaticName);
+    EXPECT_EQ(fromMessage.name, "Mum");
+
+    NotificationInfo titled;
+    titled.app = "Mail";
+    titled.title = "Server down";
+    EXPECT_EQ(store.addChannel(titled).rule.senders, (std::vector<std::string>{"Server down"}));
+
+    NotificationInfo missed;
+    missed.app = "Phone";
+    missed.title = "Bob";
+    missed.body = "Missed call";
+    Channel fromCall = store.addChannel(missed);
+    EXPECT_EQ(fromCall.rule.calls, ChannelRule::CallFilter::missed);
+    EXPECT_EQ(fromCall.rule.apps, (std::vector<std::string>{"Phone"}));
+
+    NotificationInfo ringing;
+    ringing.app = "phone";
+    ringing.sender = "Bob";
+    EXPECT_EQ(store.addChannel(ringing).rule.calls, ChannelRule::CallFilter::incoming);
+
+    Channel fromNothing = store.addChannel(NotificationInfo{});
+    EXPECT_EQ(fromNothing.rule, ChannelRule());
+    EXPECT_EQ(fromNothing.name, "All Notifications");
+}
+
+TEST_F(StoreTest, UpdateWithAnUnchangedChannelWritesNothing) {
+    auto store = open();
+    Channel urgent = store->channels()[0];
+    const auto inode = inodeOf(file());
+    const auto saves = store->saveCount();
+    int notified = 0;
+    auto token = store->subscribe([&](StoreChange) { ++notified; });
+    store->update(urgent);
+    EXPECT_EQ(inodeOf(file()), inode);
+    EXPECT_EQ(store->saveCount(), saves);
+    EXPECT_EQ(notified, 0);
+    store->unsubscribe(token);
+}
+
+TEST_F(StoreTest, UpdateOfAnUnknownIdDoesNothing) {
+    auto store = open();
+    Channel stranger = Channel::make(std::string("Stranger"), ChannelRule(), "#FF3B30", Date{});
+    const auto before = store->channels();
+    const auto inode = inodeOf(file());
+    store->update(stranger);
+    EXPECT_EQ(store->channels(), before);
+    EXPECT_EQ(inodeOf(file()), inode);
+    EXPECT_EQ(store->saveCount(), 1u);
+}
+
+TEST_F(StoreTest, UpdateReplacesInPlaceAndWrites) {
+    auto store = open();
+    store->addChannel(std::string("Second"), ChannelRule());
+    Channel urgent = store->channels()[0];
+    urgent.isEnabled = false;
+    urgent.name = "Very urgent";
+    const auto inode = inodeOf(file());
+    store->update(urgent);
+    EXPECT_EQ(store->channels()[0], urgent);
+    EXPECT_EQ(store->channels()[1].name, "Second");
+    EXPECT_NE(inodeOf(file()), inode);
+    EXPECT_EQ(onDisk().channels, store->channels());
+}
+
+TEST_F(StoreTest, UpdateRenamesAChannelWithAutomaticName) {
+    auto store = open();
+    ChannelRule rule;
+    rule.senders = {"Mum"};
+    Channel channel = store->addChannel(std::nullopt, rule);
+    EXPECT_EQ(channel.name, "Mum");
+    channel.rule.senders = {"Dad", "Gran"};
+    store->update(channel);
+    EXPECT_EQ(store->channel(channel.id)->name, "Dad +1");
+    EXPECT_EQ(onDisk().channels.back().name, "Dad +1");
+
+    // A stale name alone is not a change once the name is recomputed.
+    Channel stale = *store->channel(channel.id);
+    stale.name = "Something else";
+    const auto saves = store->saveCount();
+    store->update(stale);
+    EXPECT_EQ(store->saveCount(), saves);
+    EXPECT_EQ(store->channel(channel.id)->name, "Dad +1");
+
+    // With automatic naming off the given name stays.
+    Channel manual = *store->channel(channel.id);
+    manual.usesAutomaticName = false;
+    manual.name = "Parents";
+    store->update(manual);
+    EXPECT_EQ(store->channel(channel.id)->name, "Parents");
+}
+
+TEST_F(StoreTest, DeleteRemovesEveryChannelWithTheIdAndWritesOnlyThen) {
+    auto store = open();
+    Channel urgent = store->channels()[0];
+    const auto inode = inodeOf(file());
+    store->deleteChannel(Uuid::random());
+    EXPECT_EQ(inodeOf(file()), inode);
+    EXPECT_EQ(store->channels().size(), 1u);
+
+    store->deleteChannel(urgent.id);
+    EXPECT_TRUE(store->channels().empty());
+    EXPECT_NE(inodeOf(file()), inode);
+    EXPECT_TRUE(onDisk().channels.empty());
+    EXPECT_FALSE(store->channel(urgent.id).has_value());
+}
+
+TEST_F(StoreTest, DeleteRemovesDuplicatesOfTheId) {
+    const std::string id = R"("id":"0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B")";
+    writeStoreFile("{\"channels\":[{" + id + ",\"name\":\"A\"},{\"id\":" +
+                   R"("11111111-2222-4333-8444-555555555555","name":"B"},{)" + id +
+                   ",\"name\":\"C\"}],\"events\":[]}");
+    auto store = open();
+    ASSERT_EQ(store->channels().size(), 3u);
+    EXPECT_EQ(store->channel(*Uuid::parse("0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B"))->name, "A");
+    store->deleteChannel(*Uuid::parse("0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B"));
+    EXPECT_EQ(names(*store), (std::vector<std::string>{"B"}));
+}
+
+class MoveTest : public StoreTest {
+protected:
+    using Names = std::vector<std::string>;
+
+    void SetUp() override { store = open(); }
+
+    // The names after moving in the list A, B, C, D, E; the file must agree.
+    Names moved(const std::set<std::size_t>& from, std::size_t to) {
+        while (!store->channels().empty())
+            store->deleteChannel(store->channels()[0].id);
+        for (const char* name : {"A", "B", "C", "D", "E"})
+            store->addChannel(std::string(name), ChannelRule());
+        store->moveChannels(from, to);
+        Names disk;
+        for (const auto& channel : onDisk().channels)
+            disk.push_back(channel.name);
+        EXPECT_EQ(disk, names(*store));
+        return names(*store);
+    }
+
+    std::unique_ptr<RingwellStore> store;
+};
+
+TEST_F(MoveTest, DestinationCountsInTheListBeforeTheMove) {
+    EXPECT_EQ(moved({0}, 3), (Names{"B", "C", "A", "D", "E"}));
+    EXPECT_EQ(moved({0}, 5), (Names{"B", "C", "D", "E", "A"}));
+    EXPECT_EQ(moved({4}, 0), (Names{"E", "A", "B", "C", "D"}));
+    EXPECT_EQ(moved({3}, 1), (Names{"A", "D", "B", "C", "E"}));
+    EXPECT_EQ(moved({1, 3}, 5), (Names{"A", "C", "E", "B", "D"}));
+    EXPECT_EQ(moved({0, 2}, 2), (Names{"B", "A", "C", "D", "E"}));
+    EXPECT_EQ(moved({1, 4}, 0), (Names{"B", "E", "A", "C", "D"}));
+    EXPECT_EQ(moved({2}, 2), (Names{"A", "B", "C", "D", "E"}));
+    EXPECT_EQ(moved({2}, 3), (Names{"A", "B", "C", "D", "E"}));
+}
+
+TEST_F(MoveTest, OutOfRangePositionsAreIgnoredAndTheDestinationClamped) {
+    EXPECT_EQ(moved({1, 9}, 99), (Names{"A", "C", "D", "E", "B"}));
+}
+
+TEST_F(MoveTest, MoveAlwaysWritesAndNotifies) {
+    int notified = 0;
+    auto token = store->subscribe([&](StoreChange change) {
+        EXPECT_EQ(change, StoreChange::channels);
+        ++notified;
+    });
+    const auto inode = inodeOf(file());
+    store->moveChannels({2}, 2);
+    EXPECT_NE(inodeOf(file()), inode);
+    EXPECT_EQ(notified, 1);
+    store->unsubscribe(token);
+}
+
+// MARK: Events
+
+TEST_F(StoreTest, LogKeepsNewestFirstAndCapsAt200) {
+    auto store = open();
+    std::vector<Uuid> ids;
+    for (int i = 0; i < 200; ++i) {
+        FireEvent event =
+            makeEvent(FireOutcome::noMatch, "Mail", "S" + std::to_string(i), clock.now());
+        ids.push_back(event.id);
+        store->log(event);
+        clock.advance(1);
+    }
+    ASSERT_EQ(store->events().size(), 200u);
+    EXPECT_EQ(store->events().front().id, ids.back());
+    EXPECT_EQ(store->events().back().id, ids.front());
+
+    FireEvent newest = makeEvent(FireOutcome::fired, "Mail", "S200", clock.now());
+    store->log(newest);
+    ASSERT_EQ(store->events().size(), 200u);
+    EXPECT_EQ(store->events().front(), newest);
+    EXPECT_EQ(store->events().back().id, ids[1]); // the oldest went
+    EXPECT_EQ(onDisk().events, store->events());
+}
+
+TEST_F(StoreTest, OverfullFileIsTrimmedByTheNextLog) {
+    {
+        json::Json file = json::Json::object();
+        file["channels"] = json::Json::array();
+        file["events"] = json::Json::array();
+        for (int i = 0; i < 205; ++i)
+            file["events"].push_back(toJson(makeEvent(FireOutcome::noMatch, "A", "B", Date{1})));
+        writeStoreFile(json::encode(file));
+    }
+    auto store = open();
+    EXPECT_EQ(store->events().size(), 205u);
+    store->log(makeEvent(FireOutcome::noMatch, "A", "B", Date{2}));
+    EXPECT_EQ(store->events().size(), 200u);
+    EXPECT_EQ(store->events().front().receivedAt, Date{2});
+}
+
+TEST_F(StoreTest, ClearEventsEmptiesTheLogAndAlwaysWrites) {
+    auto store = open();
+    store->log(makeEvent(FireOutcome::noMatch, "Mail", "Bob", clock.now()));
+    store->clearEvents();
+    EXPECT_TRUE(store->events().empty());
+    EXPECT_TRUE(onDisk().events.empty());
+    const auto inode = inodeOf(file());
+    store->clearEvents();
+    EXPECT_NE(inodeOf(file()), inode);
+}
+
+// MARK: Invalid UTF-8
+
+TEST_F(StoreTest, InvalidUtf8IsStoredRepairedAndReloadsEqual) {
+    std::vector<FireEvent> events;
+    std::vector<Channel> channels;
+    {
+        auto store = open();
+        FireEvent event =
+            makeEvent(FireOutcome::noMatch, "Ma\xFFil", "B\xC3ob", clock.now(), "Title \xE2\x82");
+        event.received = std::vector<ReceivedField>{{"Body", "\xF0\x9F\x98"}};
+        store->log(event);
+        ChannelRule rule;
+        rule.senders = {"Zo\xE9"}; // Latin-1, not UTF-8
+        store->addChannel(std::nullopt, rule);
+        store->addChannel(std::string("Caf\xE9"), ChannelRule());
+        store->setSetupWarning(std::string("bad \xC0"));
+
+        const FireEvent& stored = store->events()[0];
+        EXPECT_EQ(*stored.app, "Ma" + replacement + "il");
+        EXPECT_TRUE(text::isValidUtf8(*stored.sender));
+        EXPECT_TRUE(text::isValidUtf8(*stored.title));
+        EXPECT_TRUE(text::isValidUtf8(stored.received->at(0).value));
+        EXPECT_NE(stored.title->find(replacement), std::string::npos);
+        EXPECT_EQ(store->channels()[1].name, "Zo" + replacement);
+        EXPECT_EQ(store->channels()[1].rule.senders[0], "Zo" + replacement);
+        EXPECT_EQ(store->channels()[2].name, "Caf" + replacement);
+        EXPECT_EQ(*store->setupWarning(), "bad " + replacement);
+        EXPECT_EQ(onDisk().events, store->events());
+        events = store->events();
+        channels = store->channels();
+        EXPECT_TRUE(messages.empty());
+    }
+    auto store = open();
+    EXPECT_EQ(store->events(), events);
+    EXPECT_EQ(store->channels(), channels);
+}
+
+TEST_F(StoreTest, InvalidUtf8InAnUpdateIsRepaired) {
+    auto store = open();
+    Channel urgent = store->channels()[0];
+    urgent.rule.keywords = {"\xFF"};
+    urgent.name = "Ur\xFFgent";
+    store->update(urgent);
+    EXPECT_EQ(store->channels()[0].name, "Ur" + replacement + "gent");
+    EXPECT_EQ(onDisk().channels, store->channels());
+    // Updating again with the same broken text is no change.
+    const auto saves = store->saveCount();
+    store->update(urgent);
+    EXPECT_EQ(store->saveCount(), saves);
+}
+
+TEST_F(StoreTest, DatesThatJsonCannotHoldBecomeNow) {
+    auto store = open();
+    FireEvent event = makeEvent(FireOutcome::fired, "Mail", "Bob", Date{std::nan("")});
+    event.firedAt = Date{INFINITY};
+    store->log(event);
+    Channel urgent = store->channels()[0];
+    urgent.createdAt = Date{-INFINITY};
+    store->update(urgent);
+    EXPECT_EQ(store->events()[0].receivedAt, clock.now());
+    EXPECT_EQ(store->events()[0].firedAt, clock.now());
+    EXPECT_EQ(store->channels()[0].createdAt, clock.now());
+    EXPECT_EQ(onDisk().events, store->events());
+}
+
+// MARK: Setup warning and observers
+
+TEST_F(StoreTest, SetupWarningLivesInMemoryOnly) {
+    {
+        auto store = open();
+        const auto saves = store->saveCount();
+        store->setSetupWarning(std::string("Map the Sender field"));
+        EXPECT_EQ(store->setupWarning(), "Map the Sender field");
+        EXPECT_EQ(store->saveCount(), saves);
+    }
+    auto store = open();
+    EXPECT_FALSE(store->setupWarning().has_value());
+}
+
+TEST_F(StoreTest, ObserversHearEveryChange) {
+    auto store = open();
+    std::vector<StoreChange> heard;
+    auto token = store->subscribe([&](StoreChange change) { heard.push_back(change); });
+
+    Channel channel = store->addChannel(std::string("X"), ChannelRule());
+    channel.isEnabled = false;
+    store->update(channel);
+    store->moveChannels({1}, 0);
+    store->deleteChannel(channel.id);
+    store->log(makeEvent(FireOutcome::fired, "Mail", "Bob", clock.now()));
+    store->clearEvents();
+    store->setSetupWarning(std::string("warning"));
+    store->setSetupWarning(std::string("warning")); // the same value: nobody is told
+    store->setSetupWarning(std::nullopt);
+    store->setSetupWarning(std::nullopt);
+    // No change, no notification.
+    store->update(store->channels()[0]);
+    store->deleteChannel(Uuid::random());
+
+    using C = StoreChange;
+    EXPECT_EQ(heard,
+              (std::vector<StoreChange>{C::channels, C::channels, C::channels, C::channels,
+                                        C::events, C::events, C::setupWarning, C::setupWarning}));
+    store->unsubscribe(token);
+    store->clearEvents();
+    EXPECT_EQ(heard.size(), 8u);
+}
+
+TEST_F(StoreTest, ObserversSeeTheSavedState) {
+    auto store = open();
+    std::size_t seenOnDisk = 0;
+    auto token = store->subscribe([&](StoreChange) { seenOnDisk = onDisk().events.size(); });
+    store->log(makeEvent(FireOutcome::fired, "Mail", "Bob", clock.now()));
+    EXPECT_EQ(seenOnDisk, 1u);
+    store->unsubscribe(token);
+}
+
+TEST_F(StoreTest, ObserversMayUnsubscribeAndChangeTheStoreWhileBeingTold) {
+    RingwellStore store(clock);
+    std::vector<std::string> calls;
+    RingwellStore::ObserverToken first{}, second{}, third{};
+    first = store.subscribe([&](StoreChange) {
+        calls.push_back("first");
+        store.unsubscribe(first);  // itself
+        store.unsubscribe(second); // and one not yet told
+    });
+    second = store.subscribe([&](StoreChange) { calls.push_back("second"); });
+    third = store.subscribe([&](StoreChange change) {
+        calls.push_back("third");
+        if (change == StoreChange::events)
+            store.setSetupWarning(std::string("nested"));
+    });
+    store.log(makeEvent(FireOutcome::fired, "Mail", "Bob", clock.now()));
+    EXPECT_EQ(calls, (std::vector<std::string>{"first", "third", "third"}));
+    EXPECT_EQ(store.setupWarning(), "nested");
+    store.unsubscribe(third);
+    store.unsubscribe(third); // twice is harmless
+}
+
+// MARK: Derived lists
+
+class DerivedListsTest : public StoreTest {
+protected:
+    void SetUp() override {
+        store = std::make_unique<RingwellStore>(clock);
+        // Logged oldest first; the log holds them newest first.
+        add(FireOutcome::fired, "WhatsApp", "Mum");
+        add(FireOutcome::noMatch, "Mail", "Boss");
+        add(FireOutcome::ignored, "Ringwell", "");
+        add(FireOutcome::cooledDown, "whatsapp", "mum");
+        add(FireOutcome::noMatch, "Slack", "Ann", /*isTest=*/true);
+        add(FireOutcome::noMatch, std::nullopt, "Nobody");
+        add(FireOutcome::skipped, "WhatsApp", "Dad");
+        add(FireOutcome::fired, "Telegram", std::nullopt);
+    }
+    void add(FireOutcome outcome, std::optional<std::string> app, std::optional<std::string> sender,
+             bool isTest = false) {
+        FireEvent event = makeEvent(outcome, std::move(app), std::move(sender), clock.now());
+        event.isTest = isTest;
+        store->log(event);
+        clock.advance(60);
+    }
+    std::unique_ptr<RingwellStore> store;
+};
+
+TEST_F(DerivedListsTest, NotificationHistoryHoldsForwardedNotificationsNewestFirst) {
+    std::vector<std::string> apps;
+    for (const auto& notification : store->notificationHistory())
+        apps.push_back(notification.app);
+    EXPECT_EQ(apps,
+              (std::vector<std::string>{"Telegram", "WhatsApp", "whatsapp", "Mail", "WhatsApp"}));
+    const NotificationInfo newest = store->notificationHistory().front();
+    EXPECT_EQ(newest.sender, "");
+    EXPECT_EQ(newest.title, "Hello");
+    EXPECT_EQ(newest.date, store->events().front().receivedAt);
+}
+
+TEST_F(DerivedListsTest, ForwardedAppsAreLowerCased) {
+    EXPECT_EQ(store->forwardedApps(), (std::set<std::string>{"mail", "telegram", "whatsapp"}));
+}
+
+TEST_F(DerivedListsTest, KnownAppsIncludeDefaultsTestsAndIgnoredEvents) {
+    EXPECT_EQ(store->knownApps(), (std::vector<std::string>{"Mail", "Messages", "Phone", "Ringwell",
+                                                            "Slack", "Telegram", "WhatsApp"}));
+}
+
+TEST_F(DerivedListsTest, KnownAppsOfAnEmptyLogAreMessagesAndPhone) {
+    RingwellStore empty(clock);
+    EXPECT_EQ(empty.knownApps(), (std::vector<std::string>{"Messages", "Phone"}));
+}
+
+TEST_F(DerivedListsTest, KnownAppsDropCaseDuplicatesAndSortForDisplay) {
+    add(FireOutcome::noMatch, "messages", "Ann");
+    add(FireOutcome::noMatch,
+        "\xC3\x89"
+        "cole",
+        "Ann"); // École sorts with the Es
+    add(FireOutcome::noMatch, "eBay", "Ann");
+    EXPECT_EQ(store->knownApps(), (std::vector<std::string>{"eBay",
+                                                            "\xC3\x89"
+                                                            "cole",
+                                                            "Mail", "Messages", "Phone", "Ringwell",
+                                                            "Slack", "Telegram", "WhatsApp"}));
+}
+
+TEST_F(DerivedListsTest, KnownSendersForTheGivenApps) {
+    EXPECT_EQ(store->knownSenders({" whatsapp "}), (std::vector<std::string>{"Dad", "mum"}));
+    EXPECT_EQ(store->knownSenders({"WhatsApp", "Mail"}),
+              (std::vector<std::string>{"Boss", "Dad", "mum"}));
+    EXPECT_TRUE(store->knownSenders({"Slack"}).empty());    // test rings do not count
+    EXPECT_TRUE(store->knownSenders({"Telegram"}).empty()); // no sender
+    EXPECT_TRUE(store->knownSenders({}).empty());
+    EXPECT_TRUE(store->knownSenders({"  "}).empty());
+}
+
+TEST_F(StoreTest, AppsToForwardIsAbsentWhenAnEnabledChannelAcceptsAnyApp) {
+    RingwellStore store(clock); // "Urgent" has no app condition
+    EXPECT_FALSE(store.appsToForward().has_value());
+
+    Channel urgent = store.channels()[0];
+    urgent.isEnabled = false;
+    store.update(urgent);
+    ASSERT_TRUE(store.appsToForward().has_value());
+    EXPECT_TRUE(store.appsToForward()->empty());
+
+    ChannelRule rule;
+    rule.apps = {" WhatsApp ", "Signal", "", "  "};
+    store.addChannel(std::nullopt, rule);
+    rule.apps = {"whatsapp", "Mail"};
+    store.addChannel(std::nullopt, rule);
+    rule.apps = {"Disabled App"};
+    Channel disabled = store.addChannel(std::nullopt, rule);
+    disabled.isEnabled = false;
+    store.update(disabled);
+    EXPECT_EQ(store.appsToForward(), (std::vector<std::string>{"Mail", "Signal", "WhatsApp"}));
+
+    store.addChannel(std::string("Any"), ChannelRule());
+    EXPECT_FALSE(store.appsToForward().has_value());
+}
+
+// MARK: Default location
+
+class DefaultLocationTest : public ::testing::Test {
+protected:
+    TemporaryDirectory root;
+};
+
+TEST_F(DefaultLocationTest, UsesXdgDataHome) {
+    const fs::path xdg = root / "xdg";
+    auto location = RingwellStore::defaultFileLocation(xdg.c_str(), "/nonexistent-home");
+    ASSERT_TRUE(location.has_value());
+    EXPECT_EQ(*location, xdg / "ringwell" / "ringwell.json");
+    struct stat info {};
+    ASSERT_EQ(::stat((xdg / "ringwell").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+    ASSERT_EQ(::stat(xdg.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+}
+
+TEST_F(DefaultLocationTest, FallsBackToHomeWhenXdgIsUnsetEmptyOrRelative) {
+    const fs::path expected = root / "home" / ".local" / "share" / "ringwell" / "ringwell.json";
+    EXPECT_EQ(RingwellStore::defaultFileLocation(nullptr, (root / "home").c_str()), expected);
+    EXPECT_EQ(RingwellStore::defaultFileLocation("", (root / "home").c_str()), expected);
+    EXPECT_EQ(RingwellStore::defaultFileLocation("relative/dir", (root / "home").c_str()),
+              expected);
+    EXPECT_TRUE(fs::is_directory(expected.parent_path()));
+}
+
+TEST_F(DefaultLocationTest, NoLocationWithoutXdgAndHome) {
+    EXPECT_FALSE(RingwellStore::defaultFileLocation(nullptr, nullptr).has_value());
+    EXPECT_FALSE(RingwellStore::defaultFileLocation("", "").has_value());
+    EXPECT_FALSE(RingwellStore::defaultFileLocation(nullptr, "relative").has_value());
+}
+
+TEST_F(DefaultLocationTest, NoLocationWhenTheDirectoryCannotBeCreated) {
+    writeFile(root / "blocker", "a file");
+    EXPECT_FALSE(
+        RingwellStore::defaultFileLocation((root / "blocker").c_str(), nullptr).has_value());
+}
+
+TEST_F(DefaultLocationTest, OpenDefaultRunsInMemoryWithoutALocation) {
+    const char* savedHome = std::getenv("HOME");
+    const char* savedXdg = std::getenv("XDG_DATA_HOME");
+    const std::string home = savedHome ? savedHome : "";
+    const std::string xdg = savedXdg ? savedXdg : "";
+    ::unsetenv("HOME");
+    ::unsetenv("XDG_DATA_HOME");
+    FakeClock clock;
+    auto store = RingwellStore::openDefault(clock);
+    if (savedHome)
+        ::setenv("HOME", home.c_str(), 1);
+    if (savedXdg)
+        ::setenv("XDG_DATA_HOME", xdg.c_str(), 1);
+    ASSERT_TRUE(store.ok());
+    EXPECT_FALSE(store.value()->fileLocation().has_value());
+    EXPECT_EQ(store.value()->channels().size(), 1u);
+}
+
+TEST_F(DefaultLocationTest, OpenDefaultUsesXdgDataHome) {
+    const char* savedXdg = std::getenv("XDG_DATA_HOME");
+    const std::string xdg = savedXdg ? savedXdg : "";
+    ::setenv("XDG_DATA_HOME", (root / "xdg").c_str(), 1);
+    FakeClock clock;
+    auto store = RingwellStore::openDefault(clock);
+    if (savedXdg)
+        ::setenv("XDG_DATA_HOME", xdg.c_str(), 1);
+    else
+        ::unsetenv("XDG_DATA_HOME");
+    ASSERT_TRUE(store.ok());
+    EXPECT_EQ(store.value()->fileLocation(), root / "xdg" / "ringwell" / "ringwell.json");
+    EXPECT_TRUE(fs::exists(root / "xdg" / "ringwell" / "ringwell.json"));
+    EXPECT_TRUE(fs::exists(root / "xdg" / "ringwell" / "ringwell.lock"));
+}
+
+} // namespace
+} // namespace ringwell
