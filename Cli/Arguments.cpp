@@ -34,14 +34,14 @@ Result<Arguments> parseArguments(std::span<const std::string> args,
             inlineValue = name.substr(equals + 1);
             name.resize(equals);
         }
-        const OptionSpec* spec = nullptr;
+        const OptionSpec* option = nullptr;
         for (const auto& candidate : options) {
             if (candidate.name == name)
-                spec = &candidate;
+                option = &candidate;
         }
-        if (!spec)
+        if (!option)
             return Error{"unknown option --" + name};
-        if (!spec->takesValue) {
+        if (!option->takesValue) {
             if (inlineValue)
                 return Error{"option --" + name + " takes no value"};
             parsed.flags.insert(name);

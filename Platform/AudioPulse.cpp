@@ -95,11 +95,11 @@ void AudioPulse::playLoop(const Request& request) {
         return;
     }
 
-    pa_sample_spec spec{};
-    spec.format = PA_SAMPLE_S16NE;
-    spec.rate = static_cast<std::uint32_t>(info.samplerate);
-    spec.channels = static_cast<std::uint8_t>(info.channels);
-    if (!pa_sample_spec_valid(&spec)) {
+    pa_sample_spec sampleFormat{};
+    sampleFormat.format = PA_SAMPLE_S16NE;
+    sampleFormat.rate = static_cast<std::uint32_t>(info.samplerate);
+    sampleFormat.channels = static_cast<std::uint8_t>(info.channels);
+    if (!pa_sample_spec_valid(&sampleFormat)) {
         report(request, AudioProblemKind::playbackFailed,
                "unsupported sound format in " + request.file.string());
         return;
@@ -108,14 +108,14 @@ void AudioPulse::playLoop(const Request& request) {
     // what lets a stop take effect quickly.
     pa_buffer_attr buffer{};
     buffer.maxlength = static_cast<std::uint32_t>(-1);
-    buffer.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(targetLatencyUsec, &spec));
+    buffer.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(targetLatencyUsec, &sampleFormat));
     buffer.prebuf = static_cast<std::uint32_t>(-1);
     buffer.minreq = static_cast<std::uint32_t>(-1);
     buffer.fragsize = static_cast<std::uint32_t>(-1);
 
     int error = 0;
     std::unique_ptr<pa_simple, StreamCloser> stream(
-        pa_simple_new(nullptr, "Ringwell", PA_STREAM_PLAYBACK, nullptr, "Alarm", &spec, nullptr,
+        pa_simple_new(nullptr, "Ringwell", PA_STREAM_PLAYBACK, nullptr, "Alarm", &sampleFormat, nullptr,
                       &buffer, &error));
     if (!stream) {
         report(request, AudioProblemKind::noAudioServer, pa_strerror(error));
