@@ -3,6 +3,8 @@
 #include "Core/Date.h"
 #include "Model/Clock.h"
 #include "Model/FireEvent.h"
+#include "TestSupport/Fakes/FakeClock.h"
+#include "TestSupport/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -16,54 +18,6 @@
 #include <sys/stat.h>
 
 namespace ringwell::testing {
-
-// A clock that stands still until a test moves it.
-class FakeClock final : public Clock {
-public:
-    explicit FakeClock(Date start = Date{760000000}) : now_(start) {}
-    Date now() const override { return now_; }
-    void advance(double seconds) { now_ = now_.addingSeconds(seconds); }
-    void set(Date date) { now_ = date; }
-
-private:
-    Date now_;
-};
-
-// A fresh directory under the test temporary directory, removed with its
-// contents at the end of the scope.
-class TemporaryDirectory {
-public:
-    TemporaryDirectory() {
-        std::string pattern = ::testing::TempDir() + "ringwell-model-XXXXXX";
-        if (!::mkdtemp(pattern.data()))
-            throw std::runtime_error("mkdtemp failed for " + pattern);
-        path_ = pattern;
-    }
-    ~TemporaryDirectory() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
-
-inline std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream contents;
-    contents << in.rdbuf();
-    return contents.str();
-}
-
-inline void writeFile(const std::filesystem::path& path, const std::string& contents) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << contents;
-}
 
 inline ino_t inodeOf(const std::filesystem::path& path) {
     struct stat info {};

@@ -6,6 +6,8 @@
 #include "Model/Clock.h"
 #include "Shared/AlarmService.h"
 #include "Shared/Asio.h"
+#include "TestSupport/Fakes/FakeClock.h"
+#include "TestSupport/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -27,16 +29,10 @@
 // suite depends on nothing but the platform layer.
 namespace ringwell::platformtest {
 
-// A clock that stands still until the test moves it.
-class TestClock final : public Clock {
-public:
-    explicit TestClock(Date start = Date{760000000}) : now_(start) {}
-    Date now() const override { return now_; }
-    void advance(double seconds) { now_ = now_.addingSeconds(seconds); }
-
-private:
-    Date now_;
-};
+using TestClock = testing::FakeClock;
+using testing::readFile;
+using testing::TemporaryDirectory;
+using testing::writeFile;
 
 struct LogLine {
     LogLevel level;
@@ -84,29 +80,6 @@ public:
     bool refuse = false;
 };
 
-// A fresh directory, removed with its contents at the end of the scope.
-class TemporaryDirectory {
-public:
-    TemporaryDirectory() {
-        std::string pattern = ::testing::TempDir() + "ringwell-platform-XXXXXX";
-        if (!::mkdtemp(pattern.data()))
-            throw std::runtime_error("mkdtemp failed for " + pattern);
-        path_ = pattern;
-    }
-    ~TemporaryDirectory() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
-
 // Sets (or, with none, unsets) an environment variable for a scope.
 class EnvironmentGuard {
 public:
@@ -131,18 +104,6 @@ private:
     std::string name_;
     std::optional<std::string> previous_;
 };
-
-inline std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream contents;
-    contents << in.rdbuf();
-    return contents.str();
-}
-
-inline void writeFile(const std::filesystem::path& path, const std::string& contents) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << contents;
-}
 
 // Runs the io_context's handlers until `done` holds or `limit` passes; true
 // when `done` holds. For work that finishes on another thread or process.
