@@ -163,4 +163,30 @@ void removeLeftovers(const fs::path& target) {
     ::closedir(dir);
 }
 
+Result<std::optional<std::string>> read(const std::filesystem::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        if (errno == ENOENT)
+            return std::optional<std::string>();
+        return Error{"Cannot read " + path.string() + ": " + std::strerror(errno)};
+    }
+    std::string contents;
+    char buffer[65536];
+    while (true) {
+        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (count == 0)
+            break;
+        if (count < 0) {
+            if (errno == EINTR)
+                continue;
+            const int error = errno;
+            ::close(fd);
+            return Error{"Cannot read " + path.string() + ": " + std::strerror(error)};
+        }
+        contents.append(buffer, static_cast<std::size_t>(count));
+    }
+    ::close(fd);
+    return std::optional<std::string>(std::move(contents));
+}
+
 } // namespace ringwell::AtomicFile

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,6 +45,10 @@ struct Written {
 // in which case the new contents are in place but perhaps not yet durable).
 Result<Written> replace(const std::filesystem::path& target, std::string_view contents,
                         const Options& options = {});
+
+// The whole file, none when it does not exist, or why it cannot be read (a
+// message naming the path and the system error).
+Result<std::optional<std::string>> read(const std::filesystem::path& path);
 
 // Deletes temporary files that an interrupted `replace` of `target` left in its
 // directory. Only safe while no other `replace` of the same target runs.

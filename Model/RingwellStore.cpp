@@ -43,33 +43,6 @@ fs::path directoryOf(const fs::path& file) {
     return directory.empty() ? fs::path(".") : directory;
 }
 
-// The whole file, none when it does not exist, or the reason it cannot be read.
-Result<std::optional<std::string>> readWholeFile(const fs::path& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        if (errno == ENOENT)
-            return std::optional<std::string>();
-        return Error{"Cannot read " + path.string() + ": " + std::strerror(errno)};
-    }
-    std::string contents;
-    char buffer[65536];
-    while (true) {
-        const ssize_t count = ::read(fd, buffer, sizeof buffer);
-        if (count == 0)
-            break;
-        if (count < 0) {
-            if (errno == EINTR)
-                continue;
-            const int error = errno;
-            ::close(fd);
-            return Error{"Cannot read " + path.string() + ": " + std::strerror(error)};
-        }
-        contents.append(buffer, static_cast<std::size_t>(count));
-    }
-    ::close(fd);
-    return std::optional<std::string>(std::move(contents));
-}
-
 // MARK: Text repair
 
 void repair(std::string& text) {
@@ -243,7 +216,7 @@ RingwellStore::~RingwellStore() = default;
 Result<RingwellStore::Loaded> RingwellStore::load() {
     if (!file_)
         return Loaded::nothing;
-    auto contents = readWholeFile(*file_);
+    auto contents = AtomicFile::read(*file_);
     if (!contents)
         return contents.error();
     if (!contents.value())

@@ -32,29 +32,7 @@ fs::path quarantinePath(const fs::path& file) {
 }
 
 Result<std::optional<std::string>> readText(const fs::path& file) {
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        if (errno == ENOENT)
-            return std::optional<std::string>();
-        return Error{"Cannot read " + file.string() + ": " + std::strerror(errno)};
-    }
-    std::string contents;
-    char buffer[16384];
-    while (true) {
-        const ssize_t count = ::read(fd, buffer, sizeof buffer);
-        if (count == 0)
-            break;
-        if (count < 0) {
-            if (errno == EINTR)
-                continue;
-            const int error = errno;
-            ::close(fd);
-            return Error{"Cannot read " + file.string() + ": " + std::strerror(error)};
-        }
-        contents.append(buffer, static_cast<std::size_t>(count));
-    }
-    ::close(fd);
-    return std::optional<std::string>(std::move(contents));
+    return AtomicFile::read(file);
 }
 
 void quarantine(const fs::path& file, const std::string& reason, const ErrorLog& log) {
