@@ -110,7 +110,7 @@ function appView(): TemplateResult {
   const onboarding = !settings.data.hasCompletedOnboarding;
   return html`<a class="skip-link" href="#main" data-external>Skip to content</a>
     ${linkBanner()}
-    <div class="app" ?inert=${onboarding} aria-hidden=${onboarding ? 'true' : nothing}>
+    <div class="app ${onboarding ? 'covered' : ''}" ?inert=${onboarding} aria-hidden=${onboarding ? 'true' : nothing}>
       ${tabBar()}
       <main id="main" class="content">${screen()}</main>
     </div>

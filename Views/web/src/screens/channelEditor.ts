@@ -11,7 +11,7 @@ import { api, ApiError } from '../api/client';
 import type { Channel, ChannelRule, RuleConditionId, RuleDescription } from '../api/types';
 import { navigate } from '../router';
 import { channelViewsQuery, limitsQuery, tonesQuery } from '../state/data';
-import { forget, invalidate, query, requestRender } from '../state/store';
+import { fetchSequence, forget, invalidate, query, requestRender } from '../state/store';
 import { confirmDialog, showToast } from '../ui/dialog';
 import { duration } from '../ui/format';
 import { icon } from '../ui/icons';
@@ -36,6 +36,11 @@ interface EditorState {
   draft: Channel | null;
   edits: number; // edits made since the draft was last taken from the daemon
   saveTimer: number | undefined;
+  saving: boolean;
+  saveAgain: boolean;
+  // Only channel data fetched after this sequence number is newer than the
+  // draft (see fetchSequence); older fetches may predate the last save.
+  freshAfter: number;
   description: RuleDescription | undefined;
   describedRule: string;
   describing: boolean;
@@ -54,6 +59,9 @@ function stateFor(channelId: string): EditorState {
       draft: null,
       edits: 0,
       saveTimer: undefined,
+      saving: false,
+      saveAgain: false,
+      freshAfter: -1,
       description: undefined,
       describedRule: '',
       describing: false,
@@ -65,21 +73,36 @@ function stateFor(channelId: string): EditorState {
   return state;
 }
 
+// One save at a time: requests on separate connections may reach the daemon
+// out of order, and an older draft must never overwrite a newer one. Edits
+// made while a save is on its way are sent by one more save after it.
 async function save(editor: EditorState): Promise<void> {
   editor.saveTimer = undefined;
+  if (editor.saving) {
+    editor.saveAgain = true;
+    return;
+  }
   const draft = editor.draft;
   if (!draft) return;
+  editor.saving = true;
   const editsAtSave = editor.edits;
   try {
     const stored = await api.updateChannel(draft);
     // Only a save that carried the latest edit may replace the draft.
-    if (state === editor && editor.edits === editsAtSave) {
+    if (editor.edits === editsAtSave) {
       editor.draft = stored;
       editor.edits = 0;
     }
+    editor.freshAfter = fetchSequence();
   } catch (error) {
     showToast(error instanceof Error ? error.message : String(error));
-    if (state === editor && editor.edits === editsAtSave) editor.edits = 0;
+    if (editor.edits === editsAtSave) editor.edits = 0;
+  } finally {
+    editor.saving = false;
+  }
+  if (editor.saveAgain) {
+    editor.saveAgain = false;
+    void save(editor);
   }
   invalidate('channels');
 }
@@ -124,35 +147,68 @@ function describe(editor: EditorState, rule: ChannelRule): void {
     });
 }
 
+// The fields of the rule that each condition owns.
+const conditionFields: Record<RuleConditionId, (keyof ChannelRule)[]> = {
+  app: ['apps'],
+  sender: ['senders'],
+  keywords: ['keywords'],
+  calls: ['calls'],
+  hours: ['activeHours'],
+  repeated: ['frequency'],
+  cooldown: ['cooldownSeconds'],
+};
+
+// Adding (seeding) and removing (clearing) a condition follow the rule
+// model's own logic in the daemon. The answer replaces only the fields of
+// that condition, so edits made while it was on its way, or another
+// condition changed at the same time, are kept.
 async function changeCondition(editor: EditorState, condition: RuleConditionId, action: 'seed' | 'clear'): Promise<void> {
   const draft = editor.draft;
   if (!draft) return;
   try {
-    const { rule } = await api.changeCondition(draft.rule, condition, action);
-    if (action === 'seed') {
-      editor.open.add(condition);
-      queueMicrotask(() =>
-        document.querySelector<HTMLElement>(`[data-condition="${condition}"] input, [data-condition="${condition}"] button:not(.icon-button)`)?.focus(),
-      );
-    } else {
-      editor.open.delete(condition);
-    }
-    edit(editor, (channel) => ({ ...channel, rule }));
+    const { rule: changed } = await api.changeCondition(draft.rule, condition, action);
+    if (action === 'seed') editor.open.add(condition);
+    else editor.open.delete(condition);
+    edit(editor, (channel) => {
+      const rule: ChannelRule = { ...channel.rule };
+      for (const field of conditionFields[condition]) {
+        if (changed[field] === undefined) delete rule[field];
+        else Object.assign(rule, { [field]: changed[field] });
+      }
+      return { ...channel, rule };
+    });
+    // A new condition takes the focus once it is drawn; a removed one hands
+    // it to the add menu.
+    window.setTimeout(() => {
+      const target =
+        action === 'seed'
+          ? document.querySelector<HTMLElement>(
+              `[data-condition="${condition}"] input, [data-condition="${condition}"] button:not(.icon-button), [data-condition="${condition}"] select`,
+            )
+          : document.getElementById('add-condition-button');
+      target?.focus();
+    }, 0);
   } catch (error) {
     showToast(error instanceof Error ? error.message : String(error));
   }
 }
 
 async function previewTone(editor: EditorState, toneId: string): Promise<void> {
+  const label = tonesQuery().data?.find((tone) => tone.id === toneId)?.label ?? toneId;
   editor.toneMessage = '';
   requestRender();
   try {
     await api.previewTone(toneId);
+    editor.toneMessage = `Playing ${label} on this computer.`;
   } catch (error) {
     editor.toneMessage =
-      error instanceof ApiError && error.status === 409 ? `Can't play the tone here: ${error.message}` : String((error as Error).message);
-    requestRender();
+      error instanceof ApiError && error.status === 409
+        ? `Can't play the tone here: ${error.message}`
+        : error instanceof Error
+          ? error.message
+          : String(error);
   }
+  requestRender();
 }
 
 async function testRing(channel: Channel): Promise<void> {
@@ -251,7 +307,8 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
   const views = channelViewsQuery().data;
   const backLink = { href: back, label: back.startsWith('/history') ? 'Event' : 'Channels' };
 
-  if (stored.data && editor.edits === 0 && editor.saveTimer === undefined) {
+  const idle = editor.edits === 0 && editor.saveTimer === undefined && !editor.saving;
+  if (stored.data && idle && stored.sequence > editor.freshAfter) {
     if (JSON.stringify(stored.data) !== JSON.stringify(editor.draft)) editor.draft = stored.data;
   }
   const channel = editor.draft;
@@ -431,7 +488,7 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
                 }),
             })
           : nothing}`,
-      footer: editor.toneMessage ? html`<span role="alert">${editor.toneMessage}</span>` : 'The play button plays the tone on this computer.',
+      footer: html`<span role="status">${editor.toneMessage || 'The play button plays the tone on this computer.'}</span>`,
     })}
     ${section({
       content: html`<button type="button" class="row row-button destructive" @click=${() => void deleteChannel(channel, back)}>

@@ -16,7 +16,8 @@ import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { errorNote, loadingNote, screenHeader, switchControl } from '../ui/widgets';
 
-// The order shown while a move is on its way to the daemon.
+// The order shown from the moment a channel is moved until the daemon's list
+// shows it too, so that rows do not jump back while the move is on its way.
 let pendingOrder: string[] | null = null;
 let announcement = '';
 let focusHandleOf: string | null = null;
@@ -25,7 +26,11 @@ function ordered(views: ChannelView[]): ChannelView[] {
   if (!pendingOrder) return views;
   const order = pendingOrder;
   const byId = new Map(views.map((view) => [view.channel.id, view]));
-  if (order.length !== views.length || order.some((id) => !byId.has(id))) return views;
+  if (order.length !== views.length || order.some((id) => !byId.has(id))) {
+    pendingOrder = null;
+    return views;
+  }
+  if (views.every((view, index) => view.channel.id === order[index])) pendingOrder = null;
   return order.map((id) => byId.get(id)!);
 }
 
@@ -42,11 +47,10 @@ async function move(views: ChannelView[], from: number, to: number): Promise<voi
   try {
     await api.moveChannel(moved, to + 1);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
-  } finally {
     pendingOrder = null;
-    invalidate('channels');
+    showToast(error instanceof Error ? error.message : String(error));
   }
+  invalidate('channels');
 }
 
 async function setEnabled(view: ChannelView, isEnabled: boolean): Promise<void> {
@@ -184,15 +188,12 @@ function channelRow(view: ChannelView, index: number, views: ChannelView[]): Tem
 export function channelListScreen(): TemplateResult {
   const result = channelViewsQuery();
   const views = result.data ? ordered(result.data) : undefined;
+  // A channel moved from the keyboard keeps the focus on its handle until
+  // the list has settled in its new order.
   if (focusHandleOf) {
     const id = focusHandleOf;
-    queueMicrotask(() => {
-      const handle = document.querySelector<HTMLElement>(`[data-handle="${id}"]`);
-      if (handle) {
-        handle.focus();
-        focusHandleOf = null;
-      }
-    });
+    if (!pendingOrder) focusHandleOf = null;
+    queueMicrotask(() => document.querySelector<HTMLElement>(`[data-handle="${id}"]`)?.focus());
   }
   return html`${screenHeader({ title: 'Channels', actions: addMenu() })}
     ${errorNote(result.error)}

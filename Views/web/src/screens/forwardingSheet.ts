@@ -34,9 +34,14 @@ export function forwardingSheet(): TemplateResult | typeof nothing {
   const app = sheetApp;
   const known = knownAppsQuery().data ?? [];
   const reaching = isReaching(app, known);
+  // The ref runs while the template is drawn, before the dialog is in the
+  // document; it can only be shown modally once it is.
   const show = (element?: Element) => {
     const dialog = element as HTMLDialogElement | undefined;
-    if (dialog && !dialog.open) dialog.showModal();
+    if (!dialog) return;
+    queueMicrotask(() => {
+      if (dialog.isConnected && !dialog.open) dialog.showModal();
+    });
   };
   return html`<dialog class="sheet" aria-labelledby="forward-title" ${ref(show)} @close=${close}>
     <div class="sheet-bar">
@@ -55,7 +60,7 @@ export function forwardingSheet(): TemplateResult | typeof nothing {
             'Open your Ringwell automation: the **forwarding script** or your own.',
             `Make sure **${app}** is forwarded: name it among the script's apps, or name none to forward every app.`,
           ])}
-          <a class="button" href="/settings/setup">${icon('arrow.up.forward.app')} Automation Setup</a>
+          <a class="button" href="/settings/setup" @click=${close}>${icon('arrow.up.forward.app')} Automation Setup</a>
           <p class="waiting" role="status">
             <span class="spinner" aria-hidden="true"></span>
             Waiting for a notification from ${app}

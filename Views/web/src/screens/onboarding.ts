@@ -23,7 +23,7 @@ let focusStep = true;
 function goTo(next: Step): void {
   step = next;
   focusStep = true;
-  document.querySelector('.onboarding')?.scrollTo(0, 0);
+  window.scrollTo(0, 0);
   requestRender();
 }
 

@@ -18,16 +18,26 @@ const versions: Record<Topic, number> = {
 };
 
 interface Entry {
-  stamp: string; // the topic versions the data (or the pending fetch) belongs to
+  stamp: string | null; // the topic versions the data (or the pending fetch) belongs to; null before the first fetch
   data?: unknown;
+  dataSequence: number; // the sequence number of the fetch that brought `data`
   error?: ApiError;
   pending: boolean;
+}
+
+// Every fetch is numbered when it starts, so a caller can tell whether data
+// was asked for after a moment it cares about (see `fetchSequence`).
+let fetchCounter = 0;
+
+export function fetchSequence(): number {
+  return fetchCounter;
 }
 
 const entries = new Map<string, Entry>();
 
 export interface QueryResult<T> {
   data: T | undefined;
+  sequence: number;
   error: ApiError | undefined;
   loading: boolean;
 }
@@ -60,16 +70,18 @@ export function query<T>(key: string, topics: readonly Topic[], load: () => Prom
   const stamp = stampOf(topics);
   let entry = entries.get(key);
   if (!entry) {
-    entry = { stamp: '', pending: false };
+    entry = { stamp: null, pending: false, dataSequence: 0 };
     entries.set(key, entry);
   }
   if (entry.stamp !== stamp && !entry.pending) {
     const current = entry;
     current.pending = true;
     current.stamp = stamp;
+    const sequence = ++fetchCounter;
     load().then(
       (data) => {
         current.data = data;
+        current.dataSequence = sequence;
         current.error = undefined;
       },
       (error: unknown) => {
@@ -81,7 +93,7 @@ export function query<T>(key: string, topics: readonly Topic[], load: () => Prom
       requestRender();
     });
   }
-  return { data: entry.data as T | undefined, error: entry.error, loading: entry.pending };
+  return { data: entry.data as T | undefined, sequence: entry.dataSequence, error: entry.error, loading: entry.pending };
 }
 
 // Marks topics as changed, from the live stream or after a change this client made.

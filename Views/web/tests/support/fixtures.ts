@@ -1,0 +1,88 @@
+// The browser side of the tests: a page signed in to the file's daemon that
+// fails the test on any console error it did not expect, and screenshots of
+// each screen at desktop and phone size in light and dark.
+
+import { test as base, expect, type Page } from '@playwright/test';
+import { mkdirSync } from 'node:fs';
+import path from 'node:path';
+import { repoRoot, startDaemon, type Daemon } from './daemon';
+
+export { expect };
+
+// One daemon per test file, started before its first test.
+export function useDaemon(prepare?: (daemon: Daemon) => Promise<void>): () => Daemon {
+  let daemon: Daemon | undefined;
+  base.beforeAll(async () => {
+    daemon = await startDaemon();
+    await prepare?.(daemon);
+  });
+  base.afterAll(async () => {
+    await daemon?.stop();
+  });
+  return () => {
+    if (!daemon) throw new Error('the daemon has not started');
+    return daemon;
+  };
+}
+
+interface AppFixtures {
+  // Console errors matching one of these are expected by the test.
+  expectedConsoleErrors: RegExp[];
+  consoleErrors: string[];
+}
+
+export const test = base.extend<AppFixtures>({
+  expectedConsoleErrors: [[], { option: true }],
+  consoleErrors: [
+    async ({ page, expectedConsoleErrors }, use) => {
+    const errors: string[] = [];
+    page.on('console', (message) => {
+      if (message.type() !== 'error') return;
+      const text = `${message.text()} (${message.location().url})`;
+      if (!expectedConsoleErrors.some((pattern) => pattern.test(text))) errors.push(text);
+    });
+    page.on('pageerror', (error) => errors.push(`uncaught: ${error.message}`));
+      await use(errors);
+      expect(errors, 'console errors').toEqual([]);
+    },
+    { auto: true },
+  ],
+});
+
+// Opens the app the way `ringwell open` does: the address with the token,
+// which the daemon turns into a cookie and a redirect to the bare path.
+export async function openApp(page: Page, daemon: Daemon, pathname = '/'): Promise<void> {
+  await page.goto(daemon.openUrl);
+  await expect(page).toHaveURL(`${daemon.origin}/`);
+  if (pathname !== '/') await page.goto(`${daemon.origin}${pathname}`);
+  await expect(page.locator('#app')).not.toBeEmpty();
+}
+
+export const desktop = { width: 1280, height: 800 };
+export const phone = { width: 375, height: 812 };
+
+export const screenshotDir = path.resolve(repoRoot, process.env.RINGWELL_SCREENSHOT_DIR ?? 'build/screenshots');
+
+// Four pictures of what the page shows now: desktop and phone, light and
+// dark. The page is left at desktop size in light mode.
+export async function snap(page: Page, name: string): Promise<void> {
+  mkdirSync(screenshotDir, { recursive: true });
+  for (const [sizeName, size] of [
+    ['desktop', desktop],
+    ['phone', phone],
+  ] as const) {
+    await page.setViewportSize(size);
+    for (const scheme of ['light', 'dark'] as const) {
+      await page.emulateMedia({ colorScheme: scheme });
+      // Let the chart and the layout follow the change before the picture.
+      await page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve))));
+      await page.screenshot({
+        path: path.join(screenshotDir, `${name}-${sizeName}-${scheme}.png`),
+        fullPage: true,
+        animations: 'disabled',
+      });
+    }
+  }
+  await page.setViewportSize(desktop);
+  await page.emulateMedia({ colorScheme: 'light' });
+}
