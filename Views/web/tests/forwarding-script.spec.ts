@@ -28,8 +28,9 @@ let scratch = '';
 test.beforeAll(async () => {
   scratch = mkdtempSync(path.join(tmpdir(), 'ringwell-bus-'));
   bus = spawn('dbus-daemon', ['--session', '--nofork', '--print-address=1', `--address=unix:path=${scratch}/bus`], {
-    stdio: ['ignore', 'pipe', 'inherit'],
+    stdio: ['ignore', 'pipe', 'pipe'],
   });
+  bus.stderr!.on('data', (chunk: Buffer) => (busLog += chunk.toString()));
   busAddress = await new Promise<string>((resolve, reject) => {
     bus!.stdout!.once('data', (chunk: Buffer) => resolve(chunk.toString().trim()));
     bus!.once('exit', (code) => reject(new Error(`dbus-daemon exited with ${code}`)));
@@ -47,20 +48,18 @@ function stopForwarder(): void {
   forwarder = undefined;
 }
 
-// The names on the private bus: the bus's own and one per connection.
-async function connections(): Promise<number> {
-  const { stdout } = await run(
-    'dbus-send',
-    ['--session', '--print-reply', '--dest=org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus.ListNames'],
-    { env: { ...process.env, DBUS_SESSION_BUS_ADDRESS: busAddress } },
-  );
-  // The caller itself is one of them.
-  return (stdout.match(/string ":/g) ?? []).length - 1;
+// The bus logs every connection that becomes a monitor, as dbus-monitor
+// does, and every monitor that goes away.
+let busLog = '';
+function activeMonitors(): number {
+  const started = busLog.match(/became a monitor/g)?.length ?? 0;
+  const closed = busLog.match(/Monitoring connection \S+ closed/g)?.length ?? 0;
+  return started - closed;
 }
 
 async function startForwarder(...apps: string[]): Promise<void> {
   stopForwarder();
-  await expect.poll(connections).toBe(0);
+  await expect.poll(activeMonitors).toBe(0);
   // Its own process group, so that stopping it also stops dbus-monitor and awk.
   forwarder = spawn('sh', [script, ...apps], {
     detached: true,
@@ -72,7 +71,7 @@ async function startForwarder(...apps: string[]): Promise<void> {
     },
   });
   // Notifications count from the moment dbus-monitor is on the bus.
-  await expect.poll(connections).toBe(1);
+  await expect.poll(activeMonitors).toBe(1);
 }
 
 // A Notify call as a desktop app makes it (dbus-send cannot nest variants, so

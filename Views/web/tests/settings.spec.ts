@@ -19,9 +19,12 @@ test('shows the permission, the help and the version', async ({ page }) => {
 });
 
 test('stops every alarm and confirms it', async ({ page }) => {
+  // A countdown leaves the screen usable while it runs.
+  const [urgent] = await daemon().api<Record<string, unknown>[]>('GET', '/v1/channels');
+  await daemon().api('PUT', `/v1/channels/${urgent!.id}`, { ...urgent, mode: 'countdown', countdownSeconds: 300 });
   await daemon().cli('send', '--app', 'Messages', '--title', 'Mom', '--body', 'call me');
   await openApp(page, daemon(), '/settings');
-  await expect(page.locator('.alarm-card')).toBeVisible();
+  await expect(page.locator('.alarm-card.countdown')).toBeVisible();
   await page.getByRole('button', { name: 'Stop All Alarms' }).click();
   await expect(page.getByRole('status').filter({ hasText: 'All Ringwell alarms stopped.' })).toBeVisible();
   await expect(page.locator('.alarm-card')).toHaveCount(0);
@@ -38,7 +41,7 @@ test('downloads the diagnostics report as “Ringwell Diagnostics.txt”', async
   const text = readFileSync((await download.path())!, 'utf8');
   expect(text.startsWith('Ringwell diagnostics\nGenerated: ')).toBe(true);
   expect(text).toContain('Alarms permission: allowed');
-  expect(text).toMatch(/Channels \(1\):\n {2}1\. on, immediate, any app/);
+  expect(text).toMatch(/Channels \(1\):\n {2}1\. on, countdown, any app/);
   expect(text).toContain('Recent events (1 of 1):');
   // Privacy: the notification's person and text never appear.
   expect(text).not.toContain('Mom');

@@ -33,6 +33,15 @@ async function act(alarm: Alarm, action: 'stop' | 'pause' | 'resume' | 'snooze')
   invalidate('alarms');
 }
 
+async function stopAll(): Promise<void> {
+  try {
+    await api.stopAll();
+  } catch (error) {
+    showToast(error instanceof Error ? error.message : String(error));
+  }
+  invalidate('alarms');
+}
+
 function secondsLeft(alarm: Alarm): number {
   if (alarm.state === 'paused') return alarm.remainingSeconds ?? 0;
   if (alarm.fireDate === undefined) return 0;
@@ -114,6 +123,13 @@ export function alarmPanel(): TemplateResult | typeof nothing {
   if (alarms.length === 0) return nothing;
   const ringing = alarms.some((alarm) => alarm.state === 'alerting');
   return html`<div class="alarm-layer ${ringing ? 'ringing' : ''}">
-    <div class="alarm-stack" aria-label="Alarms" role="group">${alarms.map(alarmCard)}</div>
+    <div class="alarm-stack" aria-label="Alarms" role="group">
+      ${alarms.map(alarmCard)}
+      ${alarms.length > 1
+        ? html`<button type="button" class="alarm-button stop-all" @click=${() => void stopAll()}>
+            ${icon('stop.circle')}<span>Stop All Alarms</span>
+          </button>`
+        : nothing}
+    </div>
   </div>`;
 }

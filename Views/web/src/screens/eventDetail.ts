@@ -50,7 +50,9 @@ export function eventDetailScreen(eventId: string): TemplateResult {
       ? section({
           id: 'received',
           title: 'From the automation',
-          content: event.received.map((field) => row(field.name, field.value)),
+          content: event.received.map((field) =>
+            row(field.name, field.value === '' ? html`<span class="muted">Empty</span>` : field.value),
+          ),
         })
       : nothing}
     ${section({

@@ -5,7 +5,7 @@
 import { html, nothing, type TemplateResult } from 'lit-html';
 import type { PreviewEntry, PreviewVerdictKind, RuleCheck } from '../api/types';
 import { previewQuery } from '../state/data';
-import { counted, shortDate } from '../ui/format';
+import { shortDate } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, loadingNote, screenHeader, section } from '../ui/widgets';
 
@@ -84,7 +84,7 @@ export function previewScreen(channelId: string): TemplateResult {
       </div>
       <div class="tile">
         <span class="tile-value">${preview.entries.length}</span>
-        <span class="tile-label">Recent notifications</span>
+        <span class="tile-label">${preview.entries.length === 1 ? 'Notification' : 'Notifications'} replayed</span>
       </div>
     </div>
     ${preview.entries.length === 0
@@ -94,7 +94,7 @@ export function previewScreen(channelId: string): TemplateResult {
           <p>Forwarded notifications show up here.</p>
         </div>`
       : section({
-          title: `${counted(preview.ringCount, 'alarm')} of ${preview.entries.length}`,
+          title: 'Recent notifications',
           content: html`<ul class="preview-list">${preview.entries.map(entryView)}</ul>`,
           footer: 'Newest first. Open an entry to see each condition.',
         })}`;

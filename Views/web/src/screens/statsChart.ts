@@ -57,7 +57,8 @@ function chartConfig(stats: Stats): ChartConfiguration<'bar'> {
       animation: false,
       plugins: {
         legend: {
-          position: 'bottom',
+          position: 'top',
+          align: 'end',
           title: { display: true, text: 'Result', color: text },
           labels: { color: text, boxWidth: 12, boxHeight: 12 },
         },

@@ -11,6 +11,7 @@ const shapes: Record<string, SVGTemplateResult> = {
   'clock.arrow.circlepath': svg`<path d="M4 12a8 8 0 1 0 2.3-5.6"/><path d="M4 4v4h4"/><path d="M12 8v4l3 2"/>`,
   gearshape: svg`<circle cx="12" cy="12" r="3"/><path d="M12 2.5v3M12 18.5v3M2.5 12h3M18.5 12h3M5.3 5.3l2.1 2.1M16.6 16.6l2.1 2.1M5.3 18.7l2.1-2.1M16.6 7.4l2.1-2.1"/><circle cx="12" cy="12" r="6.5"/>`,
   plus: svg`<path d="M12 5v14M5 12h14"/>`,
+  checkmark: svg`<path d="M5 12.5l4.5 4.5L19 7.5"/>`,
   'line.3.horizontal.decrease.circle': svg`<circle cx="12" cy="12" r="9.5"/><path d="M7 9h10M8.5 12.5h7M10.5 16h3"/>`,
   'line.3.horizontal.decrease.circle.fill': svg`<circle cx="12" cy="12" r="9.5" fill="currentColor"/><path d="M7 9h10M8.5 12.5h7M10.5 16h3" stroke="var(--icon-cutout, #fff)"/>`,
   'line.3.horizontal.decrease': svg`<path d="M4 7h16M7 12h10M10 17h4"/>`,

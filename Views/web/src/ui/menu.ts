@@ -134,7 +134,7 @@ export function menuButton(options: {
                   @click=${() => choose(item)}
                 >
                   ${item.checked !== undefined
-                    ? html`<span class="menu-check" aria-hidden="true">${item.checked ? '✓' : ''}</span>`
+                    ? html`<span class="menu-check">${item.checked ? icon('checkmark') : nothing}</span>`
                     : nothing}
                   ${item.symbol ? icon(item.symbol, { className: 'menu-icon' }) : nothing}
                   <span class="menu-text">

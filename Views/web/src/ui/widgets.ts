@@ -54,8 +54,9 @@ export function row(label: Content, value?: Content, options: { symbol?: string 
 export function linkRow(href: string, label: string, options: { symbol?: string; detail?: string } = {}): TemplateResult {
   return html`<a class="row row-link" href=${href}>
     ${options.symbol ? icon(options.symbol, { className: 'row-icon' }) : nothing}
-    <span class="row-label">${label}</span>
-    ${options.detail ? html`<span class="row-value">${options.detail}</span>` : nothing}
+    <span class="row-label">
+      ${label} ${options.detail ? html`<span class="row-detail">${options.detail}</span>` : nothing}
+    </span>
     ${icon('chevron.right', { className: 'row-chevron' })}
   </a>`;
 }
