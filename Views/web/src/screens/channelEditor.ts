@@ -259,7 +259,7 @@ function colourPicker(editor: EditorState, channel: Channel): TemplateResult {
     queueMicrotask(() => (event.currentTarget as HTMLElement | null)?.querySelector<HTMLElement>('[aria-checked="true"]')?.focus());
   };
   const group = (event: KeyboardEvent) => onKey(event);
-  return html`<div class="row">
+  return html`<div class="row wrap">
     <span class="row-label" id="colour-label">Colour</span>
     <div class="palette" role="radiogroup" aria-labelledby="colour-label" @keydown=${group}>
       ${palette.map((colour) => {

@@ -54,12 +54,12 @@ export function setupTestPanel(): TemplateResult {
   if (!test) return html`${errorNote(result.error)}${result.error ? nothing : loadingNote()}`;
   switch (test.state) {
     case 'idle':
-      return html`<div class="setup-test idle">
+      return html`<div class="setup-test state-idle">
         <p>Checks your automation with the next notification it sends to Ringwell.</p>
         <button type="button" class="button primary" @click=${() => void run(api.startSetupTest)}>Start Test</button>
       </div>`;
     case 'waiting':
-      return html`<div class="setup-test waiting">
+      return html`<div class="setup-test state-waiting">
         <p class="waiting" role="status"><span class="spinner" aria-hidden="true"></span> Waiting for a notification…</p>
         <p>
           Get a notification from an app selected in your automation. The quickest is to post one yourself with
@@ -70,7 +70,7 @@ export function setupTestPanel(): TemplateResult {
         <button type="button" class="button" @click=${() => void run(api.cancelSetupTest)}>Cancel</button>
       </div>`;
     case 'received':
-      return html`<div class="setup-test received">
+      return html`<div class="setup-test state-received">
         <p class="muted">Checked a notification from ${test.app || 'an app without a name'}</p>
         <p class="verdict-line ${test.allPassed ? 'good' : 'bad'}" role="status">
           ${test.allPassed

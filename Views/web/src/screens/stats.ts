@@ -46,7 +46,8 @@ export function statsScreen(): TemplateResult {
           <div class="chart-box">
             <canvas role="img" aria-label="Notifications per day for the last 7 days" ${ref(attach)}></canvas>
           </div>
-          <table class="visually-hidden">
+          <div class="visually-hidden">
+          <table>
             <caption>
               Notifications per day for the last 7 days
             </caption>
@@ -67,6 +68,7 @@ export function statsScreen(): TemplateResult {
               )}
             </tbody>
           </table>
+          </div>
         </figure>`,
       footer: `Last ${historyCapacity} notifications, not counting tests.`,
     })}

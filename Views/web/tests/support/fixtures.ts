@@ -64,7 +64,8 @@ export const phone = { width: 375, height: 812 };
 export const screenshotDir = path.resolve(repoRoot, process.env.RINGWELL_SCREENSHOT_DIR ?? 'build/screenshots');
 
 // Four pictures of what the page shows now: desktop and phone, light and
-// dark. The page is left at desktop size in light mode.
+// dark, each checked for content wider than the screen. The page is left at
+// desktop size in light mode.
 export async function snap(page: Page, name: string): Promise<void> {
   mkdirSync(screenshotDir, { recursive: true });
   for (const [sizeName, size] of [
@@ -76,6 +77,9 @@ export async function snap(page: Page, name: string): Promise<void> {
       await page.emulateMedia({ colorScheme: scheme });
       // Let the chart and the layout follow the change before the picture.
       await page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve))));
+      // Nothing may stick out sideways: every screen fits a phone's width.
+      const width = await page.evaluate(() => document.documentElement.scrollWidth);
+      expect(width, `${name} at ${sizeName} size is wider than the screen`).toBeLessThanOrEqual(size.width);
       await page.screenshot({
         path: path.join(screenshotDir, `${name}-${sizeName}-${scheme}.png`),
         fullPage: true,
