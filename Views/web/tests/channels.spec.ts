@@ -27,6 +27,15 @@ test('lists the seeded channel with its badge, status and the reorder footer', a
   await snap(page, 'channels-list');
 });
 
+test('follows channels changed elsewhere without reloading', async ({ page }) => {
+  await openApp(page, daemon());
+  const { stdout } = await daemon().cli('channel', 'add', '--template', 'missed-calls', '--json');
+  const added = JSON.parse(stdout) as Channel;
+  await expect(rowOf(page, 'Missed Calls')).toContainText('Phone · missed calls');
+  await daemon().cli('channel', 'delete', added.id);
+  await expect(rowOf(page, 'Missed Calls')).toHaveCount(0);
+});
+
 test('adds a channel from a template and fills its blank condition first', async ({ page }) => {
   await openApp(page, daemon());
   // The add menu works from the keyboard.

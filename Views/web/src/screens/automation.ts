@@ -3,23 +3,14 @@
 // notification to `ringwell send`. Shared by the onboarding and the guide.
 
 import { html, type TemplateResult } from 'lit-html';
+import { forwardingScriptCommand, scriptName, sendCommand } from '../logic/shell';
 import { icon } from '../ui/icons';
 import { copyableCommand, marked, numberedSteps } from '../ui/widgets';
 
-export const scriptPath = '/ringwell-forward.sh';
-export const scriptName = 'ringwell-forward.sh';
-
-// The command that runs the script for these apps (every app when none).
-export function runCommand(apps: string[] | null | undefined): string {
-  const names = (apps ?? []).map((app) => (/^[\w.+-]+$/.test(app) ? app : `'${app.replace(/'/g, `'\\''`)}'`));
-  return ['sh', `~/Downloads/${scriptName}`, ...names].join(' ');
-}
+export const scriptPath = `/${scriptName}`;
 
 export const mappingStep =
   'Call **ringwell send** and map each of its options to the notification: **--app**, **--title**, **--body**, **--notification** (title, a line break, then the text) and **--time-sensitive**.';
-
-export const sendCommand =
-  'ringwell send --app "$APP" --title "$TITLE" --body "$BODY" --notification "$TITLE\n$BODY" --time-sensitive no';
 
 export function downloadButton(): TemplateResult {
   return html`<a class="button primary" href=${scriptPath} download=${scriptName} data-external>
@@ -37,7 +28,7 @@ export function automationSections(apps: string[] | null | undefined): TemplateR
           'Name the apps that might ring after it. Apps aren’t in the file.',
           'Turn the automation **on**: run it in your desktop session, or add it to your session’s autostart.',
         ])}
-        ${downloadButton()} ${copyableCommand(runCommand(apps))}
+        ${downloadButton()} ${copyableCommand(forwardingScriptCommand(apps))}
       </div>
     </section>
     <section class="group" aria-labelledby="by-hand-title">

@@ -7,6 +7,7 @@ import { html, nothing, type TemplateResult } from 'lit-html';
 import { ref } from 'lit-html/directives/ref.js';
 import { knownAppsQuery } from '../state/data';
 import { requestRender } from '../state/store';
+import { isReaching } from '../logic/history';
 import { icon } from '../ui/icons';
 import { marked, numberedSteps } from '../ui/widgets';
 
@@ -20,13 +21,6 @@ export function openForwardingSheet(app: string): void {
 function close(): void {
   sheetApp = null;
   requestRender();
-}
-
-// An app reaches Ringwell when its lower-cased name is among the lower-cased
-// names of the apps the store knows.
-export function isReaching(app: string, knownApps: readonly string[]): boolean {
-  const wanted = app.toLowerCase();
-  return knownApps.some((known) => known.toLowerCase() === wanted);
 }
 
 export function forwardingSheet(): TemplateResult | typeof nothing {

@@ -8,6 +8,7 @@ import { channelsQuery, eventsQuery } from '../state/data';
 import { invalidate, requestRender } from '../state/store';
 import { confirmDialog, showToast } from '../ui/dialog';
 import { shortDate } from '../ui/format';
+import { eventTitle, filteredEvents } from '../logic/history';
 import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { errorNote, loadingNote, screenHeader } from '../ui/widgets';
@@ -17,17 +18,6 @@ let channelFilter: string | null = null;
 
 export function resetHistoryFilter(): void {
   channelFilter = null;
-}
-
-// Events without a channel (no match, ignored, setup test) never appear
-// under a channel filter.
-export function filtered(events: FireEvent[], filter: string | null): FireEvent[] {
-  if (filter === null) return events;
-  return events.filter((event) => event.channelID !== undefined && event.channelID === filter);
-}
-
-export function eventTitle(event: FireEvent): string {
-  return event.channelName ?? event.app ?? 'Unknown';
 }
 
 export function outcomeIcon(event: FireEvent): TemplateResult {
@@ -94,7 +84,7 @@ export function historyScreen(): TemplateResult {
   const result = eventsQuery();
   const channels = channelsQuery().data;
   const filterName = channelFilter ? channels?.find((channel) => channel.id === channelFilter)?.name : undefined;
-  const events = result.data ? filtered(result.data, channelFilter) : undefined;
+  const events = result.data ? filteredEvents(result.data, channelFilter) : undefined;
   return html`${screenHeader({
       title: 'History',
       subtitle: filterName ? `Showing ${filterName}` : undefined,

@@ -12,7 +12,8 @@ import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { tokenList } from '../ui/tokenList';
 import { segmented, switchRow } from '../ui/widgets';
-import { isReaching, openForwardingSheet } from './forwardingSheet';
+import { isReaching } from '../logic/history';
+import { openForwardingSheet } from './forwardingSheet';
 
 export const conditionOrder: readonly RuleConditionId[] = [
   'app',

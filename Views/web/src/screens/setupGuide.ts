@@ -5,7 +5,8 @@ import { html, type TemplateResult } from 'lit-html';
 import { appsToForwardQuery } from '../state/data';
 import { icon } from '../ui/icons';
 import { copyableCommand, errorNote, linkRow, loadingNote, marked, numberedSteps, screenHeader, section } from '../ui/widgets';
-import { downloadButton, mappingStep, runCommand, sendCommand } from './automation';
+import { forwardingScriptCommand, sendCommand } from '../logic/shell';
+import { downloadButton, mappingStep } from './automation';
 import { setupWarningNote } from './setupTest';
 
 function appsToSelect(apps: string[] | null | undefined, loading: boolean): TemplateResult {
@@ -39,7 +40,7 @@ export function setupGuideScreen(): TemplateResult {
       content: html`<div class="padded">
         <p>${marked('Save the **forwarding script** and run it in your desktop session.')}</p>
         <p>Name the apps above after it. Apps aren’t included in the file.</p>
-        ${downloadButton()} ${copyableCommand(runCommand(apps))}
+        ${downloadButton()} ${copyableCommand(forwardingScriptCommand(apps))}
         <p class="note">Or build it yourself with the steps below.</p>
       </div>`,
     })}

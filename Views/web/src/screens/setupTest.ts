@@ -8,16 +8,9 @@ import type { SetupCheck, SetupTestState } from '../api/types';
 import { appsToForwardQuery, settingsQuery, setupTestQuery } from '../state/data';
 import { invalidate } from '../state/store';
 import { showToast } from '../ui/dialog';
+import { testNotificationCommand } from '../logic/shell';
 import { icon } from '../ui/icons';
 import { copyableCommand, errorNote, loadingNote, screenHeader } from '../ui/widgets';
-
-// A desktop notification to test with. When the channels name apps, the
-// automation forwards only those, so the test notification borrows the first.
-export function testCommand(apps: string[] | null | undefined): string {
-  const app = apps?.find((name) => name.trim() !== '');
-  const quoted = app ? ` --app-name="${app.replace(/(["\\$`])/g, '\\$1')}"` : '';
-  return `notify-send${quoted} "Ringwell test" "It works"`;
-}
 
 async function run(action: () => Promise<SetupTestState>): Promise<void> {
   try {
@@ -65,7 +58,7 @@ export function setupTestPanel(): TemplateResult {
           Get a notification from an app selected in your automation. The quickest is to post one yourself with
           the command below. The test uses that notification, so it won't ring.
         </p>
-        ${copyableCommand(testCommand(appsToForwardQuery().data?.apps))}
+        ${copyableCommand(testNotificationCommand(appsToForwardQuery().data?.apps))}
         <p class="note">Nothing after a minute? Check that the automation is on and that the app is selected in it.</p>
         <button type="button" class="button" @click=${() => void run(api.cancelSetupTest)}>Cancel</button>
       </div>`;

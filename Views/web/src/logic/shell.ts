@@ -1,0 +1,28 @@
+// The commands the app shows for copying into a terminal. Names come from
+// notifications and channels, so they are quoted for the shell.
+
+// One word for sh: plain when it is only safe characters, else in single
+// quotes, with each single quote written as '\''.
+export function shellQuote(word: string): string {
+  if (/^[A-Za-z0-9_.+:@%\/-]+$/.test(word)) return word;
+  return `'${word.replace(/'/g, `'\\''`)}'`;
+}
+
+// A desktop notification to test the setup with. When the channels name
+// apps, the automation forwards only those, so the test borrows the first.
+export function testNotificationCommand(apps: readonly string[] | null | undefined): string {
+  const app = apps?.map((name) => name.trim()).find((name) => name !== '');
+  const appOption = app ? ` --app-name=${shellQuote(app)}` : '';
+  return `notify-send${appOption} "Ringwell test" "It works"`;
+}
+
+export const scriptName = 'ringwell-forward.sh';
+
+// Runs the downloaded forwarding script for these apps (every app when none).
+export function forwardingScriptCommand(apps: readonly string[] | null | undefined): string {
+  return ['sh', `~/Downloads/${scriptName}`, ...(apps ?? []).map(shellQuote)].join(' ');
+}
+
+// How a hand-made automation hands one notification to Ringwell.
+export const sendCommand =
+  'ringwell send --app "$APP" --title "$TITLE" --body "$BODY" --notification "$TITLE\n$BODY" --time-sensitive no';

@@ -1,0 +1,124 @@
+// The app's pure logic, without a browser: addresses, the commands it hands to
+// a terminal (run through a real shell), history filtering, reachability and
+// the texts made from numbers.
+
+import { test, expect } from '@playwright/test';
+import { execFileSync } from 'node:child_process';
+import type { FireEvent } from '../../src/api/types';
+import { eventTitle, filteredEvents, isReaching } from '../../src/logic/history';
+import { parseRoute, tabOf } from '../../src/logic/routes';
+import { forwardingScriptCommand, shellQuote, testNotificationCommand } from '../../src/logic/shell';
+import { clock, duration, minuteToTime, timeToMinute, weekdaysMondayFirst, windowLabel } from '../../src/ui/format';
+
+// The words sh makes of a command line, by running it with printf in front.
+function wordsOf(commandLine: string): string[] {
+  const output = execFileSync('sh', ['-c', `printf '%s\\0' ${commandLine}`], { encoding: 'utf8' });
+  return output.split('\0').slice(0, -1);
+}
+
+test.describe('addresses', () => {
+  test('name the screens of each tab', () => {
+    expect(parseRoute('/', '')).toEqual({ name: 'channels' });
+    expect(parseRoute('/channels', '')).toEqual({ name: 'channels' });
+    expect(parseRoute('/channels/AB-12', '')).toEqual({ name: 'channel', channelId: 'AB-12', back: '/channels' });
+    expect(parseRoute('/channels/AB-12/preview', '')).toEqual({ name: 'preview', channelId: 'AB-12' });
+    expect(parseRoute('/history', '')).toEqual({ name: 'history' });
+    expect(parseRoute('/history/stats', '')).toEqual({ name: 'stats' });
+    expect(parseRoute('/history/E1', '')).toEqual({ name: 'event', eventId: 'E1' });
+    expect(parseRoute('/settings/setup', '')).toEqual({ name: 'setupGuide' });
+    expect(parseRoute('/settings/setup-test', '')).toEqual({ name: 'setupTest' });
+    expect(parseRoute('/settings/nope', '')).toEqual({ name: 'notFound' });
+  });
+
+  test('keep a template’s blank condition and open a created channel inside its event', () => {
+    expect(parseRoute('/channels/C1', '?blank=sender')).toMatchObject({ name: 'channel', blank: 'sender' });
+    expect(parseRoute('/channels/C1', '?blank=hours')).toMatchObject({ name: 'channel', blank: undefined });
+    expect(parseRoute('/history/E1/channel/C1', '')).toEqual({
+      name: 'channel',
+      channelId: 'C1',
+      blank: undefined,
+      back: '/history/E1',
+    });
+    expect(tabOf('/history/E1/channel/C1')).toBe('history');
+    expect(tabOf('/channels/C1')).toBe('channels');
+    expect(tabOf('/settings/setup')).toBe('settings');
+  });
+
+  test('treat a malformed escape as no screen instead of failing', () => {
+    expect(parseRoute('/channels/%E0%A4%A', '')).toEqual({ name: 'notFound' });
+    expect(parseRoute('/channels/a%20b', '')).toMatchObject({ channelId: 'a b' });
+  });
+});
+
+test.describe('commands for the terminal', () => {
+  const awkward = ["Mom's phone", 'a "b" $HOME `id` \\e', 'two\nlines', 'Café ☕', '-n', '*', ''];
+
+  test('quote any name so the shell hands it over unchanged', () => {
+    for (const name of awkward) expect(wordsOf(shellQuote(name))).toEqual([name]);
+    expect(shellQuote('Signal')).toBe('Signal');
+  });
+
+  test('run the forwarding script with exactly the apps to select', () => {
+    const apps = ['Signal', "Mom's phone", 'a "b" $HOME'];
+    const command = forwardingScriptCommand(apps);
+    expect(command.startsWith('sh ~/Downloads/ringwell-forward.sh ')).toBe(true);
+    expect(wordsOf(command.slice('sh ~/Downloads/ringwell-forward.sh '.length))).toEqual(apps);
+    expect(forwardingScriptCommand(null)).toBe('sh ~/Downloads/ringwell-forward.sh');
+  });
+
+  test('post the test notification as the first named app', () => {
+    expect(testNotificationCommand(null)).toBe('notify-send "Ringwell test" "It works"');
+    expect(testNotificationCommand([])).toBe('notify-send "Ringwell test" "It works"');
+    const command = testNotificationCommand(['  ', "Mom's phone", 'Signal']);
+    expect(wordsOf(command.slice('notify-send '.length))).toEqual(["--app-name=Mom's phone", 'Ringwell test', 'It works']);
+  });
+});
+
+test.describe('history and connection', () => {
+  const event = (fields: Partial<FireEvent>): FireEvent =>
+    ({ id: 'x', receivedAt: 0, firedAt: 0, outcome: 'noMatch', isTest: false, label: '', icon: '', ...fields }) as FireEvent;
+
+  test('a channel filter leaves out events without a channel', () => {
+    const events = [
+      event({ id: '1', channelID: 'A', outcome: 'fired' }),
+      event({ id: '2' }),
+      event({ id: '3', channelID: 'B', outcome: 'fired' }),
+      event({ id: '4', channelID: 'A', outcome: 'cooledDown' }),
+    ];
+    expect(filteredEvents(events, 'A').map((e) => e.id)).toEqual(['1', '4']);
+    expect(filteredEvents(events, null).map((e) => e.id)).toEqual(['1', '2', '3', '4']);
+    expect(filteredEvents(events, 'gone')).toEqual([]);
+  });
+
+  test('a row is titled by its channel, else its app, else Unknown', () => {
+    expect(eventTitle({ channelName: 'Mom', app: 'Messages' })).toBe('Mom');
+    expect(eventTitle({ app: 'Messages' })).toBe('Messages');
+    expect(eventTitle({})).toBe('Unknown');
+  });
+
+  test('an app reaches Ringwell ignoring case but not surrounding blanks', () => {
+    expect(isReaching('mail', ['Mail'])).toBe(true);
+    expect(isReaching('Mail ', ['Mail'])).toBe(false);
+    expect(isReaching('Slack', ['Messages', 'Phone'])).toBe(false);
+  });
+});
+
+test.describe('texts made from numbers', () => {
+  test('durations, windows and clocks', () => {
+    expect([30, 90, 300, 3600, 3661].map(duration)).toEqual(['30s', '1m 30s', '5m', '1h', '1h 1m 1s']);
+    expect([60, 300, 600, 1800, 3600].map(windowLabel)).toEqual(['1 min', '5 min', '10 min', '30 min', '1 h']);
+    // A countdown shows the second it is in, and never less than zero.
+    expect([29.2, 0.4, -3, 3725].map(clock)).toEqual(['00:30', '00:01', '00:00', '1:02:05']);
+  });
+
+  test('times of day round-trip through the time fields', () => {
+    for (const minute of [0, 420, 1320, 1439]) expect(timeToMinute(minuteToTime(minute))).toBe(minute);
+    expect(timeToMinute('24:00')).toBeUndefined();
+    expect(timeToMinute('')).toBeUndefined();
+  });
+
+  test('weekdays run from Monday to Sunday with the rule’s numbers', () => {
+    expect(weekdaysMondayFirst.map((day) => day.day)).toEqual([2, 3, 4, 5, 6, 7, 1]);
+    expect(weekdaysMondayFirst.map((day) => day.short)).toEqual(['Mon', 'Tue', 'Wed', 'Thu', 'Fri', 'Sat', 'Sun']);
+  });
+});
