@@ -11,6 +11,7 @@ import { toDate, type Alarm } from '../api/types';
 import { alarmsQuery } from '../state/data';
 import { invalidate, requestRender } from '../state/store';
 import { showToast } from '../ui/dialog';
+import { readableTextOn } from '../logic/colour';
 import { clock, fullDate } from '../ui/format';
 import { icon } from '../ui/icons';
 
@@ -78,7 +79,7 @@ function alarmCard(alarm: Alarm): TemplateResult {
     role=${alarm.state === 'alerting' ? 'alertdialog' : 'region'}
     aria-labelledby=${headingId}
     data-alarm=${alarm.id}
-    style=${styleMap({ '--tint': tintHex })}
+    style=${styleMap({ '--tint': tintHex, '--on-tint': readableTextOn(tintHex) })}
   >
     <div class="alarm-head">
       ${icon('alarm.waves.left.and.right.fill', { className: 'alarm-icon' })}

@@ -5,6 +5,7 @@
 import { test, expect } from '@playwright/test';
 import { execFileSync } from 'node:child_process';
 import type { FireEvent } from '../../src/api/types';
+import { contrast, luminance, readableTextOn } from '../../src/logic/colour';
 import { eventTitle, filteredEvents, isReaching } from '../../src/logic/history';
 import { parseRoute, tabOf } from '../../src/logic/routes';
 import { forwardingScriptCommand, shellQuote, testNotificationCommand } from '../../src/logic/shell';
@@ -120,5 +121,25 @@ test.describe('texts made from numbers', () => {
   test('weekdays run from Monday to Sunday with the rule’s numbers', () => {
     expect(weekdaysMondayFirst.map((day) => day.day)).toEqual([2, 3, 4, 5, 6, 7, 1]);
     expect(weekdaysMondayFirst.map((day) => day.short)).toEqual(['Mon', 'Tue', 'Wed', 'Thu', 'Fri', 'Sat', 'Sun']);
+  });
+});
+
+test.describe('text on a channel’s colour', () => {
+  const palette = ['#FF3B30', '#FF9500', '#FFCC00', '#34C759', '#00C7BE', '#007AFF', '#AF52DE', '#FF2D55'];
+
+  test('stays readable on every colour of the palette', () => {
+    for (const tint of palette) {
+      const text = readableTextOn(tint);
+      expect(contrast(luminance(tint)!, luminance(text)!), tint).toBeGreaterThanOrEqual(3);
+    }
+    expect(readableTextOn('#FFCC00')).toBe('#000000');
+    expect(readableTextOn('#007AFF')).toBe('#ffffff');
+  });
+
+  test('falls back to white for a colour it cannot read', () => {
+    expect(luminance('red')).toBeUndefined();
+    expect(readableTextOn('#12345')).toBe('#ffffff');
+    expect(luminance('#ffffff')).toBeCloseTo(1);
+    expect(luminance('#000000')).toBe(0);
   });
 });
