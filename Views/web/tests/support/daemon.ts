@@ -36,8 +36,49 @@ export interface Daemon {
   cli(...args: string[]): Promise<{ stdout: string; stderr: string }>;
   // A request to the API with the token header, as a script would make it.
   api<T = unknown>(method: string, apiPath: string, body?: unknown): Promise<T>;
+  // Stops the daemon and starts it again on the same port, with its files.
+  pause(): Promise<void>;
+  resume(): Promise<void>;
   stop(): Promise<void>;
   output(): string;
+}
+
+// Starts `ringwell serve` and waits for the address it prints.
+async function serve(
+  env: NodeJS.ProcessEnv,
+  port: number,
+  log: (text: string) => void,
+): Promise<{ child: ChildProcess; address: string }> {
+  const ringwell = path.join(binDir(), 'ringwell');
+  const child = spawn(ringwell, ['serve', '--port', String(port)], { env, stdio: ['ignore', 'pipe', 'pipe'] });
+  let output = '';
+  const address = await new Promise<string>((resolve, reject) => {
+    const timer = setTimeout(() => reject(new Error(`ringwell serve printed no address:\n${output}`)), 15_000);
+    const onData = (chunk: Buffer) => {
+      output += chunk.toString();
+      log(chunk.toString());
+      const match = /Web app: (http:\/\/127\.0\.0\.1:\d+\/\?token=[\w-]+)/.exec(output);
+      if (match?.[1]) {
+        clearTimeout(timer);
+        resolve(match[1]);
+      }
+    };
+    child.stdout?.on('data', onData);
+    child.stderr?.on('data', onData);
+    child.once('exit', (code) => {
+      clearTimeout(timer);
+      reject(new Error(`ringwell serve exited with ${code}:\n${output}`));
+    });
+  });
+  return { child, address };
+}
+
+async function terminate(child: ChildProcess): Promise<void> {
+  if (child.exitCode !== null || child.signalCode !== null) return;
+  const exited = new Promise((resolve) => child.once('exit', resolve));
+  child.kill('SIGTERM');
+  await Promise.race([exited, new Promise((resolve) => setTimeout(resolve, 5000))]);
+  if (child.exitCode === null && child.signalCode === null) child.kill('SIGKILL');
 }
 
 export async function startDaemon(): Promise<Daemon> {
@@ -57,28 +98,12 @@ export async function startDaemon(): Promise<Daemon> {
   };
   delete env.RINGWELL_WEB_PORT;
 
-  const ringwell = path.join(binDir(), 'ringwell');
-  const child: ChildProcess = spawn(ringwell, ['serve', '--port', '0'], { env, stdio: ['ignore', 'pipe', 'pipe'] });
   let output = '';
-  const address = await new Promise<string>((resolve, reject) => {
-    const timer = setTimeout(() => reject(new Error(`ringwell serve printed no address:\n${output}`)), 15_000);
-    const onData = (chunk: Buffer) => {
-      output += chunk.toString();
-      const match = /Web app: (http:\/\/127\.0\.0\.1:\d+\/\?token=[\w-]+)/.exec(output);
-      if (match?.[1]) {
-        clearTimeout(timer);
-        resolve(match[1]);
-      }
-    };
-    child.stdout?.on('data', onData);
-    child.stderr?.on('data', onData);
-    child.on('exit', (code) => {
-      clearTimeout(timer);
-      reject(new Error(`ringwell serve exited with ${code}:\n${output}`));
-    });
-  });
+  const log = (text: string) => (output += text);
+  let { child, address } = await serve(env, 0, log);
   const url = new URL(address);
   const token = url.searchParams.get('token') ?? '';
+  const ringwell = path.join(binDir(), 'ringwell');
 
   const daemon: Daemon = {
     origin: url.origin,
@@ -106,13 +131,14 @@ export async function startDaemon(): Promise<Daemon> {
       const type = response.headers.get('content-type') ?? '';
       return (type.includes('json') ? await response.json() : await response.text()) as T;
     },
+    async pause() {
+      await terminate(child);
+    },
+    async resume() {
+      ({ child } = await serve(env, Number(url.port), log));
+    },
     async stop() {
-      if (child.exitCode === null) {
-        const exited = new Promise((resolve) => child.once('exit', resolve));
-        child.kill('SIGTERM');
-        await Promise.race([exited, new Promise((resolve) => setTimeout(resolve, 5000))]);
-        if (child.exitCode === null) child.kill('SIGKILL');
-      }
+      await terminate(child);
       rmSync(home, { recursive: true, force: true });
     },
     output: () => output,
