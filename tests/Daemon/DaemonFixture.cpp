@@ -46,7 +46,9 @@ void DaemonTest::startDaemon() {
         FILE* err = std::freopen(log.c_str(), "a", stderr);
         (void)out;
         (void)err;
-        ::execl(RINGWELL_BINARY, RINGWELL_BINARY, "serve", static_cast<char*>(nullptr));
+        // Port 0: tests run side by side, each daemon on a free port of its own.
+        ::execl(RINGWELL_BINARY, RINGWELL_BINARY, "serve", "--port", "0",
+                static_cast<char*>(nullptr));
         ::_exit(127);
     }
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
