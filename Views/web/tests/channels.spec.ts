@@ -103,7 +103,7 @@ test('edits the alarm settings, the name and the colour, and the list follows', 
 
 test.describe('tone preview', () => {
   // The refused preview below is logged by the browser as a failed request.
-  test.use({ expectedConsoleErrors: [/status of 409/] });
+  test.use({ expectedConsoleError: /status of 409/ });
 
   test('plays a tone through the daemon, and says so when it cannot', async ({ page }) => {
     const mom = await channelNamed('Mom');

@@ -7,7 +7,7 @@ import { expect, openApp, test, useDaemon } from './support/fixtures';
 const daemon = useDaemon(skipOnboarding);
 
 // While the daemon is down the browser logs its failed reconnections.
-test.use({ expectedConsoleErrors: [/ERR_CONNECTION_REFUSED/, /Failed to load resource/] });
+test.use({ expectedConsoleError: /ERR_CONNECTION_REFUSED|Failed to load resource/ });
 
 test('says when Ringwell stops, and catches up once it is back', async ({ page }) => {
   await openApp(page, daemon(), '/history');

@@ -103,7 +103,7 @@ test('a change from a foreign Origin is refused; the app’s own origin and no O
 });
 
 test.describe('in a browser', () => {
-  test.use({ expectedConsoleErrors: [/status of 401/] });
+  test.use({ expectedConsoleError: /status of 401/ });
 
   test('without the cookie it sees how to get in, not the app', async ({ page }) => {
     await page.goto(`${daemon().origin}/`);
