@@ -47,6 +47,9 @@ std::string repairedUtf8(std::string_view text);
 // Whether the bytes are valid UTF-8.
 bool isValidUtf8(std::string_view text);
 
+// The value of a hexadecimal digit (either case), or -1 for any other character.
+int hexDigitValue(char c);
+
 // Orders texts as a person expects in a list: case-insensitive, root-locale
 // collation. Returns <0, 0 or >0.
 int compareForDisplay(std::string_view a, std::string_view b);

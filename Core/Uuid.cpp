@@ -1,19 +1,11 @@
 #include "Core/Uuid.h"
 
+#include "Core/Text.h"
+
 #include <random>
 
 namespace ringwell {
 namespace {
-
-int hexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
 
 bool isDashPosition(size_t i) {
     return i == 8 || i == 13 || i == 18 || i == 23;
@@ -48,8 +40,8 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
             ++i;
             continue;
         }
-        int high = hexValue(text[i]);
-        int low = hexValue(text[i + 1]);
+        int high = text::hexDigitValue(text[i]);
+        int low = text::hexDigitValue(text[i + 1]);
         if (high < 0 || low < 0)
             return std::nullopt;
         uuid.bytes[byte++] = static_cast<std::uint8_t>(high * 16 + low);

@@ -1,17 +1,9 @@
 #include "Daemon/ApiMessage.h"
 
+#include "Core/Text.h"
+
 namespace ringwell {
 namespace {
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
 
 std::optional<std::string> percentDecode(std::string_view text, bool plusIsSpace) {
     std::string out;
@@ -20,8 +12,8 @@ std::optional<std::string> percentDecode(std::string_view text, bool plusIsSpace
         if (c == '+' && plusIsSpace) {
             out.push_back(' ');
         } else if (c == '%') {
-            int high = i + 1 < text.size() ? hexDigit(text[i + 1]) : -1;
-            int low = i + 2 < text.size() ? hexDigit(text[i + 2]) : -1;
+            int high = i + 1 < text.size() ? text::hexDigitValue(text[i + 1]) : -1;
+            int low = i + 2 < text.size() ? text::hexDigitValue(text[i + 2]) : -1;
             if (high < 0 || low < 0)
                 return std::nullopt;
             out.push_back(static_cast<char>(high * 16 + low));

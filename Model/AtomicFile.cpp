@@ -189,4 +189,19 @@ Result<std::optional<std::string>> read(const std::filesystem::path& path) {
     return std::optional<std::string>(std::move(contents));
 }
 
+Result<bool> createPrivateDirectories(const std::filesystem::path& directory) {
+    std::filesystem::path partial;
+    for (const auto& component : directory) {
+        partial /= component;
+        if (::mkdir(partial.c_str(), 0700) != 0 && errno != EEXIST)
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
+        struct stat info {};
+        if (::stat(partial.c_str(), &info) != 0)
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
+        if (!S_ISDIR(info.st_mode))
+            return Error{"Cannot create " + partial.string() + ": " + std::strerror(ENOTDIR)};
+    }
+    return true;
+}
+
 } // namespace ringwell::AtomicFile

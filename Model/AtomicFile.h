@@ -46,6 +46,10 @@ struct Written {
 Result<Written> replace(const std::filesystem::path& target, std::string_view contents,
                         const Options& options = {});
 
+// Creates `directory` and its missing parents with mode 0700; existing
+// directories (or links to them) are left as they are.
+Result<bool> createPrivateDirectories(const std::filesystem::path& directory);
+
 // The whole file, none when it does not exist, or why it cannot be read (a
 // message naming the path and the system error).
 Result<std::optional<std::string>> read(const std::filesystem::path& path);

@@ -1,5 +1,7 @@
 #include "Model/ChannelPalette.h"
 
+#include "Core/Text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -12,16 +14,6 @@ int byteOf(double component) {
         component = 0;
     component = std::clamp(component, 0.0, 1.0);
     return static_cast<int>(std::lround(component * 255.0));
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
 }
 
 } // namespace
@@ -38,8 +30,8 @@ std::optional<TintColor> tintColor(std::string_view hex) {
         return std::nullopt;
     double components[3];
     for (int i = 0; i < 3; ++i) {
-        const int high = hexDigit(hex[1 + 2 * i]);
-        const int low = hexDigit(hex[2 + 2 * i]);
+        const int high = text::hexDigitValue(hex[1 + 2 * i]);
+        const int low = text::hexDigitValue(hex[2 + 2 * i]);
         if (high < 0 || low < 0)
             return std::nullopt;
         components[i] = (high * 16 + low) / 255.0;

@@ -21,23 +21,6 @@ namespace {
 
 // MARK: Files
 
-// Creates `directory` and its missing parents with mode 0700. Existing
-// directories (or links to them) are left as they are.
-Result<bool> makeDirectories(const fs::path& directory) {
-    fs::path partial;
-    for (const auto& component : directory) {
-        partial /= component;
-        if (::mkdir(partial.c_str(), 0700) != 0 && errno != EEXIST)
-            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
-        struct stat info {};
-        if (::stat(partial.c_str(), &info) != 0)
-            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
-        if (!S_ISDIR(info.st_mode))
-            return Error{"Cannot create " + partial.string() + ": " + std::strerror(ENOTDIR)};
-    }
-    return true;
-}
-
 fs::path directoryOf(const fs::path& file) {
     fs::path directory = file.parent_path();
     return directory.empty() ? fs::path(".") : directory;
@@ -168,7 +151,7 @@ std::optional<fs::path> RingwellStore::defaultFileLocation(const char* xdgDataHo
     else
         return std::nullopt;
     const fs::path directory = base / "ringwell";
-    if (!makeDirectories(directory))
+    if (!AtomicFile::createPrivateDirectories(directory))
         return std::nullopt;
     return directory / fileName;
 }
@@ -176,7 +159,7 @@ std::optional<fs::path> RingwellStore::defaultFileLocation(const char* xdgDataHo
 Result<std::unique_ptr<RingwellStore>> RingwellStore::open(const fs::path& file, const Clock& clock,
                                                            ErrorLog log) {
     const fs::path directory = directoryOf(file);
-    auto made = makeDirectories(directory);
+    auto made = AtomicFile::createPrivateDirectories(directory);
     if (!made)
         return made.error();
     auto lock = DirectoryLock::acquire(directory);

@@ -11,18 +11,7 @@ namespace ringwell::JsonFile {
 namespace fs = std::filesystem;
 
 Result<bool> createPrivateDirectories(const fs::path& directory) {
-    fs::path partial;
-    for (const auto& component : directory) {
-        partial /= component;
-        if (::mkdir(partial.c_str(), 0700) != 0 && errno != EEXIST)
-            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
-        struct stat info {};
-        if (::stat(partial.c_str(), &info) != 0)
-            return Error{"Cannot create " + partial.string() + ": " + std::strerror(errno)};
-        if (!S_ISDIR(info.st_mode))
-            return Error{"Cannot create " + partial.string() + ": " + std::strerror(ENOTDIR)};
-    }
-    return true;
+    return AtomicFile::createPrivateDirectories(directory);
 }
 
 fs::path quarantinePath(const fs::path& file) {
