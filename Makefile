@@ -8,7 +8,7 @@ JOBS ?= $(shell nproc)
 SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 
 # Everything the build, the tests and the benchmarks need from Debian.
-PACKAGES := g++ cmake ninja-build pkg-config clang-format \
+PACKAGES := g++ cmake ninja-build pkg-config clang-format ccache \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
             libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
             chromium dbus-daemon
