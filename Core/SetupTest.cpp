@@ -31,7 +31,7 @@ std::string lookUp(const ShortcutInputFields& fields, std::string_view name,
     return text::trimmed(value);
 }
 
-// The Shortcut Input's own text: its title on the first line, its text after.
+// The captured notification's own text: its title on the first line, its text after.
 // A piece that is missing gives no reference for its field, which is not the
 // same as an empty reference.
 struct NotificationText {
@@ -56,9 +56,48 @@ bool differs(const std::optional<std::string>& reference, const std::string& val
     return reference && !reference->empty() && *reference != value;
 }
 
+// The command line's option and the local API's JSON field that carry a
+// field, as `ringwell send` and POST /v1/send name them.
+std::string_view sendOption(Field field) {
+    switch (field) {
+    case Field::app:
+        return "--app";
+    case Field::sender:
+        return "--sender";
+    case Field::title:
+        return "--title";
+    case Field::subtitle:
+        return "--subtitle";
+    case Field::body:
+        return "--body";
+    case Field::timeSensitive:
+        return "--time-sensitive";
+    }
+    return "--app";
+}
+
+std::string_view sendJsonField(Field field) {
+    switch (field) {
+    case Field::app:
+        return "app";
+    case Field::sender:
+        return "sender";
+    case Field::title:
+        return "notificationTitle";
+    case Field::subtitle:
+        return "notificationSubtitle";
+    case Field::body:
+        return "notificationBody";
+    case Field::timeSensitive:
+        return "timeSensitive";
+    }
+    return "app";
+}
+
 std::string setAdvice(Field field) {
-    std::string name(label(field));
-    return "Set " + name + " to Shortcut Input \u203a " + name + ".";
+    return "Set " + std::string(label(field)) + " from the notification with " +
+           std::string(sendOption(field)) + " or the JSON field \"" +
+           std::string(sendJsonField(field)) + "\".";
 }
 
 std::string sameValueAdvice(Field field) {
@@ -234,11 +273,11 @@ std::optional<std::string> warning(const ShortcutInputFields& fields) {
                          value(fields.title).empty() && value(fields.subtitle).empty() &&
                          value(fields.body).empty();
     if (nothing)
-        return "Your automation isn't passing any notification details. Map each Send to "
-               "Ringwell field to Shortcut Input.";
+        return "Your automation isn't passing any notification details. Map each field of the "
+               "captured desktop notification to ringwell send's options or the JSON fields.";
     if (app.empty())
-        return "Your automation isn't passing the app, so rules that name apps can't match. Set "
-               "App to Shortcut Input \u203a App.";
+        return "Your automation isn't passing the app, so rules that name apps can't match. " +
+               setAdvice(Field::app);
     return std::nullopt;
 }
 

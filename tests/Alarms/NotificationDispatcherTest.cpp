@@ -76,8 +76,8 @@ TEST_F(NotificationDispatcherTest, AfterTheTestTheNextNotificationRingsAgain) {
 TEST_F(NotificationDispatcherTest, EveryOrdinaryNotificationRefreshesTheSetupWarning) {
     handle(send(std::nullopt));
     EXPECT_EQ(store.setupWarning(),
-              "Your automation isn't passing the app, so rules that name apps can't match. Set "
-              "App to Shortcut Input \u203a App.");
+              "Your automation isn't passing the app, so rules that name apps can't match. Set App "
+              "from the notification with --app or the JSON field \"app\".");
     service.held.clear();
     handle(send("Mail"));
     EXPECT_EQ(store.setupWarning(), std::nullopt);

@@ -79,7 +79,9 @@ TEST_F(SetupTestTest, AReportWithoutAFieldIgnoresItsDirectValue) {
     EXPECT_EQ(checks[1].field, Field::title);
     EXPECT_EQ(checks[1].status, Status::failed);
     EXPECT_EQ(checks[1].received, "");
-    EXPECT_EQ(checks[1].hint, "Set Title to Shortcut Input \u203a Title.");
+    EXPECT_EQ(
+        checks[1].hint,
+        "Set Title from the notification with --title or the JSON field \"notificationTitle\".");
 }
 
 TEST_F(SetupTestTest, WithoutAReportTheDirectValuesAreJudged) {
@@ -105,18 +107,20 @@ TEST_F(SetupTestTest, EverythingMissingFailsAppTitleAndTimeSensitiveOnly) {
     EXPECT_EQ(statuses,
               (std::vector<Status>{Status::failed, Status::failed, Status::unverifiable,
                                    Status::unverifiable, Status::failed, Status::unverifiable}));
-    EXPECT_EQ(checks[0].hint, "Set App to Shortcut Input \u203a App.");
+    EXPECT_EQ(checks[0].hint,
+              "Set App from the notification with --app or the JSON field \"app\".");
     EXPECT_EQ(checks[2].hint, "This notification had no subtitle.");
     EXPECT_EQ(checks[3].hint, "This notification had no text.");
-    EXPECT_EQ(checks[4].hint, "Set Is Time Sensitive to Shortcut Input \u203a Is Time Sensitive.");
+    EXPECT_EQ(checks[4].hint, "Set Is Time Sensitive from the notification with --time-sensitive "
+                              "or the JSON field \"timeSensitive\".");
     EXPECT_EQ(checks[5].hint, "This app didn't report a sender.");
 }
 
 TEST_F(SetupTestTest, ATitleThatIsNotTheNotificationsFails) {
     auto title = check(with(goodMapping(), "Title", "x"), Field::title);
     EXPECT_EQ(title.status, Status::failed);
-    EXPECT_EQ(title.hint, "Doesn't match the notification's title (Alarm). Set Title to Shortcut "
-                          "Input \u203a Title.");
+    EXPECT_EQ(title.hint, "Doesn't match the notification's title (Alarm). Set Title from the "
+                          "notification with --title or the JSON field \"notificationTitle\".");
 }
 
 TEST_F(SetupTestTest, TheNotificationTitleIsTrimmedOfBlanksOnly) {
@@ -141,8 +145,8 @@ TEST_F(SetupTestTest, ACarriageReturnLineFeedDoesNotSplitTheNotification) {
 TEST_F(SetupTestTest, AnEmptyBodyFailsWhenTheNotificationHadText) {
     auto body = check(with(goodMapping(), "Body", ""), Field::body);
     EXPECT_EQ(body.status, Status::failed);
-    EXPECT_EQ(body.hint,
-              "Doesn't match the notification's text. Set Body to Shortcut Input \u203a Body.");
+    EXPECT_EQ(body.hint, "Doesn't match the notification's text. Set Body from the notification "
+                         "with --body or the JSON field \"notificationBody\".");
 }
 
 TEST_F(SetupTestTest, AnEmptyBodyIsUnverifiableWhenTheNotificationHadNoText) {
@@ -155,11 +159,12 @@ TEST_F(SetupTestTest, ASubtitleEqualToTheBodyFailsBoth) {
     auto subtitle = check(values, Field::subtitle);
     auto body = check(values, Field::body);
     EXPECT_EQ(subtitle.status, Status::failed);
-    EXPECT_EQ(subtitle.hint, "Has the same value as another field. Set Subtitle to Shortcut Input "
-                             "\u203a Subtitle.");
+    EXPECT_EQ(subtitle.hint,
+              "Has the same value as another field. Set Subtitle from the notification with "
+              "--subtitle or the JSON field \"notificationSubtitle\".");
     EXPECT_EQ(body.status, Status::failed);
-    EXPECT_EQ(body.hint,
-              "Has the same value as another field. Set Body to Shortcut Input \u203a Body.");
+    EXPECT_EQ(body.hint, "Has the same value as another field. Set Body from the notification with "
+                         "--body or the JSON field \"notificationBody\".");
 }
 
 TEST_F(SetupTestTest, ComparisonsAreExact) {
@@ -171,8 +176,8 @@ TEST_F(SetupTestTest, TheSenderIsComparedWithTheBodyOnly) {
     EXPECT_EQ(check(with(goodMapping(), "Sender", "Alarm"), Field::sender).status, Status::passed);
     auto sender = check(with(goodMapping(), "Sender", "Server down"), Field::sender);
     EXPECT_EQ(sender.status, Status::failed);
-    EXPECT_EQ(sender.hint,
-              "Has the same value as another field. Set Sender to Shortcut Input \u203a Sender.");
+    EXPECT_EQ(sender.hint, "Has the same value as another field. Set Sender from the notification "
+                           "with --sender or the JSON field \"sender\".");
 }
 
 TEST_F(SetupTestTest, TimeSensitiveNeedsATruthValueOfEitherKind) {
@@ -202,7 +207,7 @@ TEST_F(SetupTestTest, ACheckEncodesWithItsHintOnlyWhenPresent) {
     auto checks = evaluate(ShortcutInputFields{});
     EXPECT_EQ(json::encode(toJson(checks[0])),
               R"({"field":"app","label":"App","status":"failed","received":"","hint":)"
-              R"("Set App to Shortcut Input › App."})");
+              R"("Set App from the notification with --app or the JSON field \"app\"."})");
     SetupCheck passed{Field::sender, Status::passed, "Alice", std::nullopt};
     EXPECT_EQ(json::encode(toJson(passed)),
               R"({"field":"sender","label":"Sender","status":"passed","received":"Alice"})");
@@ -216,8 +221,8 @@ TEST_F(SetupDiagnosticsTest, NoDetailsAtAll) {
     fields.timeSensitive = "yes";
     fields.received = {{"App", "Mail"}};
     EXPECT_EQ(SetupDiagnostics::warning(fields),
-              "Your automation isn't passing any notification details. Map each Send to Ringwell "
-              "field to Shortcut Input.");
+              "Your automation isn't passing any notification details. Map each field of the "
+              "captured desktop notification to ringwell send's options or the JSON fields.");
 }
 
 TEST_F(SetupDiagnosticsTest, NoApp) {
@@ -225,8 +230,8 @@ TEST_F(SetupDiagnosticsTest, NoApp) {
     fields.app = "  ";
     fields.title = "Hello";
     EXPECT_EQ(SetupDiagnostics::warning(fields),
-              "Your automation isn't passing the app, so rules that name apps can't match. Set "
-              "App to Shortcut Input \u203a App.");
+              "Your automation isn't passing the app, so rules that name apps can't match. Set App "
+              "from the notification with --app or the JSON field \"app\".");
 }
 
 TEST_F(SetupDiagnosticsTest, AnAppAloneIsEnough) {

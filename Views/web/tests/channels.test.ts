@@ -3,21 +3,29 @@
 
 import type { Page } from '@playwright/test';
 import type { Channel } from '../src/api/types';
-import { skipOnboarding } from './support/daemon';
-import { expect, openApp, snap, test, useDaemon } from './support/fixtures';
+import type { Daemon } from './support/daemon';
+import { expect, openApp, snap, test } from './support/fixtures';
 
-test.describe.configure({ mode: 'serial' });
-const daemon = useDaemon(skipOnboarding);
+// Every test starts from a fresh daemon and seeds the channels it works on.
+test.use({ onboarded: true });
 
-const channels = () => daemon().api<Channel[]>('GET', '/v1/channels');
-const channelNamed = async (name: string) => (await channels()).find((channel) => channel.name === name);
+const channels = (daemon: Daemon) => daemon.api<Channel[]>('GET', '/v1/channels');
+const channelNamed = async (daemon: Daemon, name: string) =>
+  (await channels(daemon)).find((channel) => channel.name === name);
+
+// "Mom": what the "Calls from someone" template makes for Mom's calls.
+const addMom = (daemon: Daemon) =>
+  daemon.api<Channel>('POST', '/v1/channels', {
+    rule: { apps: ['Phone'], senders: ['Mom'], calls: 'incoming', cooldownSeconds: 300 },
+  });
+const addSlack = (daemon: Daemon) => daemon.api<Channel>('POST', '/v1/channels', { rule: { apps: ['Slack'] } });
 
 function rowOf(page: Page, name: string) {
   return page.locator('.channel-row').filter({ has: page.locator('.channel-name', { hasText: name }) });
 }
 
-test('lists the seeded channel with its badge, status and the reorder footer', async ({ page }) => {
-  await openApp(page, daemon());
+test('lists the seeded channel with its badge, status and the reorder footer', async ({ page, daemon }) => {
+  await openApp(page, daemon);
   const urgent = rowOf(page, 'Urgent');
   await expect(urgent).toBeVisible();
   await expect(urgent.getByText('Immediate')).toBeVisible();
@@ -27,17 +35,17 @@ test('lists the seeded channel with its badge, status and the reorder footer', a
   await snap(page, 'channels-list');
 });
 
-test('follows channels changed elsewhere without reloading', async ({ page }) => {
-  await openApp(page, daemon());
-  const { stdout } = await daemon().cli('channel', 'add', '--template', 'missed-calls', '--json');
+test('follows channels changed elsewhere without reloading', async ({ page, daemon }) => {
+  await openApp(page, daemon);
+  const { stdout } = await daemon.cli('channel', 'add', '--template', 'missed-calls', '--json');
   const added = JSON.parse(stdout) as Channel;
   await expect(rowOf(page, 'Missed Calls')).toContainText('Phone · missed calls');
-  await daemon().cli('channel', 'delete', added.id);
+  await daemon.cli('channel', 'delete', added.id);
   await expect(rowOf(page, 'Missed Calls')).toHaveCount(0);
 });
 
-test('adds a channel from a template and fills its blank condition first', async ({ page }) => {
-  await openApp(page, daemon());
+test('adds a channel from a template and fills its blank condition first', async ({ page, daemon }) => {
+  await openApp(page, daemon);
   // The add menu works from the keyboard.
   await page.getByRole('button', { name: 'Add Channel' }).focus();
   await page.keyboard.press('ArrowDown');
@@ -62,7 +70,7 @@ test('adds a channel from a template and fills its blank condition first', async
   await expect(from.getByRole('listitem').filter({ hasText: 'Mom' })).toBeVisible();
   // The automatic name follows the rule once the daemon has stored it.
   await expect(page.getByRole('heading', { level: 1, name: 'Mom' })).toBeVisible();
-  await expect.poll(async () => (await channelNamed('Mom'))?.rule).toMatchObject({
+  await expect.poll(async () => (await channelNamed(daemon, 'Mom'))?.rule).toMatchObject({
     apps: ['Phone'],
     senders: ['Mom'],
     calls: 'incoming',
@@ -75,9 +83,9 @@ test('adds a channel from a template and fills its blank condition first', async
   await expect(rowOf(page, 'Mom')).toContainText('Phone · from Mom · incoming calls');
 });
 
-test('edits the alarm settings, the name and the colour, and the list follows', async ({ page }) => {
-  const mom = await channelNamed('Mom');
-  await openApp(page, daemon(), `/channels/${mom!.id}`);
+test('edits the alarm settings, the name and the colour, and the list follows', async ({ page, daemon }) => {
+  const mom = await addMom(daemon);
+  await openApp(page, daemon, `/channels/${mom.id}`);
   await expect(page.getByText('Leave blank to name it after its conditions.')).toBeVisible();
 
   await page.getByRole('radio', { name: 'Countdown' }).click();
@@ -85,7 +93,7 @@ test('edits the alarm settings, the name and the colour, and the list follows', 
   await page.getByRole('switch', { name: 'Snooze' }).click();
   await page.getByRole('radio', { name: 'Blue' }).click();
   await page.getByLabel('Name').fill('Mother');
-  await expect.poll(async () => (await channels()).find((channel) => channel.id === mom!.id)).toMatchObject({
+  await expect.poll(async () => (await channels(daemon)).find((channel) => channel.id === mom.id)).toMatchObject({
     name: 'Mother',
     usesAutomaticName: false,
     mode: 'countdown',
@@ -96,7 +104,7 @@ test('edits the alarm settings, the name and the colour, and the list follows', 
 
   // Clearing the name hands it back to the rule.
   await page.getByLabel('Name').fill('');
-  await expect.poll(async () => (await channels()).find((channel) => channel.id === mom!.id)?.name).toBe('Mom');
+  await expect.poll(async () => (await channels(daemon)).find((channel) => channel.id === mom.id)?.name).toBe('Mom');
   await page.getByRole('link', { name: 'Channels' }).first().click();
   await expect(rowOf(page, 'Mom').getByText('Countdown 1m')).toBeVisible();
 });
@@ -105,15 +113,15 @@ test.describe('tone preview', () => {
   // The refused preview below is logged by the browser as a failed request.
   test.use({ expectedConsoleError: /status of 409/ });
 
-  test('plays a tone through the daemon, and says so when it cannot', async ({ page }) => {
-    const mom = await channelNamed('Mom');
-    await openApp(page, daemon(), `/channels/${mom!.id}`);
+  test('plays a tone through the daemon, and says so when it cannot', async ({ page, daemon }) => {
+    const mom = await addMom(daemon);
+    await openApp(page, daemon, `/channels/${mom.id}`);
     await page.getByLabel('Tone', { exact: true }).selectOption('klaxon');
     const played = page.waitForResponse((response) => response.url().endsWith('/v1/tones/klaxon/preview'));
     await page.getByRole('button', { name: 'Play Tone' }).click();
     expect((await played).ok()).toBe(true);
     await expect(page.getByRole('status').filter({ hasText: 'Playing Klaxon on this computer.' })).toBeVisible();
-    await expect.poll(async () => (await channelNamed('Mom'))?.sound).toBe('klaxon');
+    await expect.poll(async () => (await channelNamed(daemon, 'Mom'))?.sound).toBe('klaxon');
 
     // A machine without an audio server: the daemon answers 409 with the reason.
     await page.route('**/v1/tones/*/preview', (route) =>
@@ -124,9 +132,9 @@ test.describe('tone preview', () => {
   });
 });
 
-test('adds and removes conditions and reports invalid patterns', async ({ page }) => {
-  const mom = await channelNamed('Mom');
-  await openApp(page, daemon(), `/channels/${mom!.id}`);
+test('adds and removes conditions and reports invalid patterns', async ({ page, daemon }) => {
+  const mom = await addMom(daemon);
+  await openApp(page, daemon, `/channels/${mom.id}`);
   const addCondition = page.getByRole('button', { name: 'Add Condition' });
   // The menu opens and closes from the keyboard, handing the focus back.
   await addCondition.focus();
@@ -165,7 +173,7 @@ test('adds and removes conditions and reports invalid patterns', async ({ page }
   await expect(addCondition).toHaveCount(0);
 
   await expect
-    .poll(async () => (await channelNamed('Mom'))?.rule)
+    .poll(async () => (await channelNamed(daemon, 'Mom'))?.rule)
     .toMatchObject({
       keywords: ['urgent|asap'],
       usesRegex: true,
@@ -181,13 +189,13 @@ test('adds and removes conditions and reports invalid patterns', async ({ page }
   // The cards below move up once it is gone.
   await expect(hours).toHaveCount(0);
   await page.locator('[data-condition="repeated"]').getByRole('button', { name: 'Remove Repeated' }).click();
-  await expect.poll(async () => (await channelNamed('Mom'))?.rule.activeHours).toBeUndefined();
-  await expect.poll(async () => (await channelNamed('Mom'))?.rule.frequency).toBeUndefined();
+  await expect.poll(async () => (await channelNamed(daemon, 'Mom'))?.rule.activeHours).toBeUndefined();
+  await expect.poll(async () => (await channelNamed(daemon, 'Mom'))?.rule.frequency).toBeUndefined();
 });
 
-test('shows whether an app reaches Ringwell, and the forwarding sheet turns live', async ({ page }) => {
-  const added = await daemon().api<Channel>('POST', '/v1/channels', { rule: { apps: ['Slack'] } });
-  await openApp(page, daemon(), `/channels/${added.id}`);
+test('shows whether an app reaches Ringwell, and the forwarding sheet turns live', async ({ page, daemon }) => {
+  const added = await daemon.api<Channel>('POST', '/v1/channels', { rule: { apps: ['Slack'] } });
+  await openApp(page, daemon, `/channels/${added.id}`);
   const app = page.locator('[data-condition="app"]');
   await expect(app.getByText('Not heard from yet. Check setup.')).toBeVisible();
   await app.getByRole('button', { name: 'Check Slack' }).click();
@@ -195,18 +203,20 @@ test('shows whether an app reaches Ringwell, and the forwarding sheet turns live
   await expect(sheet.getByText('Waiting for a notification from Slack')).toBeVisible();
   await snap(page, 'forwarding-sheet');
 
-  await daemon().cli('send', '--app', 'Slack', '--title', 'Deploy', '--body', 'done');
+  await daemon.cli('send', '--app', 'Slack', '--title', 'Deploy', '--body', 'done');
   await expect(sheet.getByText('Slack notifications are reaching Ringwell.')).toBeVisible();
   // "Urgent" took it and rings over every screen; silence it to go on.
-  await daemon().api('POST', '/v1/stop-all');
+  await daemon.api('POST', '/v1/stop-all');
   await sheet.getByRole('button', { name: 'Done' }).click();
   await expect(sheet).toBeHidden();
   await expect(app.getByText('Reaching Ringwell')).toBeVisible();
 });
 
-test('reorders by dragging and from the keyboard', async ({ page }) => {
-  await openApp(page, daemon());
-  const names = async () => (await channels()).map((channel) => channel.name);
+test('reorders by dragging and from the keyboard', async ({ page, daemon }) => {
+  await addMom(daemon);
+  await addSlack(daemon);
+  await openApp(page, daemon);
+  const names = async () => (await channels(daemon)).map((channel) => channel.name);
   expect(await names()).toEqual(['Urgent', 'Mom', 'Slack']);
 
   // Drag "Slack" by its handle above "Urgent".
@@ -230,26 +240,22 @@ test('reorders by dragging and from the keyboard', async ({ page }) => {
   await expect.poll(names).toEqual(['Urgent', 'Mom', 'Slack']);
 });
 
-test('switches a channel off from the list', async ({ page }) => {
-  await openApp(page, daemon());
+test('switches a channel off from the list', async ({ page, daemon }) => {
+  await addSlack(daemon);
+  await openApp(page, daemon);
   const toggle = page.getByRole('switch', { name: 'Slack enabled' });
   await expect(toggle).toHaveAttribute('aria-checked', 'true');
   await toggle.click();
   await expect(toggle).toHaveAttribute('aria-checked', 'false');
-  await expect.poll(async () => (await channelNamed('Slack'))?.isEnabled).toBe(false);
+  await expect.poll(async () => (await channelNamed(daemon, 'Slack'))?.isEnabled).toBe(false);
 });
 
-test('previews the rule against recent notifications with each check', async ({ page }) => {
-  const mom = await channelNamed('Mom');
-  // Keep only the sender so the phone calls below decide.
-  await daemon().api('PUT', `/v1/channels/${mom!.id}`, {
-    ...mom,
-    rule: { ...mom!.rule, keywords: [], usesRegex: false },
-  });
-  await daemon().cli('send', '--app', 'Phone', '--title', 'Mom', '--sender', 'Mom');
-  await daemon().cli('send', '--app', 'Messages', '--title', 'Dad', '--body', 'dinner?');
-  await daemon().api('POST', '/v1/stop-all');
-  await openApp(page, daemon(), `/channels/${mom!.id}/preview`);
+test('previews the rule against recent notifications with each check', async ({ page, daemon }) => {
+  const mom = await addMom(daemon);
+  await daemon.cli('send', '--app', 'Phone', '--title', 'Mom', '--sender', 'Mom');
+  await daemon.cli('send', '--app', 'Messages', '--title', 'Dad', '--body', 'dinner?');
+  await daemon.api('POST', '/v1/stop-all');
+  await openApp(page, daemon, `/channels/${mom.id}/preview`);
   await expect(page.getByRole('heading', { level: 1, name: 'Preview' })).toBeVisible();
   const entries = page.locator('.preview-entry');
   await expect(entries.first()).toContainText('Messages · Dad');
@@ -261,9 +267,10 @@ test('previews the rule against recent notifications with each check', async ({ 
   await snap(page, 'channel-preview');
 });
 
-test('rings a test alarm from the editor and deletes the channel after confirming', async ({ page }) => {
-  const slack = await channelNamed('Slack');
-  await openApp(page, daemon(), `/channels/${slack!.id}`);
+test('rings a test alarm from the editor and deletes the channel after confirming', async ({ page, daemon }) => {
+  const slack = await addSlack(daemon);
+  await daemon.api('PUT', `/v1/channels/${slack.id}`, { ...slack, isEnabled: false });
+  await openApp(page, daemon, `/channels/${slack.id}`);
   // Even a switched-off channel rings when tested.
   await page.getByRole('button', { name: 'Test', exact: true }).click();
   const alarm = page.locator('.alarm-card');
@@ -275,9 +282,9 @@ test('rings a test alarm from the editor and deletes the channel after confirmin
   await page.getByRole('button', { name: 'Delete Channel' }).click();
   const confirm = page.getByRole('dialog', { name: 'Delete “Slack”?' });
   await confirm.getByRole('button', { name: 'Cancel' }).click();
-  expect(await channelNamed('Slack')).toBeDefined();
+  expect(await channelNamed(daemon, 'Slack')).toBeDefined();
   await page.getByRole('button', { name: 'Delete Channel' }).click();
   await confirm.getByRole('button', { name: 'Delete Channel' }).click();
   await expect(page.getByRole('heading', { level: 1, name: 'Channels' })).toBeVisible();
-  await expect.poll(async () => await channelNamed('Slack')).toBeUndefined();
+  await expect.poll(async () => await channelNamed(daemon, 'Slack')).toBeUndefined();
 });

@@ -9,16 +9,16 @@ import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 import type { FireEvent } from '../src/api/types';
-import { binDir, skipOnboarding } from './support/daemon';
-import { expect, openApp, test, useDaemon } from './support/fixtures';
+import { binDir, type Daemon } from './support/daemon';
+import { expect, openApp, test } from './support/fixtures';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
 
 const run = promisify(execFile);
 const script = path.resolve(here, '../public/ringwell-forward.sh');
 
-test.describe.configure({ mode: 'serial' });
-const daemon = useDaemon(skipOnboarding);
+// Each test has a daemon of its own; the session bus is shared.
+test.use({ onboarded: true });
 
 let bus: ChildProcess | undefined;
 let busAddress = '';
@@ -36,6 +36,8 @@ test.beforeAll(async () => {
     bus!.once('exit', (code) => reject(new Error(`dbus-daemon exited with ${code}`)));
   });
 });
+
+test.afterEach(stopForwarder);
 
 test.afterAll(() => {
   stopForwarder();
@@ -57,7 +59,7 @@ function activeMonitors(): number {
   return started - closed;
 }
 
-async function startForwarder(...apps: string[]): Promise<void> {
+async function startForwarder(daemon: Daemon, ...apps: string[]): Promise<void> {
   stopForwarder();
   await expect.poll(activeMonitors).toBe(0);
   // Its own process group, so that stopping it also stops dbus-monitor and awk.
@@ -65,7 +67,7 @@ async function startForwarder(...apps: string[]): Promise<void> {
     detached: true,
     stdio: ['ignore', 'inherit', 'inherit'],
     env: {
-      ...daemon().env,
+      ...daemon.env,
       DBUS_SESSION_BUS_ADDRESS: busAddress,
       RINGWELL: path.join(binDir(), 'ringwell'),
     },
@@ -98,13 +100,13 @@ async function notify(app: string, summary: string, body: string, urgency = 1): 
   );
 }
 
-test('forwards a notification with every field mapped, and it shows in History', async ({ page }) => {
-  await startForwarder();
-  await openApp(page, daemon(), '/history');
+test('forwards a notification with every field mapped, and it shows in History', async ({ page, daemon }) => {
+  await startForwarder(daemon);
+  await openApp(page, daemon, '/history');
   await notify('Signal', 'Mom', 'Call me "now"\nplease', 2);
   await expect(page.locator('.event-row').first()).toContainText('Urgent');
 
-  const [event] = await daemon().api<FireEvent[]>('GET', '/v1/events');
+  const [event] = await daemon.api<FireEvent[]>('GET', '/v1/events');
   expect(event).toMatchObject({ app: 'Signal', title: 'Mom', body: 'Call me "now"\nplease', isTimeSensitive: true });
   expect(event!.received).toEqual(
     expect.arrayContaining([
@@ -112,24 +114,24 @@ test('forwards a notification with every field mapped, and it shows in History',
       { name: 'Is Time Sensitive', value: 'yes' },
     ]),
   );
-  await daemon().api('POST', '/v1/stop-all');
+  await daemon.api('POST', '/v1/stop-all');
 });
 
-test('passes the setup test', async () => {
-  await daemon().api('POST', '/v1/setup-test/start');
+test('passes the setup test', async ({ daemon }) => {
+  await startForwarder(daemon);
+  await daemon.api('POST', '/v1/setup-test/start');
   await notify('Signal', 'Ann', 'on my way');
   await expect
-    .poll(async () => (await daemon().api<{ state: string; allPassed?: boolean }>('GET', '/v1/setup-test')).allPassed)
+    .poll(async () => (await daemon.api<{ state: string; allPassed?: boolean }>('GET', '/v1/setup-test')).allPassed)
     .toBe(true);
 });
 
-test('forwards only the apps it was given', async () => {
-  await startForwarder('signal', 'Thunderbird');
-  const before = (await daemon().api<FireEvent[]>('GET', '/v1/events')).length;
+test('forwards only the apps it was given', async ({ daemon }) => {
+  await startForwarder(daemon, 'signal', 'Thunderbird');
   await notify('Slack', 'Deploy', 'done');
   await notify('Thunderbird', 'Invoice', 'due today');
-  await expect.poll(async () => (await daemon().api<FireEvent[]>('GET', '/v1/events')).length).toBe(before + 1);
-  const [latest] = await daemon().api<FireEvent[]>('GET', '/v1/events');
+  await expect.poll(async () => (await daemon.api<FireEvent[]>('GET', '/v1/events')).length).toBe(1);
+  const [latest] = await daemon.api<FireEvent[]>('GET', '/v1/events');
   expect(latest!.app).toBe('Thunderbird');
-  await daemon().api('POST', '/v1/stop-all');
+  await daemon.api('POST', '/v1/stop-all');
 });

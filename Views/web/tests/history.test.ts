@@ -3,19 +3,34 @@
 // detail, the filter, the statistics and when the history is cleared.
 
 import type { Channel, FireEvent, Stats } from '../src/api/types';
-import { skipOnboarding } from './support/daemon';
-import { expect, openApp, snap, test, useDaemon } from './support/fixtures';
+import type { Daemon } from './support/daemon';
+import { expect, openApp, snap, test } from './support/fixtures';
 
-test.describe.configure({ mode: 'serial' });
-const daemon = useDaemon(skipOnboarding);
+// Every test starts from a fresh daemon and seeds what it looks at.
+test.use({ onboarded: true });
 
-test('shows a forwarded notification at once, rings it, and stops it from the alarm panel', async ({ page }) => {
-  await openApp(page, daemon(), '/history');
+const channels = (daemon: Daemon) => daemon.api<Channel[]>('GET', '/v1/channels');
+
+// Forwards notifications and silences what they rang, so that no alarm
+// covers the screen under test.
+async function forward(daemon: Daemon, ...notifications: [app: string, title: string, body: string][]) {
+  for (const [app, title, body] of notifications) await daemon.cli('send', '--app', app, '--title', title, '--body', body);
+  await daemon.api('POST', '/v1/stop-all');
+}
+
+// "Urgent" rings for everything; narrowed to one app, the rest goes unmatched.
+async function narrowUrgent(daemon: Daemon, app: string): Promise<void> {
+  const urgent = (await channels(daemon)).find((channel) => channel.name === 'Urgent')!;
+  await daemon.api('PUT', `/v1/channels/${urgent.id}`, { ...urgent, rule: { ...urgent.rule, apps: [app] } });
+}
+
+test('shows a forwarded notification at once, rings it, and stops it from the alarm panel', async ({ page, daemon }) => {
+  await openApp(page, daemon, '/history');
   await expect(page.getByRole('heading', { name: 'No History' })).toBeVisible();
   await expect(page.getByText('Forwarded notifications show up here.')).toBeVisible();
   await snap(page, 'history-empty');
 
-  await daemon().cli('send', '--app', 'Messages', '--title', 'Mom', '--body', 'call me');
+  await daemon.cli('send', '--app', 'Messages', '--title', 'Mom', '--body', 'call me');
   const row = page.locator('.event-row').first();
   await expect(row).toContainText('Urgent');
   await expect(row).toContainText('Fired');
@@ -30,20 +45,20 @@ test('shows a forwarded notification at once, rings it, and stops it from the al
 
   await alarm.getByRole('button', { name: 'Stop' }).click();
   await expect(alarm).toHaveCount(0);
-  await expect.poll(() => daemon().api<unknown[]>('GET', '/v1/alarms')).toEqual([]);
+  await expect.poll(() => daemon.api<unknown[]>('GET', '/v1/alarms')).toEqual([]);
 });
 
-test('pauses and resumes a countdown, and snoozes a ringing alarm', async ({ page }) => {
-  const urgent = (await daemon().api<Channel[]>('GET', '/v1/channels'))[0]!;
-  await daemon().api('PUT', `/v1/channels/${urgent.id}`, {
+test('pauses and resumes a countdown, and snoozes a ringing alarm', async ({ page, daemon }) => {
+  const urgent = (await daemon.api<Channel[]>('GET', '/v1/channels'))[0]!;
+  await daemon.api('PUT', `/v1/channels/${urgent.id}`, {
     ...urgent,
     mode: 'countdown',
     countdownSeconds: 30,
     snoozeEnabled: true,
     snoozeSeconds: 60,
   });
-  await openApp(page, daemon(), '/history');
-  await daemon().cli('send', '--app', 'Messages', '--title', 'Ann', '--body', 'are you up?');
+  await openApp(page, daemon, '/history');
+  await daemon.cli('send', '--app', 'Messages', '--title', 'Ann', '--body', 'are you up?');
   const alarm = page.locator('.alarm-card');
   await expect(alarm).toHaveClass(/countdown/);
   await expect(alarm.getByRole('heading')).toHaveText('Urgent');
@@ -60,9 +75,9 @@ test('pauses and resumes a countdown, and snoozes a ringing alarm', async ({ pag
   // with an immediate alarm to see the snooze button.
   await alarm.getByRole('button', { name: 'Stop' }).click();
   await expect(alarm).toHaveCount(0);
-  const current = (await daemon().api<Channel[]>('GET', '/v1/channels'))[0]!;
-  await daemon().api('PUT', `/v1/channels/${urgent.id}`, { ...current, mode: 'immediate' });
-  await daemon().cli('send', '--app', 'Messages', '--title', 'Ann', '--body', 'hello?');
+  const current = (await daemon.api<Channel[]>('GET', '/v1/channels'))[0]!;
+  await daemon.api('PUT', `/v1/channels/${urgent.id}`, { ...current, mode: 'immediate' });
+  await daemon.cli('send', '--app', 'Messages', '--title', 'Ann', '--body', 'hello?');
   await expect(alarm).toHaveClass(/alerting/, { timeout: 10_000 });
   await alarm.getByRole('button', { name: 'Snooze' }).click();
   await expect(alarm).toHaveClass(/countdown/);
@@ -71,9 +86,10 @@ test('pauses and resumes a countdown, and snoozes a ringing alarm', async ({ pag
   await expect(alarm).toHaveCount(0);
 });
 
-test('opens an event, and creates a channel from it in the editor', async ({ page }) => {
-  await openApp(page, daemon(), '/history');
-  await page.locator('.event-row').filter({ hasText: 'Fired' }).last().click();
+test('opens an event, and creates a channel from it in the editor', async ({ page, daemon }) => {
+  await forward(daemon, ['Messages', 'Mom', 'call me']);
+  await openApp(page, daemon, '/history');
+  await page.locator('.event-row').filter({ hasText: 'Fired' }).click();
   await expect(page.getByRole('heading', { level: 1, name: 'Event' })).toBeVisible();
   const notification = page.getByRole('region', { name: 'Notification' });
   await expect(notification).toContainText('Messages');
@@ -86,29 +102,25 @@ test('opens an event, and creates a channel from it in the editor', async ({ pag
   await expect(page).toHaveURL(/\/history\/[\w-]+\/channel\/[\w-]+$/);
   await expect(page.getByRole('heading', { level: 1, name: 'Mom' })).toBeVisible();
   await expect(page.getByRole('link', { name: 'Event' })).toBeVisible();
-  const created = (await daemon().api<Channel[]>('GET', '/v1/channels')).find((channel) => channel.name === 'Mom');
+  const created = (await daemon.api<Channel[]>('GET', '/v1/channels')).find((channel) => channel.name === 'Mom');
   expect(created?.rule).toMatchObject({ apps: ['Messages'], senders: ['Mom'] });
 });
 
-test('filters by channel and keeps unmatched events out of a channel filter', async ({ page }) => {
-  // Put the new "Mom" channel first and leave a notification that nothing matches.
-  const mom = (await daemon().api<Channel[]>('GET', '/v1/channels')).find((channel) => channel.name === 'Mom')!;
-  await daemon().api('POST', `/v1/channels/${mom.id}/move`, { position: 1 });
-  const urgent = (await daemon().api<Channel[]>('GET', '/v1/channels')).find((channel) => channel.name === 'Urgent')!;
-  await daemon().api('PUT', `/v1/channels/${urgent.id}`, { ...urgent, rule: { ...urgent.rule, apps: ['Pager'] } });
-  await daemon().cli('send', '--app', 'Mail', '--title', 'Newsletter', '--body', 'weekly');
-  await daemon().cli('send', '--app', 'Messages', '--title', 'Mom', '--body', 'lunch?');
-  await daemon().api('POST', '/v1/stop-all');
+test('filters by channel and keeps unmatched events out of a channel filter', async ({ page, daemon }) => {
+  // A "Mom" channel and a notification that nothing matches.
+  await daemon.api('POST', '/v1/channels', { name: 'Mom', rule: { apps: ['Messages'], senders: ['Mom'] } });
+  await narrowUrgent(daemon, 'Pager');
+  await forward(daemon, ['Mail', 'Newsletter', 'weekly'], ['Messages', 'Mom', 'lunch?'], ['Pager', 'On call', 'disk full']);
 
-  await openApp(page, daemon(), '/history');
+  await openApp(page, daemon, '/history');
   const rows = page.locator('.event-row');
+  await expect(rows).toHaveCount(3);
   await expect(rows.filter({ hasText: 'No match' })).toHaveCount(1);
-  const all = await rows.count();
 
   const filter = page.getByRole('button', { name: 'Filter' });
   await filter.click();
   const menu = page.getByRole('menu', { name: 'Filter' });
-  await expect(menu.getByRole('menuitemradio')).toHaveText(['All Channels', 'Mom', 'Urgent']);
+  await expect(menu.getByRole('menuitemradio')).toHaveText(['All Channels', 'Urgent', 'Mom']);
   await expect(menu.getByRole('menuitemradio', { name: 'All Channels' })).toHaveAttribute('aria-checked', 'true');
   await menu.getByRole('menuitemradio', { name: 'Mom' }).click();
   await expect(rows).toHaveCount(1);
@@ -118,20 +130,23 @@ test('filters by channel and keeps unmatched events out of a channel filter', as
 
   await filter.click();
   await menu.getByRole('menuitemradio', { name: 'All Channels' }).click();
-  await expect(rows).toHaveCount(all);
+  await expect(rows).toHaveCount(3);
   await expect(rows.filter({ hasText: 'No match' })).toHaveCount(1);
   await snap(page, 'history-list');
 });
 
-test('shows the day’s bars and figures in Stats', async ({ page }) => {
-  await daemon().api('POST', '/v1/channels/' + (await daemon().api<Channel[]>('GET', '/v1/channels'))[0]!.id + '/test');
-  await daemon().api('POST', '/v1/stop-all');
-  const stats = await daemon().api<Stats>('GET', '/v1/stats');
-  const events = await daemon().api<FireEvent[]>('GET', '/v1/events');
+test('shows the day’s bars and figures in Stats', async ({ page, daemon }) => {
+  await forward(daemon, ['Messages', 'Mom', 'call me']);
+  await narrowUrgent(daemon, 'Messages');
+  await forward(daemon, ['Mail', 'Newsletter', 'weekly']);
+  await daemon.api('POST', '/v1/channels/' + (await daemon.api<Channel[]>('GET', '/v1/channels'))[0]!.id + '/test');
+  await daemon.api('POST', '/v1/stop-all');
+  const stats = await daemon.api<Stats>('GET', '/v1/stats');
+  const events = await daemon.api<FireEvent[]>('GET', '/v1/events');
   const counted = events.filter((event) => !event.isTest && event.outcome !== 'setupTest');
   expect(stats.received).toBe(counted.length);
 
-  await openApp(page, daemon(), '/history');
+  await openApp(page, daemon, '/history');
   await page.getByRole('link', { name: 'Stats' }).click();
   await expect(page.getByRole('heading', { level: 1, name: 'Stats' })).toBeVisible();
   const lastWeek = page.getByRole('region', { name: 'Last 7 days' });
@@ -167,23 +182,23 @@ test('shows the day’s bars and figures in Stats', async ({ page }) => {
   await snap(page, 'stats');
 });
 
-test('clears the history only after confirming', async ({ page }) => {
-  await openApp(page, daemon(), '/history');
+test('clears the history only after confirming', async ({ page, daemon }) => {
+  await forward(daemon, ['Messages', 'Mom', 'call me'], ['Mail', 'Newsletter', 'weekly']);
+  await openApp(page, daemon, '/history');
   const rows = page.locator('.event-row');
-  const before = await rows.count();
-  expect(before).toBeGreaterThan(0);
+  await expect(rows).toHaveCount(2);
 
   await page.getByRole('button', { name: 'Clear' }).click();
   const confirm = page.getByRole('dialog', { name: 'Clear all history?' });
   await expect(confirm).toBeVisible();
   await snap(page, 'history-clear-confirmation');
   await confirm.getByRole('button', { name: 'Cancel' }).click();
-  await expect(rows).toHaveCount(before);
+  await expect(rows).toHaveCount(2);
 
   await page.getByRole('button', { name: 'Clear' }).click();
   await confirm.getByRole('button', { name: 'Clear History' }).click();
   await expect(page.getByRole('heading', { name: 'No History' })).toBeVisible();
-  expect(await daemon().api<unknown[]>('GET', '/v1/events')).toEqual([]);
+  expect(await daemon.api<unknown[]>('GET', '/v1/events')).toEqual([]);
 
   // With no events the statistics show zeros and their empty texts.
   await page.getByRole('link', { name: 'Stats' }).click();

@@ -11,7 +11,7 @@ test.describe('finishing the onboarding', () => {
     await openApp(page, daemon());
     const cover = page.getByRole('dialog', { name: 'Welcome to Ringwell' });
     await expect(cover.getByRole('heading', { name: 'Never miss the ones that matter' })).toBeVisible();
-    await expect(cover.getByText('Turn notifications into alarms that ring through Silent and Focus.')).toBeVisible();
+    await expect(cover.getByText('Turn notifications into alarms that ring through silence and do-not-disturb.')).toBeVisible();
     // The tabs are behind the cover and out of reach.
     await expect(page.getByRole('navigation', { name: 'Ringwell' })).toBeHidden();
     await snap(page, 'onboarding-welcome');

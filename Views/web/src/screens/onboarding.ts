@@ -42,11 +42,11 @@ function welcome(): TemplateResult {
   const points: [string, string][] = [
     ['arrow.up.forward.app', 'Set up one automation that sends notifications from the apps you pick.'],
     ['line.3.horizontal.decrease.circle', 'Channels decide what rings: an app, a person, a keyword, or a call that’s ringing right now.'],
-    ['bell', 'Matching notifications ring a real alarm, even on Silent and in Focus.'],
+    ['bell', 'Matching notifications ring a real alarm, even when muted and in do-not-disturb.'],
   ];
   return html`<div class="hero">${icon('alarm.waves.left.and.right.fill', { className: 'hero-icon' })}</div>
     <h1 tabindex="-1" class="onboarding-title">Never miss the ones that matter</h1>
-    <p class="lead">Turn notifications into alarms that ring through Silent and Focus.</p>
+    <p class="lead">Turn notifications into alarms that ring through silence and do-not-disturb.</p>
     <ul class="points">
       ${points.map(([symbol, text]) => html`<li>${icon(symbol, { className: 'point-icon' })}<span>${text}</span></li>`)}
     </ul>

@@ -5,11 +5,12 @@
 import { test as base, expect, type Page } from '@playwright/test';
 import { mkdirSync } from 'node:fs';
 import path from 'node:path';
-import { repoRoot, startDaemon, type Daemon } from './daemon';
+import { repoRoot, skipOnboarding, startDaemon, type Daemon } from './daemon';
 
 export { expect };
 
-// One daemon per test file, started before its first test.
+// One daemon shared by the tests of a file, for tests that only read what the
+// daemon starts with; tests that change data use the `daemon` fixture.
 export function useDaemon(prepare?: (daemon: Daemon) => Promise<void>): () => Daemon {
   let daemon: Daemon | undefined;
   base.beforeAll(async () => {
@@ -26,6 +27,12 @@ export function useDaemon(prepare?: (daemon: Daemon) => Promise<void>): () => Da
 }
 
 interface AppFixtures {
+  // Whether a test's own daemon starts with the onboarding done and alarms
+  // allowed; set with test.use().
+  onboarded: boolean;
+  // A daemon of the test's own, in fresh XDG directories: a test sees only
+  // the data it seeds, whatever ran before it.
+  daemon: Daemon;
   // Console errors matching this are expected by the test. (A single
   // pattern: Playwright would read an array here as a value and options.)
   expectedConsoleError: RegExp | null;
@@ -34,6 +41,16 @@ interface AppFixtures {
 
 export const test = base.extend<AppFixtures>({
   expectedConsoleError: [null, { option: true }],
+  onboarded: [false, { option: true }],
+  daemon: async ({ onboarded }, use) => {
+    const daemon = await startDaemon();
+    try {
+      if (onboarded) await skipOnboarding(daemon);
+      await use(daemon);
+    } finally {
+      await daemon.stop();
+    }
+  },
   consoleErrors: [
     async ({ page, expectedConsoleError }, use) => {
     const errors: string[] = [];
