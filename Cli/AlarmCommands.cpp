@@ -45,6 +45,9 @@ int runSend(std::span<const std::string> args, CommandContext& context) {
         return *answer.exitCode;
     if (arguments->has("json"))
         printJson(context, recordForm(answer.json));
+    else if (answer.json.is_object() && answer.json.value("outcome", "") == "setupTest")
+        context.out << "The waiting setup test took this notification; see `ringwell setup-test "
+                       "status`.\n";
     return exitSuccess;
 }
 
@@ -209,7 +212,8 @@ Options:
   --name TEXT                a name (used as the sender when there is none)
   --json                     print the recorded event
 
-Prints nothing otherwise. Exit status: 0 recorded (whatever the outcome),
+Otherwise prints nothing, or one line when a waiting setup test took the
+notification instead of the channels. Exit status: 0 recorded (whatever the outcome),
 2 usage error, 3 the daemon is not running.
 )",
                           runSend};

@@ -13,16 +13,41 @@ namespace {
 
 constexpr OptionSpec jsonOnly[] = {{"json", false}};
 
+constexpr OptionSpec channelsOptions[] = {{"json", false}, {"full", false}};
+
+// The whole channels (as GET /v1/channels gives them) of the listed entities,
+// in the entities' order.
+json::Json wholeChannels(const json::Json& entities, const json::Json& channels) {
+    json::Json chosen = json::Json::array();
+    for (const auto& entity : entities) {
+        for (const auto& channel : channels) {
+            if (channel["id"] == entity["id"])
+                chosen.push_back(channel);
+        }
+    }
+    return chosen;
+}
+
 int runChannels(std::span<const std::string> args, CommandContext& context) {
-    auto arguments = parseCommand(context, "channels", args, jsonOnly, 0, 1);
+    auto arguments = parseCommand(context, "channels", args, channelsOptions, 0, 1);
     if (!arguments)
         return exitUsage;
+    const bool full = arguments->has("full");
+    if (full && !arguments->has("json"))
+        return usageError(context, "channels", "--full goes with --json");
     std::string target = "/v1/channel-entities";
     if (!arguments->positionals.empty())
         target += "?matching=" + percentEncode(arguments->positionals[0]);
     auto answer = callDaemon(context, "channels", "GET", target);
     if (answer.exitCode)
         return *answer.exitCode;
+    if (full) {
+        auto channels = callDaemon(context, "channels", "GET", "/v1/channels");
+        if (channels.exitCode)
+            return *channels.exitCode;
+        printJson(context, wholeChannels(answer.json, channels.json));
+        return exitSuccess;
+    }
     if (arguments->has("json")) {
         printJson(context, answer.json);
         return exitSuccess;
@@ -38,7 +63,9 @@ int runChannels(std::span<const std::string> args, CommandContext& context) {
 }
 
 int runChannelShow(std::span<const std::string> args, CommandContext& context) {
-    auto arguments = parseCommand(context, "channel show", args, {}, 1, 1);
+    // The channel is printed in its JSON form either way; --json is accepted
+    // like every other command that prints a record.
+    auto arguments = parseCommand(context, "channel show", args, jsonOnly, 1, 1);
     if (!arguments)
         return exitUsage;
     auto answer = callDaemon(context, "channel show", "GET",
@@ -176,16 +203,17 @@ int runPreview(std::span<const std::string> args, CommandContext& context) {
 } // namespace
 
 const Command channelsCommand{"channels", "List channels, or find them by name",
-                              R"(Usage: ringwell channels [TEXT] [--json]
+                              R"(Usage: ringwell channels [TEXT] [--json [--full]]
 
 Lists every channel in priority order (the first matching channel rings), or
 those whose name contains TEXT (ignoring case and accents), with its ID and
-rule summary.
+rule summary. --json prints each as its ID, name and rule summary; with
+--full, as the whole channel.
 )",
                               runChannels};
 
 const Command channelShowCommand{"channel show", "Print a channel in its JSON form",
-                                 R"(Usage: ringwell channel show CHANNEL
+                                 R"(Usage: ringwell channel show CHANNEL [--json]
 
 Prints the whole channel (CHANNEL: an ID or a name that identifies one
 channel) in its JSON form, ready to edit and give to `ringwell channel update`.

@@ -8,6 +8,7 @@
 
 #include "Version.h"
 
+#include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -109,6 +110,15 @@ int run(const std::vector<std::string>& args) {
 } // namespace ringwell::cli
 
 int main(int argc, char** argv) {
-    std::vector<std::string> args(argv + 1, argv + argc);
-    return ringwell::cli::run(args);
+    // Whatever escapes a command (a malformed answer, an exhausted machine)
+    // ends with a message and the failure status, never with an abort.
+    try {
+        std::vector<std::string> args(argv + 1, argv + argc);
+        return ringwell::cli::run(args);
+    } catch (const std::exception& error) {
+        std::cerr << "ringwell: " << error.what() << '\n';
+    } catch (...) {
+        std::cerr << "ringwell: unexpected failure\n";
+    }
+    return ringwell::cli::exitFailure;
 }
