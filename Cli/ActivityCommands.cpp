@@ -2,6 +2,7 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Core/Text.h"
 #include "Daemon/ApiMessage.h"
 
 #include <fstream>
@@ -25,13 +26,14 @@ std::string eventLine(const json::Json& event) {
     std::string line = localTime(event["receivedAt"]) + "  " + event["label"].get<std::string>();
     if (event["isTest"] == true)
         line += " (test)";
-    line += "  " + who;
+    line += "  " + text::collapsedWhitespace(who);
     std::string what = optionalText(event, "title");
     std::string body = optionalText(event, "body");
     if (!body.empty())
         what += (what.empty() ? "" : ": ") + body;
+    // One row per event: line breaks inside the texts become spaces.
     if (!what.empty())
-        line += "  " + what;
+        line += "  " + text::collapsedWhitespace(what);
     if (event.contains("errorMessage"))
         line += "  [" + event["errorMessage"].get<std::string>() + "]";
     return line;

@@ -14,6 +14,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <string>
@@ -124,6 +125,18 @@ TEST(CliAnswersTest, ChannelsPrintEntitiesOrWholeChannelsInListOrder) {
     auto shown = runRingwell({"channel", "show", "B", "--json"}, daemon.environment());
     ASSERT_EQ(shown.exitCode, 0) << shown.err;
     EXPECT_EQ(json::Json::parse(shown.out)["name"], "Mom");
+}
+
+TEST(CliAnswersTest, EventsKeepOneRowPerEventWhateverItsTextHolds) {
+    StandInDaemon daemon(Answers{
+        {"/v1/events",
+         R"([{"id":"E2","receivedAt":0,"label":"Fired","isTest":false,"channelName":"Urgent",)"
+         R"("title":"Server\ndown","body":"disk\r\nfull"},)"
+         R"({"id":"E1","receivedAt":0,"label":"No match","isTest":false,"app":"Mail"}])"}});
+    auto events = runRingwell({"events"}, daemon.environment());
+    ASSERT_EQ(events.exitCode, 0) << events.err;
+    ASSERT_EQ(std::count(events.out.begin(), events.out.end(), '\n'), 2) << events.out;
+    EXPECT_NE(events.out.find("Urgent  Server down: disk full\n"), std::string::npos) << events.out;
 }
 
 TEST(CliAnswersTest, AnAnswerOfTheWrongShapeEndsWithAMessageAndStatusOne) {
