@@ -17,6 +17,7 @@ import { settingsScreen } from './screens/settings';
 import { setupGuideScreen } from './screens/setupGuide';
 import { setupTestScreen } from './screens/setupTest';
 import { statsScreen } from './screens/stats';
+import { startClock } from './state/clock';
 import { settingsQuery } from './state/data';
 import { liveLinkState, startLiveUpdates } from './state/live';
 import { requestRender, setRenderer } from './state/store';
@@ -139,4 +140,5 @@ setUnauthorizedHandler(() => {
 setRenderer(renderApp);
 installRouter();
 startLiveUpdates();
+startClock();
 renderApp();

@@ -4,7 +4,8 @@
 
 import type { Channel, FireEvent, Stats } from '../src/api/types';
 import type { Daemon } from './support/daemon';
-import { expect, openApp, snap, test } from './support/fixtures';
+import type { Locator } from '@playwright/test';
+import { expect, openApp, phone, snap, test } from './support/fixtures';
 
 // Every test starts from a fresh daemon and seeds what it looks at.
 test.use({ onboarded: true });
@@ -206,4 +207,39 @@ test('clears the history only after confirming', async ({ page, daemon }) => {
   await expect(page.getByText('No channel has rung this week.')).toBeVisible();
   await expect(page.getByText('Nothing to show yet.')).toBeVisible();
   await snap(page, 'stats-empty');
+});
+
+test('names each notification on one line, and at phone width dates leave the text its width', async ({ page, daemon }) => {
+  await narrowUrgent(daemon, 'Pager');
+  await daemon.cli('send', '--app', 'Mail', '--title', 'Quarterly report\nfor the whole team, with every figure of the year', '--body', 'x');
+  await daemon.cli('send', '--app', 'Messages', '--sender', 'Ann', '--body', 'on my way');
+  await openApp(page, daemon, '/history');
+  const rows = page.locator('.event-row');
+  await expect(rows.locator('.event-notification')).toHaveText([
+    'Ann',
+    'Quarterly report for the whole team, with every figure of the year',
+  ]);
+
+  await page.setViewportSize(phone);
+  const oneLine = async (element: Locator) =>
+    element.evaluate((node) => node.getBoundingClientRect().height <= parseFloat(getComputedStyle(node).lineHeight) * 1.5);
+  const report = rows.nth(1).locator('.event-notification');
+  // Cut with an ellipsis, on one line.
+  expect(await report.evaluate((node) => node.scrollWidth > node.clientWidth)).toBe(true);
+  expect(await oneLine(report)).toBe(true);
+  // The date sits under the text: the text keeps most of the row's width.
+  for (const row of await rows.all()) {
+    const label = (await row.locator('.row-label').boundingBox())!;
+    expect(label.width).toBeGreaterThan(phone.width * 0.6);
+    expect(await oneLine(row.locator('.event-title'))).toBe(true);
+  }
+
+  const [urgent] = await channels(daemon);
+  await openApp(page, daemon, `/channels/${urgent!.id}/preview`);
+  const entries = page.locator('.preview-entry');
+  await expect(entries).toHaveCount(2);
+  for (const entry of await entries.all()) {
+    const text = (await entry.locator('.entry-text').boundingBox())!;
+    expect(text.width).toBeGreaterThan(phone.width * 0.6);
+  }
 });

@@ -2,7 +2,7 @@
 
 import { readFileSync } from 'node:fs';
 import type { Daemon } from './support/daemon';
-import { expect, openApp, snap, test } from './support/fixtures';
+import { desktop, expect, openApp, phone, snap, test } from './support/fixtures';
 
 // Every test starts from a fresh daemon and seeds what it looks at.
 test.use({ onboarded: true });
@@ -86,6 +86,15 @@ test('the setup guide lists the apps to forward and offers the script', async ({
   await expect(page.getByText('A channel accepts any app. Select every app that might ring.')).toBeVisible();
   await expect(page.getByText('Only selected apps reach Ringwell.')).toBeVisible();
   await snap(page, 'setup-guide');
+  // At phone width lines break between words, never inside an option name.
+  await page.setViewportSize(phone);
+  const tokens = page.locator('.token');
+  await expect(tokens.filter({ hasText: '--time-sensitive' })).not.toHaveCount(0);
+  const broken = await tokens.evaluateAll((nodes) =>
+    nodes.filter((node) => node.getClientRects().length > 1).map((node) => node.textContent),
+  );
+  expect(broken).toEqual([]);
+  await page.setViewportSize(desktop);
 
   const [download] = await Promise.all([
     page.waitForEvent('download'),

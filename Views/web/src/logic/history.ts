@@ -14,6 +14,13 @@ export function eventTitle(event: Pick<FireEvent, 'channelName' | 'app'>): strin
   return event.channelName ?? event.app ?? 'Unknown';
 }
 
+// Which notification a row is: its title, else its sender, on one line (the
+// screen cuts it with an ellipsis). Empty when it had neither.
+export function notificationLine(event: Pick<FireEvent, 'title' | 'sender'>): string {
+  const pick = (text: string | undefined) => text?.replace(/\s+/g, ' ').trim() ?? '';
+  return pick(event.title) || pick(event.sender);
+}
+
 // An app named in a rule reaches Ringwell when its lower-cased name is among
 // the lower-cased names of the apps the store knows. Apart from case the
 // names must match exactly: "Mail " is not "Mail".

@@ -15,6 +15,7 @@ import { showToast } from '../ui/dialog';
 import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { errorNote, loadingNote, screenHeader, switchControl } from '../ui/widgets';
+import { lastTriggeredLabel } from '../logic/relativeTime';
 
 // The order shown from the moment a channel is moved until the daemon's list
 // shows it too, so that rows do not jump back while the move is on its way.
@@ -172,7 +173,7 @@ function channelRow(view: ChannelView, index: number, views: ChannelView[]): Tem
         <span class="channel-summary">${view.ruleSummary}</span>
         <span class="channel-meta">
           <span class="badge">${view.modeBadge}</span>
-          <span class=${neverTriggered ? 'status muted' : 'status'}>${view.connection.label}</span>
+          <span class=${neverTriggered ? 'status muted' : 'status'}>${lastTriggeredLabel(view.connection.lastTriggered, new Date())}</span>
           ${channel.isEnabled ? nothing : html`<span class="status muted">Off</span>`}
         </span>
       </span>

@@ -8,7 +8,7 @@ import { channelsQuery, eventsQuery } from '../state/data';
 import { invalidate, requestRender } from '../state/store';
 import { confirmDialog, showToast } from '../ui/dialog';
 import { shortDate } from '../ui/format';
-import { eventTitle, filteredEvents } from '../logic/history';
+import { eventTitle, filteredEvents, notificationLine } from '../logic/history';
 import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { errorNote, loadingNote, screenHeader } from '../ui/widgets';
@@ -72,6 +72,7 @@ function eventRow(event: FireEvent): TemplateResult {
       ${outcomeIcon(event)}
       <span class="row-label">
         <span class="event-title">${eventTitle(event)}${event.isTest ? html` <span class="badge test">Test</span>` : nothing}</span>
+        ${notificationLine(event) ? html`<span class="event-notification">${notificationLine(event)}</span>` : nothing}
         <span class="row-detail ${event.outcome === 'failed' ? 'bad' : ''}">${event.label}</span>
       </span>
       <time class="row-value" datetime="">${shortDate(event.receivedAt)}</time>

@@ -10,7 +10,7 @@ export const channelsQuery = () => query('channels', ['channels'], api.channels)
 export const eventsQuery = () => query('events', ['events'], api.events);
 export const alarmsQuery = () => query('alarms', ['alarms'], api.alarms);
 export const setupTestQuery = () => query('setup-test', ['setupTest'], api.setupTest);
-export const statsQuery = () => query('stats', ['events'], api.stats);
+export const statsQuery = () => query('stats', ['events', 'day'], api.stats);
 export const knownAppsQuery = () => query('known-apps', ['events'], api.knownApps);
 export const appsToForwardQuery = () => query('apps-to-forward', ['channels'], api.appsToForward);
 export const templatesQuery = () => query('templates', [], api.templates);

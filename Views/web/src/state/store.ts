@@ -7,7 +7,14 @@
 import { ApiError } from '../api/client';
 import type { Topic } from '../api/types';
 
-const versions: Record<Topic, number> = {
+// Besides the daemon's topics, the passing of time: `minute` for relative
+// texts worked out by the daemon, `day` for figures that count from today.
+export type ClockTopic = 'minute' | 'day';
+export type QueryTopic = Topic | ClockTopic;
+
+const versions: Record<QueryTopic, number> = {
+  minute: 0,
+  day: 0,
   channels: 0,
   events: 0,
   setupWarning: 0,
@@ -59,14 +66,14 @@ export function requestRender(): void {
   });
 }
 
-function stampOf(topics: readonly Topic[]): string {
+function stampOf(topics: readonly QueryTopic[]): string {
   return topics.map((topic) => versions[topic]).join('.');
 }
 
 // The data last fetched under `key`, starting a fetch when there is none yet
 // or when one of `topics` changed since. Keys must name everything `load`
 // depends on besides the topics (for example the channel's id).
-export function query<T>(key: string, topics: readonly Topic[], load: () => Promise<T>): QueryResult<T> {
+export function query<T>(key: string, topics: readonly QueryTopic[], load: () => Promise<T>): QueryResult<T> {
   const stamp = stampOf(topics);
   let entry = entries.get(key);
   if (!entry) {
@@ -97,7 +104,7 @@ export function query<T>(key: string, topics: readonly Topic[], load: () => Prom
 }
 
 // Marks topics as changed, from the live stream or after a change this client made.
-export function invalidate(...topics: Topic[]): void {
+export function invalidate(...topics: QueryTopic[]): void {
   for (const topic of topics) versions[topic] += 1;
   requestRender();
 }

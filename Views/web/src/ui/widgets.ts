@@ -158,8 +158,14 @@ export function segmented<T extends string>(options: {
 }
 
 // A sentence whose **marked** parts are bold, as the setup steps are written.
+// Bold parts that are command-line options ("--time-sensitive") never
+// break inside, not even at their hyphens.
 export function marked(text: string): TemplateResult[] {
-  return text.split('**').map((part, index) => (index % 2 === 1 ? html`<strong>${part}</strong>` : html`${part}`));
+  return text
+    .split('**')
+    .map((part, index) =>
+      index % 2 === 1 ? html`<strong class=${part.startsWith('-') ? 'token' : ''}>${part}</strong>` : html`${part}`,
+    );
 }
 
 export function numberedSteps(steps: string[]): TemplateResult {
@@ -185,8 +191,10 @@ export function copyableCommand(command: string, label = 'Copy'): TemplateResult
       if (code) getSelection()?.selectAllChildren(code);
     }
   };
+  // Lines break between the command's words only, never inside an option.
+  const words = command.split(' ');
   return html`<div class="command">
-    <code>${command}</code>
+    <code>${words.map((word, index) => html`${index ? ' ' : ''}<span class="token">${word}</span>`)}</code>
     <button type="button" class="button small" aria-label=${`${label}: ${command}`} @click=${copy}>${label}</button>
   </div>`;
 }

@@ -6,7 +6,8 @@ import { test, expect } from '@playwright/test';
 import { execFileSync } from 'node:child_process';
 import type { FireEvent } from '../../src/api/types';
 import { contrast, luminance, readableTextOn } from '../../src/logic/colour';
-import { eventTitle, filteredEvents, isReaching } from '../../src/logic/history';
+import { eventTitle, filteredEvents, isReaching, notificationLine } from '../../src/logic/history';
+import { relativeDescription, untilNextMidnight, untilNextMinute } from '../../src/logic/relativeTime';
 import { parseRoute, tabOf } from '../../src/logic/routes';
 import { forwardingScriptCommand, shellQuote, testNotificationCommand } from '../../src/logic/shell';
 import { clock, duration, minuteToTime, timeToMinute, weekdaysMondayFirst, windowLabel } from '../../src/ui/format';
@@ -78,6 +79,27 @@ test.describe('commands for the terminal', () => {
 test.describe('history and connection', () => {
   const event = (fields: Partial<FireEvent>): FireEvent =>
     ({ id: 'x', receivedAt: 0, firedAt: 0, outcome: 'noMatch', isTest: false, label: '', icon: '', ...fields }) as FireEvent;
+
+  test('a row names its notification on one line: the title, else the sender', () => {
+    expect(notificationLine({ title: ' Server\r\ndown ', sender: 'Ann' })).toBe('Server down');
+    expect(notificationLine({ title: ' \n', sender: 'Ann' })).toBe('Ann');
+    expect(notificationLine({})).toBe('');
+  });
+
+  test('relative texts pick the largest whole unit, and the clock finds its next boundaries', () => {
+    const now = new Date(2026, 10, 23, 9, 30, 15);
+    const ago = (seconds: number) => relativeDescription(new Date(now.getTime() - seconds * 1000), now);
+    expect([ago(0.4), ago(59), ago(61), ago(2 * 3600 + 5), ago(86_400), ago(8 * 86_400)]).toEqual([
+      'now',
+      '59 seconds ago',
+      '1 minute ago',
+      '2 hours ago',
+      'yesterday',
+      'last week',
+    ]);
+    expect(untilNextMinute(now)).toBe(45_000);
+    expect(untilNextMidnight(now)).toBe(((14 * 60 + 29) * 60 + 45) * 1000);
+  });
 
   test('a channel filter leaves out events without a channel', () => {
     const events = [
