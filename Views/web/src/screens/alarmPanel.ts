@@ -14,6 +14,7 @@ import { showToast } from '../ui/dialog';
 import { readableTextOn } from '../logic/colour';
 import { clock, fullDate } from '../ui/format';
 import { icon } from '../ui/icons';
+import { errorMessage } from '../logic/errors';
 
 let ticker: number | undefined;
 
@@ -29,7 +30,7 @@ async function act(alarm: Alarm, action: 'stop' | 'pause' | 'resume' | 'snooze')
   try {
     await api.alarmAction(alarm.id, action);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
   invalidate('alarms');
 }
@@ -38,7 +39,7 @@ async function stopAll(): Promise<void> {
   try {
     await api.stopAll();
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
   invalidate('alarms');
 }

@@ -17,6 +17,7 @@ import { duration } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, linkRow, loadingNote, screenHeader, section, segmented, selectRow, switchRow } from '../ui/widgets';
 import { ruleEditor } from './ruleEditor';
+import { errorMessage } from '../logic/errors';
 
 export const palette: readonly { hex: string; name: string }[] = [
   { hex: '#FF3B30', name: 'Red' },
@@ -95,7 +96,7 @@ async function save(editor: EditorState): Promise<void> {
     }
     editor.freshAfter = fetchSequence();
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
     if (editor.edits === editsAtSave) editor.edits = 0;
   } finally {
     editor.saving = false;
@@ -189,7 +190,7 @@ async function changeCondition(editor: EditorState, condition: RuleConditionId, 
       target?.focus();
     }, 0);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 
@@ -204,9 +205,7 @@ async function previewTone(editor: EditorState, toneId: string): Promise<void> {
     editor.toneMessage =
       error instanceof ApiError && error.status === 409
         ? `Can't play the tone here: ${error.message}`
-        : error instanceof Error
-          ? error.message
-          : String(error);
+        : errorMessage(error);
   }
   requestRender();
 }
@@ -216,7 +215,7 @@ async function testRing(channel: Channel): Promise<void> {
     await api.testChannel(channel.id);
     invalidate('alarms', 'events');
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 
@@ -238,7 +237,7 @@ async function deleteChannel(channel: Channel, back: string): Promise<void> {
     invalidate('channels');
     navigate(back);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 

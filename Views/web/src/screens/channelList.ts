@@ -16,6 +16,7 @@ import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { errorNote, loadingNote, screenHeader, switchControl } from '../ui/widgets';
 import { lastTriggeredLabel } from '../logic/relativeTime';
+import { errorMessage } from '../logic/errors';
 
 // The order shown from the moment a channel is moved until the daemon's list
 // shows it too, so that rows do not jump back while the move is on its way.
@@ -49,7 +50,7 @@ async function move(views: ChannelView[], from: number, to: number): Promise<voi
     await api.moveChannel(moved, to + 1);
   } catch (error) {
     pendingOrder = null;
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
   invalidate('channels');
 }
@@ -58,7 +59,7 @@ async function setEnabled(view: ChannelView, isEnabled: boolean): Promise<void> 
   try {
     await api.updateChannel({ ...view.channel, isEnabled });
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
   invalidate('channels');
 }
@@ -126,7 +127,7 @@ export async function addChannel(body: { template?: string }, blank?: RuleTempla
     invalidate('channels');
     navigate(`/channels/${channel.id}${blank ? `?blank=${blank}` : ''}`);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 

@@ -13,6 +13,7 @@ import { fullDate } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, loadingNote, row, screenHeader, section } from '../ui/widgets';
 import { outcomeIcon } from './history';
+import { errorMessage } from '../logic/errors';
 
 function valueOrNotProvided(value: string | undefined): TemplateResult {
   return value === undefined ? html`<span class="muted">Not provided</span>` : html`${value}`;
@@ -24,7 +25,7 @@ async function createChannel(event: FireEvent): Promise<void> {
     invalidate('channels');
     navigate(`/history/${event.id}/channel/${channel.id}`);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 

@@ -12,6 +12,7 @@ import { eventTitle, filteredEvents, notificationLine } from '../logic/history';
 import { icon } from '../ui/icons';
 import { menuButton } from '../ui/menu';
 import { errorNote, loadingNote, screenHeader } from '../ui/widgets';
+import { errorMessage } from '../logic/errors';
 
 // Not kept anywhere: every visit starts unfiltered.
 let channelFilter: string | null = null;
@@ -35,7 +36,7 @@ async function clearHistory(): Promise<void> {
     await api.clearEvents();
     invalidate('events');
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 

@@ -13,6 +13,7 @@ import { icon } from '../ui/icons';
 import { automationSections } from './automation';
 import { allowAlarms } from './settings';
 import { setupTestPanel } from './setupTest';
+import { errorMessage } from '../logic/errors';
 
 const steps = ['welcome', 'automation', 'test'] as const;
 type Step = (typeof steps)[number];
@@ -33,7 +34,7 @@ async function finish(): Promise<void> {
     invalidate('settings');
     navigate('/channels', { replace: true });
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 

@@ -9,6 +9,7 @@ import { invalidate } from '../state/store';
 import { showToast } from '../ui/dialog';
 import { icon } from '../ui/icons';
 import { linkRow, row, screenHeader, section } from '../ui/widgets';
+import { errorMessage } from '../logic/errors';
 
 export function alarmPermissionLabel(state: AuthorizationState | string | undefined): string {
   switch (state) {
@@ -40,7 +41,7 @@ export async function allowAlarms(state: 'authorized' | 'denied' = 'authorized')
   try {
     await api.answerAlarmPermission(state);
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
   invalidate('authorization');
 }
@@ -51,7 +52,7 @@ async function stopAll(): Promise<void> {
     invalidate('alarms');
     showToast('All Ringwell alarms stopped.');
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 
@@ -60,7 +61,7 @@ async function emailSupport(): Promise<void> {
     const { url } = await api.emailSupport();
     window.location.href = url;
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
 }
 

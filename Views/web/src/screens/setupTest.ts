@@ -11,12 +11,13 @@ import { showToast } from '../ui/dialog';
 import { testNotificationCommand } from '../logic/shell';
 import { icon } from '../ui/icons';
 import { copyableCommand, errorNote, loadingNote, screenHeader } from '../ui/widgets';
+import { errorMessage } from '../logic/errors';
 
 async function run(action: () => Promise<SetupTestState>): Promise<void> {
   try {
     await action();
   } catch (error) {
-    showToast(error instanceof Error ? error.message : String(error));
+    showToast(errorMessage(error));
   }
   invalidate('setupTest');
 }

@@ -6,6 +6,7 @@
 
 import { ApiError } from '../api/client';
 import type { Topic } from '../api/types';
+import { errorMessage } from '../logic/errors';
 
 // Besides the daemon's topics, the passing of time: `minute` for relative
 // texts worked out by the daemon, `day` for figures that count from today.
@@ -93,7 +94,7 @@ export function query<T>(key: string, topics: readonly QueryTopic[], load: () =>
       },
       (error: unknown) => {
         current.error =
-          error instanceof ApiError ? error : new ApiError(0, error instanceof Error ? error.message : String(error));
+          error instanceof ApiError ? error : new ApiError(0, errorMessage(error));
       },
     ).finally(() => {
       current.pending = false;
