@@ -17,6 +17,7 @@ import { duration } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, linkRow, loadingNote, screenHeader, section, segmented, selectRow, switchRow } from '../ui/widgets';
 import { ruleEditor } from './ruleEditor';
+import { ChannelDraft } from '../state/channelDraft';
 import { errorMessage } from '../logic/errors';
 
 export const palette: readonly { hex: string; name: string }[] = [
@@ -34,14 +35,7 @@ const repeatIntervals = [60, 120, 300, 600, 900, 1800];
 
 interface EditorState {
   channelId: string;
-  draft: Channel | null;
-  edits: number; // edits made since the draft was last taken from the daemon
-  saveTimer: number | undefined;
-  saving: boolean;
-  saveAgain: boolean;
-  // Only channel data fetched after this sequence number is newer than the
-  // draft (see fetchSequence); older fetches may predate the last save.
-  freshAfter: number;
+  draft: ChannelDraft;
   description: RuleDescription | undefined;
   describedRule: string;
   describing: boolean;
@@ -54,15 +48,16 @@ let state: EditorState | null = null;
 
 function stateFor(channelId: string): EditorState {
   if (!state || state.channelId !== channelId) {
-    if (state) flushSave();
+    state?.draft.flush();
     state = {
       channelId,
-      draft: null,
-      edits: 0,
-      saveTimer: undefined,
-      saving: false,
-      saveAgain: false,
-      freshAfter: -1,
+      draft: new ChannelDraft({
+        save: (channel) => api.updateChannel(channel),
+        fetchSequence,
+        saved: () => invalidate('channels'),
+        failed: (error) => showToast(errorMessage(error)),
+        changed: requestRender,
+      }),
       description: undefined,
       describedRule: '',
       describing: false,
@@ -74,57 +69,11 @@ function stateFor(channelId: string): EditorState {
   return state;
 }
 
-// One save at a time: requests on separate connections may reach the daemon
-// out of order, and an older draft must never overwrite a newer one. Edits
-// made while a save is on its way are sent by one more save after it.
-async function save(editor: EditorState): Promise<void> {
-  editor.saveTimer = undefined;
-  if (editor.saving) {
-    editor.saveAgain = true;
-    return;
-  }
-  const draft = editor.draft;
-  if (!draft) return;
-  editor.saving = true;
-  const editsAtSave = editor.edits;
-  try {
-    const stored = await api.updateChannel(draft);
-    // Only a save that carried the latest edit may replace the draft.
-    if (editor.edits === editsAtSave) {
-      editor.draft = stored;
-      editor.edits = 0;
-    }
-    editor.freshAfter = fetchSequence();
-  } catch (error) {
-    showToast(errorMessage(error));
-    if (editor.edits === editsAtSave) editor.edits = 0;
-  } finally {
-    editor.saving = false;
-  }
-  if (editor.saveAgain) {
-    editor.saveAgain = false;
-    void save(editor);
-  }
-  invalidate('channels');
-}
-
-function flushSave(): void {
-  if (state?.saveTimer !== undefined) {
-    window.clearTimeout(state.saveTimer);
-    void save(state);
-  }
-}
-
 // Leaving the editor must not lose a pending edit.
-window.addEventListener('pagehide', flushSave);
+window.addEventListener('pagehide', () => state?.draft.flush());
 
 function edit(editor: EditorState, change: (channel: Channel) => Channel, delay = 0): void {
-  if (!editor.draft) return;
-  editor.draft = change(editor.draft);
-  editor.edits += 1;
-  window.clearTimeout(editor.saveTimer);
-  editor.saveTimer = window.setTimeout(() => void save(editor), delay);
-  requestRender();
+  editor.draft.edit(change, delay);
 }
 
 function describe(editor: EditorState, rule: ChannelRule): void {
@@ -164,7 +113,7 @@ const conditionFields: Record<RuleConditionId, (keyof ChannelRule)[]> = {
 // that condition, so edits made while it was on its way, or another
 // condition changed at the same time, are kept.
 async function changeCondition(editor: EditorState, condition: RuleConditionId, action: 'seed' | 'clear'): Promise<void> {
-  const draft = editor.draft;
+  const draft = editor.draft.current;
   if (!draft) return;
   try {
     const { rule: changed } = await api.changeCondition(draft.rule, condition, action);
@@ -229,7 +178,7 @@ async function deleteChannel(channel: Channel, back: string): Promise<void> {
   if (!confirmed) return;
   try {
     if (state?.channelId === channel.id) {
-      window.clearTimeout(state.saveTimer);
+      state.draft.discard();
       state = null;
     }
     await api.deleteChannel(channel.id);
@@ -280,7 +229,7 @@ function colourPicker(editor: EditorState, channel: Channel): TemplateResult {
 
 function toneRow(editor: EditorState, options: { id: string; label: string; value: string; includeSame: boolean; onChange: (value: string) => void }): TemplateResult {
   const tones = tonesQuery().data ?? [];
-  const playable = options.value || editor.draft?.sound || 'system';
+  const playable = options.value || editor.draft.current?.sound || 'system';
   return html`<div class="row">
     <label class="row-label" for=${options.id}>${options.label}</label>
     <select id=${options.id} class="select" .value=${options.value} @change=${(event: Event) => options.onChange((event.target as HTMLSelectElement).value)}>
@@ -306,11 +255,8 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
   const views = channelViewsQuery().data;
   const backLink = { href: back, label: back.startsWith('/history') ? 'Event' : 'Channels' };
 
-  const idle = editor.edits === 0 && editor.saveTimer === undefined && !editor.saving;
-  if (stored.data && idle && stored.sequence > editor.freshAfter) {
-    if (JSON.stringify(stored.data) !== JSON.stringify(editor.draft)) editor.draft = stored.data;
-  }
-  const channel = editor.draft;
+  if (stored.data) editor.draft.adopt(stored.data, stored.sequence);
+  const channel = editor.draft.current;
   if (!channel) {
     if (stored.error?.status === 404) {
       return html`${screenHeader({ title: 'Channel', back: backLink })}
