@@ -72,11 +72,17 @@ function tabBar(): TemplateResult {
     <span class="brand" aria-hidden="true">${icon('alarm.waves.left.and.right.fill')} Ringwell</span>
     <ul>
       ${tabs.map(
-        (tab) => html`<li>
-          <a href=${tab.href} class="tab" aria-current=${tab.id === active ? 'page' : nothing} @click=${onTab(tab.id)}>
-            ${icon(tab.symbol)}<span>${tab.label}</span>
-          </a>
-        </li>`,
+        (tab) =>
+          html`<li>
+            <a
+              href=${tab.href}
+              class="tab"
+              aria-current=${tab.id === active ? 'page' : nothing}
+              @click=${onTab(tab.id)}
+            >
+              ${icon(tab.symbol)}<span>${tab.label}</span>
+            </a>
+          </li>`,
       )}
     </ul>
   </nav>`;
@@ -93,7 +99,10 @@ function lockedView(): TemplateResult {
   return html`<main class="locked">
     ${icon('alarm.waves.left.and.right.fill', { className: 'hero-icon' })}
     <h1>Open Ringwell from its address</h1>
-    <p>This browser has no key for Ringwell. Run <code>ringwell open</code>, or open the address that <code>ringwell serve</code> printed.</p>
+    <p>
+      This browser has no key for Ringwell. Run <code>ringwell open</code>, or open the address that
+      <code>ringwell serve</code> printed.
+    </p>
   </main>`;
 }
 
@@ -102,10 +111,12 @@ function appView(): TemplateResult {
   const settings = settingsQuery();
   if (!settings.data) {
     return html`<main class="starting">
-      ${settings.error
-        ? html`<h1>Ringwell isn't running</h1>
-            <p>${settings.error.message}</p>`
-        : html`<p class="loading" aria-busy="true">Loading…</p>`}
+      ${
+        settings.error
+          ? html`<h1>Ringwell isn't running</h1>
+              <p>${settings.error.message}</p>`
+          : html`<p class="loading" aria-busy="true">Loading…</p>`
+      }
     </main>`;
   }
   const onboarding = !settings.data.hasCompletedOnboarding;

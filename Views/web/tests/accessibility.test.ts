@@ -19,12 +19,23 @@ async function unnamedControls(page: Page): Promise<string[]> {
     const named = (element: Element): boolean => {
       const label = element.getAttribute('aria-label') ?? '';
       const labelledBy = element.getAttribute('aria-labelledby');
-      const byId = labelledBy ? labelledBy.split(' ').map((id) => document.getElementById(id)?.textContent ?? '').join('') : '';
+      const byId = labelledBy
+        ? labelledBy
+            .split(' ')
+            .map((id) => document.getElementById(id)?.textContent ?? '')
+            .join('')
+        : '';
       const field = element as HTMLInputElement;
-      const labels = field.labels ? Array.from(field.labels).map((l) => l.textContent ?? '').join('') : '';
+      const labels = field.labels
+        ? Array.from(field.labels)
+            .map((l) => l.textContent ?? '')
+            .join('')
+        : '';
       return (label + byId + labels + (element.textContent ?? '')).trim() !== '';
     };
-    const controls = document.querySelectorAll('main button, main a, main input, main select, nav a, [role="switch"], [role="radio"]');
+    const controls = document.querySelectorAll(
+      'main button, main a, main input, main select, nav a, [role="switch"], [role="radio"]',
+    );
     return Array.from(controls)
       .filter((element) => !element.closest('[aria-hidden="true"]') && !named(element))
       .map((element) => element.outerHTML.slice(0, 120));
@@ -54,7 +65,9 @@ test('every screen names its controls and has one main heading', async ({ page }
   }
 });
 
-test('the keyboard reaches the tabs first, with a visible focus, and a new screen starts at its heading', async ({ page }) => {
+test('the keyboard reaches the tabs first, with a visible focus, and a new screen starts at its heading', async ({
+  page,
+}) => {
   await openApp(page, daemon(), '/channels');
   // Start from the top of the page once the screen has rendered and placed
   // its own focus, so the first Tab is not racing the first render.

@@ -70,12 +70,14 @@ test('adds a channel from a template and fills its blank condition first', async
   await expect(from.getByRole('listitem').filter({ hasText: 'Mom' })).toBeVisible();
   // The automatic name follows the rule once the daemon has stored it.
   await expect(page.getByRole('heading', { level: 1, name: 'Mom' })).toBeVisible();
-  await expect.poll(async () => (await channelNamed(daemon, 'Mom'))?.rule).toMatchObject({
-    apps: ['Phone'],
-    senders: ['Mom'],
-    calls: 'incoming',
-    cooldownSeconds: 300,
-  });
+  await expect
+    .poll(async () => (await channelNamed(daemon, 'Mom'))?.rule)
+    .toMatchObject({
+      apps: ['Phone'],
+      senders: ['Mom'],
+      calls: 'incoming',
+      cooldownSeconds: 300,
+    });
   // Phone is always among the known apps, so its row says it reaches Ringwell.
   await expect(page.locator('[data-condition="app"]').getByText('Reaching Ringwell')).toBeVisible();
 
@@ -93,14 +95,16 @@ test('edits the alarm settings, the name and the colour, and the list follows', 
   await page.getByRole('switch', { name: 'Snooze' }).click();
   await page.getByRole('radio', { name: 'Blue' }).click();
   await page.getByLabel('Name').fill('Mother');
-  await expect.poll(async () => (await channels(daemon)).find((channel) => channel.id === mom.id)).toMatchObject({
-    name: 'Mother',
-    usesAutomaticName: false,
-    mode: 'countdown',
-    countdownSeconds: 60,
-    snoozeEnabled: true,
-    tintHex: '#007AFF',
-  });
+  await expect
+    .poll(async () => (await channels(daemon)).find((channel) => channel.id === mom.id))
+    .toMatchObject({
+      name: 'Mother',
+      usesAutomaticName: false,
+      mode: 'countdown',
+      countdownSeconds: 60,
+      snoozeEnabled: true,
+      tintHex: '#007AFF',
+    });
 
   // Clearing the name hands it back to the rule.
   await page.getByLabel('Name').fill('');
@@ -128,7 +132,9 @@ test.describe('tone preview', () => {
       route.fulfill({ status: 409, json: { error: 'There is no audio server.' } }),
     );
     await page.getByRole('button', { name: 'Play Tone' }).click();
-    await expect(page.getByRole('status').filter({ hasText: "Can't play the tone here: There is no audio server." })).toBeVisible();
+    await expect(
+      page.getByRole('status').filter({ hasText: "Can't play the tone here: There is no audio server." }),
+    ).toBeVisible();
   });
 });
 
@@ -232,7 +238,9 @@ test('reorders by dragging and from the keyboard', async ({ page, daemon }) => {
   await expect(page.locator('.channel-name')).toHaveText(['Slack', 'Urgent', 'Mom']);
 
   // Arrow keys on a handle move that channel one place.
-  await rowOf(page, 'Slack').getByRole('button', { name: /Reorder Slack/ }).focus();
+  await rowOf(page, 'Slack')
+    .getByRole('button', { name: /Reorder Slack/ })
+    .focus();
   await page.keyboard.press('ArrowDown');
   await expect.poll(names).toEqual(['Urgent', 'Slack', 'Mom']);
   await expect(page.getByRole('button', { name: /Reorder Slack, position 2 of 3/ })).toBeFocused();

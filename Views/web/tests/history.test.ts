@@ -15,7 +15,8 @@ const channels = (daemon: Daemon) => daemon.api<Channel[]>('GET', '/v1/channels'
 // Forwards notifications and silences what they rang, so that no alarm
 // covers the screen under test.
 async function forward(daemon: Daemon, ...notifications: [app: string, title: string, body: string][]) {
-  for (const [app, title, body] of notifications) await daemon.cli('send', '--app', app, '--title', title, '--body', body);
+  for (const [app, title, body] of notifications)
+    await daemon.cli('send', '--app', app, '--title', title, '--body', body);
   await daemon.api('POST', '/v1/stop-all');
 }
 
@@ -25,7 +26,10 @@ async function narrowUrgent(daemon: Daemon, app: string): Promise<void> {
   await daemon.api('PUT', `/v1/channels/${urgent.id}`, { ...urgent, rule: { ...urgent.rule, apps: [app] } });
 }
 
-test('shows a forwarded notification at once, rings it, and stops it from the alarm panel', async ({ page, daemon }) => {
+test('shows a forwarded notification at once, rings it, and stops it from the alarm panel', async ({
+  page,
+  daemon,
+}) => {
   await openApp(page, daemon, '/history');
   await expect(page.getByRole('heading', { name: 'No History' })).toBeVisible();
   await expect(page.getByText('Forwarded notifications show up here.')).toBeVisible();
@@ -111,7 +115,12 @@ test('filters by channel and keeps unmatched events out of a channel filter', as
   // A "Mom" channel and a notification that nothing matches.
   await daemon.api('POST', '/v1/channels', { name: 'Mom', rule: { apps: ['Messages'], senders: ['Mom'] } });
   await narrowUrgent(daemon, 'Pager');
-  await forward(daemon, ['Mail', 'Newsletter', 'weekly'], ['Messages', 'Mom', 'lunch?'], ['Pager', 'On call', 'disk full']);
+  await forward(
+    daemon,
+    ['Mail', 'Newsletter', 'weekly'],
+    ['Messages', 'Mom', 'lunch?'],
+    ['Pager', 'On call', 'disk full'],
+  );
 
   await openApp(page, daemon, '/history');
   const rows = page.locator('.event-row');
@@ -162,7 +171,9 @@ test('shows the day’s bars and figures in Stats', async ({ page, daemon }) => 
   await expect(lastWeek.locator('tbody tr').first().locator('td')).toHaveText(['0', '0']);
   // The chart really drew the bars: today's column has coloured pixels.
   const canvas = page.locator('canvas');
-  await expect.poll(async () => await canvas.evaluate((element: HTMLCanvasElement) => element.width)).toBeGreaterThan(0);
+  await expect
+    .poll(async () => await canvas.evaluate((element: HTMLCanvasElement) => element.width))
+    .toBeGreaterThan(0);
   const coloured = await canvas.evaluate((element: HTMLCanvasElement) => {
     const context = element.getContext('2d')!;
     const { width, height } = element;
@@ -209,9 +220,20 @@ test('clears the history only after confirming', async ({ page, daemon }) => {
   await snap(page, 'stats-empty');
 });
 
-test('names each notification on one line, and at phone width dates leave the text its width', async ({ page, daemon }) => {
+test('names each notification on one line, and at phone width dates leave the text its width', async ({
+  page,
+  daemon,
+}) => {
   await narrowUrgent(daemon, 'Pager');
-  await daemon.cli('send', '--app', 'Mail', '--title', 'Quarterly report\nfor the whole team, with every figure of the year', '--body', 'x');
+  await daemon.cli(
+    'send',
+    '--app',
+    'Mail',
+    '--title',
+    'Quarterly report\nfor the whole team, with every figure of the year',
+    '--body',
+    'x',
+  );
   await daemon.cli('send', '--app', 'Messages', '--sender', 'Ann', '--body', 'on my way');
   await openApp(page, daemon, '/history');
   const rows = page.locator('.event-row');
@@ -222,7 +244,9 @@ test('names each notification on one line, and at phone width dates leave the te
 
   await page.setViewportSize(phone);
   const oneLine = async (element: Locator) =>
-    element.evaluate((node) => node.getBoundingClientRect().height <= parseFloat(getComputedStyle(node).lineHeight) * 1.5);
+    element.evaluate(
+      (node) => node.getBoundingClientRect().height <= parseFloat(getComputedStyle(node).lineHeight) * 1.5,
+    );
   const report = rows.nth(1).locator('.event-notification');
   // Cut with an ellipsis, on one line.
   expect(await report.evaluate((node) => node.scrollWidth > node.clientWidth)).toBe(true);

@@ -20,6 +20,8 @@ test('says when Ringwell stops, and catches up once it is back', async ({ page }
   // A change made while the page was not listening.
   await daemon().cli('send', '--app', 'Messages', '--title', 'Mom', '--body', 'back again');
   await daemon().api('POST', '/v1/stop-all');
-  await expect(page.getByRole('alert').filter({ hasText: "Ringwell isn't running." })).toHaveCount(0, { timeout: 15_000 });
+  await expect(page.getByRole('alert').filter({ hasText: "Ringwell isn't running." })).toHaveCount(0, {
+    timeout: 15_000,
+  });
   await expect(page.locator('.event-row').first()).toContainText('Urgent', { timeout: 15_000 });
 });

@@ -11,7 +11,9 @@ test.describe('finishing the onboarding', () => {
     await openApp(page, daemon());
     const cover = page.getByRole('dialog', { name: 'Welcome to Ringwell' });
     await expect(cover.getByRole('heading', { name: 'Never miss the ones that matter' })).toBeVisible();
-    await expect(cover.getByText('Turn notifications into alarms that ring through silence and do-not-disturb.')).toBeVisible();
+    await expect(
+      cover.getByText('Turn notifications into alarms that ring through silence and do-not-disturb.'),
+    ).toBeVisible();
     // The tabs are behind the cover and out of reach.
     await expect(page.getByRole('navigation', { name: 'Ringwell' })).toBeHidden();
     await snap(page, 'onboarding-welcome');
@@ -24,7 +26,10 @@ test.describe('finishing the onboarding', () => {
 
     await expect(cover.getByRole('heading', { name: 'Connect your notifications' })).toBeVisible();
     await expect(cover.getByText('One automation, built once. About a minute.')).toBeVisible();
-    await expect(cover.getByRole('link', { name: 'Add the Ringwell Automation' })).toHaveAttribute('href', '/ringwell-forward.sh');
+    await expect(cover.getByRole('link', { name: 'Add the Ringwell Automation' })).toHaveAttribute(
+      'href',
+      '/ringwell-forward.sh',
+    );
     await snap(page, 'onboarding-automation');
 
     // Back returns to the welcome; Continue comes back.
@@ -40,8 +45,21 @@ test.describe('finishing the onboarding', () => {
     await expect(cover.getByText('Waiting for a notification…')).toBeVisible();
     await snap(page, 'onboarding-test-waiting');
 
-    await daemon().cli('send', '--app', 'Messages', '--title', 'Mom', '--body', 'call me', '--sender', 'Mom',
-      '--notification', 'Mom\ncall me', '--time-sensitive', 'no');
+    await daemon().cli(
+      'send',
+      '--app',
+      'Messages',
+      '--title',
+      'Mom',
+      '--body',
+      'call me',
+      '--sender',
+      'Mom',
+      '--notification',
+      'Mom\ncall me',
+      '--time-sensitive',
+      'no',
+    );
     await expect(cover.getByText('Your automation is set up correctly.')).toBeVisible();
     await expect(cover.getByText("You're all set.")).toBeVisible();
     await expect(finish).toBeEnabled();

@@ -14,7 +14,12 @@ interface Answer {
 }
 
 // node:http, because fetch does not let a caller choose the Host header.
-function send(options: { method?: string; path: string; headers?: Record<string, string>; body?: string }): Promise<Answer> {
+function send(options: {
+  method?: string;
+  path: string;
+  headers?: Record<string, string>;
+  body?: string;
+}): Promise<Answer> {
   return new Promise((resolve, reject) => {
     const req = httpRequest(
       {
@@ -72,7 +77,12 @@ test('a request without the token is refused', async () => {
 });
 
 test('a foreign Host is refused even with the token', async () => {
-  for (const host of [`evil.example:${daemon().port}`, 'localhost', `127.0.0.1:${daemon().port + 1}`, `rebind.127.0.0.1.nip.io:${daemon().port}`]) {
+  for (const host of [
+    `evil.example:${daemon().port}`,
+    'localhost',
+    `127.0.0.1:${daemon().port + 1}`,
+    `rebind.127.0.0.1.nip.io:${daemon().port}`,
+  ]) {
     const answer = await send({ path: '/v1/status', headers: { ...token(), Host: host } });
     expect(answer.status, host).toBe(403);
   }
@@ -90,12 +100,21 @@ test('a change from a foreign Origin is refused; the app’s own origin and no O
     const answer = await send({ method: 'POST', path: '/v1/channels', headers: { ...json, Origin: origin }, body });
     expect(answer.status, origin).toBe(403);
   }
-  const deleteAll = await send({ method: 'DELETE', path: '/v1/events', headers: { ...token(), Origin: 'http://evil.example' } });
+  const deleteAll = await send({
+    method: 'DELETE',
+    path: '/v1/events',
+    headers: { ...token(), Origin: 'http://evil.example' },
+  });
   expect(deleteAll.status).toBe(403);
   expect(await daemon().api<unknown[]>('GET', '/v1/channels')).toHaveLength(before.length);
 
   for (const origin of [`http://127.0.0.1:${daemon().port}`, `http://localhost:${daemon().port}`]) {
-    const answer = await send({ method: 'POST', path: '/v1/stop-all', headers: { ...json, Origin: origin }, body: '{}' });
+    const answer = await send({
+      method: 'POST',
+      path: '/v1/stop-all',
+      headers: { ...json, Origin: origin },
+      body: '{}',
+    });
     expect(answer.status, origin).toBe(204);
   }
   const script = await send({ method: 'POST', path: '/v1/stop-all', headers: json, body: '{}' });

@@ -14,8 +14,21 @@ async function countDownUrgent(daemon: Daemon): Promise<void> {
 }
 
 // A notification with every field mapped as it should be.
-const wellFormed = ['send', '--app', 'Signal', '--title', 'Ann', '--body', 'on my way', '--sender', 'Ann',
-  '--notification', 'Ann\non my way', '--time-sensitive', 'no'];
+const wellFormed = [
+  'send',
+  '--app',
+  'Signal',
+  '--title',
+  'Ann',
+  '--body',
+  'on my way',
+  '--sender',
+  'Ann',
+  '--notification',
+  'Ann\non my way',
+  '--time-sensitive',
+  'no',
+];
 
 test('shows the permission, the help and the version', async ({ page, daemon }) => {
   await openApp(page, daemon, '/settings');
@@ -125,7 +138,9 @@ test('the setup test passes with a well-formed notification', async ({ page, dae
   await snap(page, 'setup-test-idle');
   await page.getByRole('button', { name: 'Start Test' }).click();
   await expect(page.getByText('Waiting for a notification…')).toBeVisible();
-  await expect(page.getByText('Nothing after a minute? Check that the automation is on and that the app is selected in it.')).toBeVisible();
+  await expect(
+    page.getByText('Nothing after a minute? Check that the automation is on and that the app is selected in it.'),
+  ).toBeVisible();
   await expect(page.getByText('notify-send --app-name=Phone "Ringwell test" "It works"')).toBeVisible();
   await snap(page, 'setup-test-waiting');
 
@@ -134,7 +149,14 @@ test('the setup test passes with a well-formed notification', async ({ page, dae
   await expect(page.getByText('Your automation is set up correctly.')).toBeVisible();
   const rows = page.getByRole('list', { name: 'Fields' }).getByRole('listitem');
   await expect(rows).toHaveCount(6);
-  await expect(rows.locator('.check-label')).toHaveText(['App', 'Title', 'Subtitle', 'Body', 'Is Time Sensitive', 'Sender']);
+  await expect(rows.locator('.check-label')).toHaveText([
+    'App',
+    'Title',
+    'Subtitle',
+    'Body',
+    'Is Time Sensitive',
+    'Sender',
+  ]);
   await expect(rows.filter({ hasText: 'Subtitle' })).toContainText('This notification had no subtitle.');
   await expect(page.getByRole('button', { name: 'Test Again' })).toBeVisible();
   await snap(page, 'setup-test-passed');
@@ -148,13 +170,24 @@ test('the setup test names the fields that fail', async ({ page, daemon }) => {
   await openApp(page, daemon, '/settings/setup-test');
   await page.getByRole('button', { name: 'Test Again' }).click();
   await expect(page.getByText('Waiting for a notification…')).toBeVisible();
-  await daemon.cli('send', '--app', 'Signal', '--title', 'on my way', '--body', 'on my way',
-    '--notification', 'Ann\non my way', '--time-sensitive', 'maybe');
+  await daemon.cli(
+    'send',
+    '--app',
+    'Signal',
+    '--title',
+    'on my way',
+    '--body',
+    'on my way',
+    '--notification',
+    'Ann\non my way',
+    '--time-sensitive',
+    'maybe',
+  );
   await expect(page.getByText('Some fields need fixing in your automation.')).toBeVisible();
   const failed = page.locator('.check-row.failed');
   await expect(failed.locator('.check-label')).toHaveText(['Title', 'Body', 'Is Time Sensitive']);
   await expect(failed.filter({ hasText: 'Title' })).toContainText(
-    "Doesn't match the notification's title (Ann). Set Title from the notification with --title or the JSON field \"notificationTitle\".",
+    'Doesn\'t match the notification\'s title (Ann). Set Title from the notification with --title or the JSON field "notificationTitle".',
   );
   await expect(failed.filter({ hasText: 'Is Time Sensitive' })).toContainText(
     'Set Is Time Sensitive from the notification with --time-sensitive or the JSON field "timeSensitive".',
@@ -162,5 +195,7 @@ test('the setup test names the fields that fail', async ({ page, daemon }) => {
   await expect(page.getByRole('button', { name: 'Test Again After Fixing' })).toBeVisible();
   await snap(page, 'setup-test-failed');
   const settings = await daemon.api<{ lastSetupTestResult: string }>('GET', '/v1/settings');
-  expect(settings.lastSetupTestResult).toMatch(/^failed: Title, Body, Is Time Sensitive \(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ\)$/);
+  expect(settings.lastSetupTestResult).toMatch(
+    /^failed: Title, Body, Is Time Sensitive \(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ\)$/,
+  );
 });

@@ -75,8 +75,7 @@ export const api = {
   completeOnboarding: () => put<Settings>('/v1/settings', { hasCompletedOnboarding: true }),
 
   permissions: () => get<Permissions>('/v1/permissions'),
-  answerAlarmPermission: (state: 'authorized' | 'denied') =>
-    put<Permissions>('/v1/permissions/alarms', { state }),
+  answerAlarmPermission: (state: 'authorized' | 'denied') => put<Permissions>('/v1/permissions/alarms', { state }),
 
   channels: () => get<Channel[]>('/v1/channels'),
   channelViews: () => get<ChannelView[]>('/v1/channel-views'),
@@ -96,8 +95,7 @@ export const api = {
     post<{ rule: ChannelRule }>('/v1/rules/condition', { rule, condition, action }),
 
   knownApps: () => get<string[]>('/v1/known-apps'),
-  knownSenders: (apps: string[]) =>
-    get<string[]>(`/v1/known-senders?${apps.map((app) => `app=${id(app)}`).join('&')}`),
+  knownSenders: (apps: string[]) => get<string[]>(`/v1/known-senders?${apps.map((app) => `app=${id(app)}`).join('&')}`),
   appsToForward: () => get<{ apps: string[] | null }>('/v1/apps-to-forward'),
 
   tones: () => get<Tone[]>('/v1/tones'),

@@ -55,14 +55,7 @@ export interface ChannelView {
 }
 
 export type FireOutcome =
-  | 'fired'
-  | 'coalesced'
-  | 'cooledDown'
-  | 'skipped'
-  | 'noMatch'
-  | 'failed'
-  | 'setupTest'
-  | 'ignored';
+  'fired' | 'coalesced' | 'cooledDown' | 'skipped' | 'noMatch' | 'failed' | 'setupTest' | 'ignored';
 
 export interface ReceivedField {
   name: string;
@@ -102,14 +95,7 @@ export interface NotificationInfo {
   received?: ReceivedField[];
 }
 
-export type RuleConditionId =
-  | 'app'
-  | 'sender'
-  | 'keywords'
-  | 'calls'
-  | 'hours'
-  | 'repeated'
-  | 'cooldown';
+export type RuleConditionId = 'app' | 'sender' | 'keywords' | 'calls' | 'hours' | 'repeated' | 'cooldown';
 
 export interface AvailableCondition {
   id: RuleConditionId;
@@ -264,14 +250,7 @@ export interface Limits {
 }
 
 // What one server-sent `change` event names; the client refetches it.
-export type Topic =
-  | 'channels'
-  | 'events'
-  | 'setupWarning'
-  | 'alarms'
-  | 'authorization'
-  | 'setupTest'
-  | 'settings';
+export type Topic = 'channels' | 'events' | 'setupWarning' | 'alarms' | 'authorization' | 'setupTest' | 'settings';
 
 export const allTopics: readonly Topic[] = [
   'channels',

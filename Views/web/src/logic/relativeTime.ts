@@ -31,7 +31,9 @@ export function relativeDescription(date: Date, now: Date): string {
 
 // The channel list's status: when the channel last rang, if ever.
 export function lastTriggeredLabel(lastTriggered: number | undefined, now: Date): string {
-  return lastTriggered === undefined ? 'Never triggered' : `Last triggered ${relativeDescription(toDate(lastTriggered), now)}`;
+  return lastTriggered === undefined
+    ? 'Never triggered'
+    : `Last triggered ${relativeDescription(toDate(lastTriggered), now)}`;
 }
 
 // Milliseconds from `now` to the next whole minute and to the next local

@@ -4,7 +4,7 @@
 // One word for sh: plain when it is only safe characters, else in single
 // quotes, with each single quote written as '\''.
 export function shellQuote(word: string): string {
-  if (/^[A-Za-z0-9_.+:@%\/-]+$/.test(word)) return word;
+  if (/^[A-Za-z0-9_.+:@%/-]+$/.test(word)) return word;
   return `'${word.replace(/'/g, `'\\''`)}'`;
 }
 

@@ -89,27 +89,35 @@ function alarmCard(alarm: Alarm): TemplateResult {
     </div>
     <h2 class="alarm-title" id=${headingId}>${title}</h2>
     ${text && alarm.state !== 'alerting' ? html`<p class="alarm-text">${text}</p>` : nothing}
-    ${alarm.state === 'alerting'
-      ? alarm.fireDate !== undefined
-        ? html`<p class="alarm-clock" aria-label="Ringing since">Ringing since ${fullDate(alarm.fireDate)}</p>`
-        : nothing
-      : html`<p class="alarm-clock" role="timer" aria-label="Time left">${clock(secondsLeft(alarm))}</p>`}
+    ${
+      alarm.state === 'alerting'
+        ? alarm.fireDate !== undefined
+          ? html`<p class="alarm-clock" aria-label="Ringing since">Ringing since ${fullDate(alarm.fireDate)}</p>`
+          : nothing
+        : html`<p class="alarm-clock" role="timer" aria-label="Time left">${clock(secondsLeft(alarm))}</p>`
+    }
     <div class="alarm-actions">
-      ${alarm.state === 'alerting' && snooze
-        ? html`<button type="button" class="alarm-button secondary" @click=${() => void act(alarm, 'snooze')}>
-            ${icon(snooze.systemImageName)}<span>${snooze.text}</span>
-          </button>`
-        : nothing}
-      ${alarm.state === 'countdown' && pause
-        ? html`<button type="button" class="alarm-button secondary" @click=${() => void act(alarm, 'pause')}>
-            ${icon(pause.systemImageName)}<span>${pause.text}</span>
-          </button>`
-        : nothing}
-      ${alarm.state === 'paused' && resume
-        ? html`<button type="button" class="alarm-button secondary" @click=${() => void act(alarm, 'resume')}>
-            ${icon(resume.systemImageName)}<span>${resume.text}</span>
-          </button>`
-        : nothing}
+      ${
+        alarm.state === 'alerting' && snooze
+          ? html`<button type="button" class="alarm-button secondary" @click=${() => void act(alarm, 'snooze')}>
+              ${icon(snooze.systemImageName)}<span>${snooze.text}</span>
+            </button>`
+          : nothing
+      }
+      ${
+        alarm.state === 'countdown' && pause
+          ? html`<button type="button" class="alarm-button secondary" @click=${() => void act(alarm, 'pause')}>
+              ${icon(pause.systemImageName)}<span>${pause.text}</span>
+            </button>`
+          : nothing
+      }
+      ${
+        alarm.state === 'paused' && resume
+          ? html`<button type="button" class="alarm-button secondary" @click=${() => void act(alarm, 'resume')}>
+              ${icon(resume.systemImageName)}<span>${resume.text}</span>
+            </button>`
+          : nothing
+      }
       <button type="button" class="alarm-button stop" @click=${() => void act(alarm, 'stop')}>
         ${icon(stopButton?.systemImageName ?? 'stop.circle')}<span>${stopButton?.text ?? 'Stop'}</span>
       </button>
@@ -127,11 +135,13 @@ export function alarmPanel(): TemplateResult | typeof nothing {
   return html`<div class="alarm-layer ${ringing ? 'ringing' : ''}">
     <div class="alarm-stack" aria-label="Alarms" role="group">
       ${alarms.map(alarmCard)}
-      ${alarms.length > 1
-        ? html`<button type="button" class="alarm-button stop-all" @click=${() => void stopAll()}>
-            ${icon('stop.circle')}<span>Stop All Alarms</span>
-          </button>`
-        : nothing}
+      ${
+        alarms.length > 1
+          ? html`<button type="button" class="alarm-button stop-all" @click=${() => void stopAll()}>
+              ${icon('stop.circle')}<span>Stop All Alarms</span>
+            </button>`
+          : nothing
+      }
     </div>
   </div>`;
 }

@@ -112,7 +112,11 @@ const conditionFields: Record<RuleConditionId, (keyof ChannelRule)[]> = {
 // model's own logic in the daemon. The answer replaces only the fields of
 // that condition, so edits made while it was on its way, or another
 // condition changed at the same time, are kept.
-async function changeCondition(editor: EditorState, condition: RuleConditionId, action: 'seed' | 'clear'): Promise<void> {
+async function changeCondition(
+  editor: EditorState,
+  condition: RuleConditionId,
+  action: 'seed' | 'clear',
+): Promise<void> {
   const draft = editor.draft.current;
   if (!draft) return;
   try {
@@ -198,13 +202,20 @@ function secondsChoices(presets: readonly number[], current: number) {
 function colourPicker(editor: EditorState, channel: Channel): TemplateResult {
   const onKey = (event: KeyboardEvent) => {
     const index = palette.findIndex((colour) => colour.hex === channel.tintHex.toUpperCase());
-    const step = event.key === 'ArrowRight' || event.key === 'ArrowDown' ? 1 : event.key === 'ArrowLeft' || event.key === 'ArrowUp' ? -1 : 0;
+    const step =
+      event.key === 'ArrowRight' || event.key === 'ArrowDown'
+        ? 1
+        : event.key === 'ArrowLeft' || event.key === 'ArrowUp'
+          ? -1
+          : 0;
     if (!step) return;
     event.preventDefault();
     const next = palette[(Math.max(index, 0) + step + palette.length) % palette.length];
     if (!next) return;
     edit(editor, (draft) => ({ ...draft, tintHex: next.hex }));
-    queueMicrotask(() => (event.currentTarget as HTMLElement | null)?.querySelector<HTMLElement>('[aria-checked="true"]')?.focus());
+    queueMicrotask(() =>
+      (event.currentTarget as HTMLElement | null)?.querySelector<HTMLElement>('[aria-checked="true"]')?.focus(),
+    );
   };
   const group = (event: KeyboardEvent) => onKey(event);
   return html`<div class="row wrap">
@@ -227,12 +238,20 @@ function colourPicker(editor: EditorState, channel: Channel): TemplateResult {
   </div>`;
 }
 
-function toneRow(editor: EditorState, options: { id: string; label: string; value: string; includeSame: boolean; onChange: (value: string) => void }): TemplateResult {
+function toneRow(
+  editor: EditorState,
+  options: { id: string; label: string; value: string; includeSame: boolean; onChange: (value: string) => void },
+): TemplateResult {
   const tones = tonesQuery().data ?? [];
   const playable = options.value || editor.draft.current?.sound || 'system';
   return html`<div class="row">
     <label class="row-label" for=${options.id}>${options.label}</label>
-    <select id=${options.id} class="select" .value=${options.value} @change=${(event: Event) => options.onChange((event.target as HTMLSelectElement).value)}>
+    <select
+      id=${options.id}
+      class="select"
+      .value=${options.value}
+      @change=${(event: Event) => options.onChange((event.target as HTMLSelectElement).value)}
+    >
       ${options.includeSame ? html`<option value="" ?selected=${options.value === ''}>Same as Tone</option>` : nothing}
       ${tones.map((tone) => html`<option value=${tone.id} ?selected=${tone.id === options.value}>${tone.label}</option>`)}
     </select>
@@ -248,7 +267,11 @@ function toneRow(editor: EditorState, options: { id: string; label: string; valu
   </div>`;
 }
 
-export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' | undefined, back: string): TemplateResult {
+export function channelEditorScreen(
+  channelId: string,
+  blank: 'sender' | 'app' | undefined,
+  back: string,
+): TemplateResult {
   const editor = stateFor(channelId);
   const stored = query(`channel:${channelId}`, ['channels'], () => api.channel(channelId));
   const limits = limitsQuery().data;
@@ -292,72 +315,73 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
   };
 
   return html`${screenHeader({
-      title: channel.name,
-      back: backLink,
-      actions: html`<button type="button" class="toolbar-button with-label" @click=${() => void testRing(channel)}>
-        ${icon('alarm.waves.left.and.right')}<span>Test</span>
-      </button>`,
-    })}
-    ${section({
-      id: 'channel-basics',
-      content: html`<div class="field">
-          <label for="channel-name">Name</label>
-          <input
-            id="channel-name"
-            type="text"
-            maxlength=${limits?.nameLimit ?? 40}
-            .value=${nameValue}
-            placeholder=${description?.suggestedName ?? channel.name}
-            aria-describedby="channel-name-hint"
-            @input=${onName}
-          />
-          <p class="hint" id="channel-name-hint">Leave blank to name it after its conditions.</p>
-        </div>
-        ${colourPicker(editor, channel)}
-        ${switchRow({
-          label: 'Enabled',
-          detail: channel.isEnabled ? undefined : 'Matching notifications are skipped.',
-          checked: channel.isEnabled,
-          onChange: (isEnabled) => edit(editor, (draft) => ({ ...draft, isEnabled })),
-        })}`,
-    })}
-    ${section({
-      id: 'conditions',
-      title: 'Conditions',
-      content: ruleEditor({
-        channelId: channel.id,
-        rule: channel.rule,
-        description,
-        limits,
-        open: editor.open,
-        blank,
-        onRule: (rule) => edit(editor, (draft) => ({ ...draft, rule }), 300),
-        onCondition: (condition, action) => void changeCondition(editor, condition, action),
-      }),
-      footer: html`${view ? html`<span>${view.connection.label}</span>` : nothing}`,
-    })}
-    ${section({
-      content: linkRow(`/channels/${channel.id}/preview`, 'Preview', {
-        symbol: 'list.bullet.rectangle',
-        detail: 'What recent notifications would do',
-      }),
-    })}
-    ${section({
-      id: 'alarm',
-      title: 'Alarm',
-      content: html`<div class="row">
-          <span class="row-label">Mode</span>
-          ${segmented({
-            label: 'Mode',
-            value: channel.mode,
-            choices: [
-              { value: 'immediate', label: 'Immediate' },
-              { value: 'countdown', label: 'Countdown' },
-            ],
-            onChange: (mode) => edit(editor, (draft) => ({ ...draft, mode })),
-          })}
-        </div>
-        ${channel.mode === 'countdown'
+    title: channel.name,
+    back: backLink,
+    actions: html`<button type="button" class="toolbar-button with-label" @click=${() => void testRing(channel)}>
+      ${icon('alarm.waves.left.and.right')}<span>Test</span>
+    </button>`,
+  })}
+  ${section({
+    id: 'channel-basics',
+    content: html`<div class="field">
+        <label for="channel-name">Name</label>
+        <input
+          id="channel-name"
+          type="text"
+          maxlength=${limits?.nameLimit ?? 40}
+          .value=${nameValue}
+          placeholder=${description?.suggestedName ?? channel.name}
+          aria-describedby="channel-name-hint"
+          @input=${onName}
+        />
+        <p class="hint" id="channel-name-hint">Leave blank to name it after its conditions.</p>
+      </div>
+      ${colourPicker(editor, channel)}
+      ${switchRow({
+        label: 'Enabled',
+        detail: channel.isEnabled ? undefined : 'Matching notifications are skipped.',
+        checked: channel.isEnabled,
+        onChange: (isEnabled) => edit(editor, (draft) => ({ ...draft, isEnabled })),
+      })}`,
+  })}
+  ${section({
+    id: 'conditions',
+    title: 'Conditions',
+    content: ruleEditor({
+      channelId: channel.id,
+      rule: channel.rule,
+      description,
+      limits,
+      open: editor.open,
+      blank,
+      onRule: (rule) => edit(editor, (draft) => ({ ...draft, rule }), 300),
+      onCondition: (condition, action) => void changeCondition(editor, condition, action),
+    }),
+    footer: html`${view ? html`<span>${view.connection.label}</span>` : nothing}`,
+  })}
+  ${section({
+    content: linkRow(`/channels/${channel.id}/preview`, 'Preview', {
+      symbol: 'list.bullet.rectangle',
+      detail: 'What recent notifications would do',
+    }),
+  })}
+  ${section({
+    id: 'alarm',
+    title: 'Alarm',
+    content: html`<div class="row">
+        <span class="row-label">Mode</span>
+        ${segmented({
+          label: 'Mode',
+          value: channel.mode,
+          choices: [
+            { value: 'immediate', label: 'Immediate' },
+            { value: 'countdown', label: 'Countdown' },
+          ],
+          onChange: (mode) => edit(editor, (draft) => ({ ...draft, mode })),
+        })}
+      </div>
+      ${
+        channel.mode === 'countdown'
           ? selectRow({
               id: 'countdown',
               label: 'Countdown',
@@ -365,13 +389,15 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
               choices: secondsChoices(limits?.countdownPresets ?? [5, 10, 30, 60, 300], channel.countdownSeconds),
               onChange: (countdownSeconds) => edit(editor, (draft) => ({ ...draft, countdownSeconds })),
             })
-          : nothing}
-        ${switchRow({
-          label: 'Snooze',
-          checked: channel.snoozeEnabled,
-          onChange: (snoozeEnabled) => edit(editor, (draft) => ({ ...draft, snoozeEnabled })),
-        })}
-        ${channel.snoozeEnabled
+          : nothing
+      }
+      ${switchRow({
+        label: 'Snooze',
+        checked: channel.snoozeEnabled,
+        onChange: (snoozeEnabled) => edit(editor, (draft) => ({ ...draft, snoozeEnabled })),
+      })}
+      ${
+        channel.snoozeEnabled
           ? selectRow({
               id: 'snooze',
               label: 'Snooze for',
@@ -379,14 +405,16 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
               choices: secondsChoices(limits?.snoozePresets ?? [60, 300, 600], channel.snoozeSeconds),
               onChange: (snoozeSeconds) => edit(editor, (draft) => ({ ...draft, snoozeSeconds })),
             })
-          : nothing}
-        ${switchRow({
-          label: 'Repeat',
-          detail: 'Reminder alarms after the first one.',
-          checked: channel.repeatEnabled,
-          onChange: (repeatEnabled) => edit(editor, (draft) => ({ ...draft, repeatEnabled })),
-        })}
-        ${channel.repeatEnabled
+          : nothing
+      }
+      ${switchRow({
+        label: 'Repeat',
+        detail: 'Reminder alarms after the first one.',
+        checked: channel.repeatEnabled,
+        onChange: (repeatEnabled) => edit(editor, (draft) => ({ ...draft, repeatEnabled })),
+      })}
+      ${
+        channel.repeatEnabled
           ? html`${selectRow({
               id: 'repeat-interval',
               label: 'Every',
@@ -401,43 +429,52 @@ export function channelEditorScreen(channelId: string, blank: 'sender' | 'app' |
               choices: Array.from({ length: 10 }, (_, i) => ({ value: i + 1, label: String(i + 1) })),
               onChange: (repeatCount) => edit(editor, (draft) => ({ ...draft, repeatCount })),
             })}`
-          : nothing}
-        ${switchRow({
-          label: 'Show notification text',
-          detail: 'The alarm shows the title and text of the notification.',
-          checked: channel.showNotificationText,
-          onChange: (showNotificationText) => edit(editor, (draft) => ({ ...draft, showNotificationText })),
-        })}`,
+          : nothing
+      }
+      ${switchRow({
+        label: 'Show notification text',
+        detail: 'The alarm shows the title and text of the notification.',
+        checked: channel.showNotificationText,
+        onChange: (showNotificationText) => edit(editor, (draft) => ({ ...draft, showNotificationText })),
+      })}`,
+  })}
+  ${section({
+    id: 'sound',
+    title: 'Sound',
+    content: html`${toneRow(editor, {
+      id: 'tone',
+      label: 'Tone',
+      value: channel.sound,
+      includeSame: false,
+      onChange: (sound) => edit(editor, (draft) => ({ ...draft, sound })),
     })}
-    ${section({
-      id: 'sound',
-      title: 'Sound',
-      content: html`${toneRow(editor, {
-          id: 'tone',
-          label: 'Tone',
-          value: channel.sound,
-          includeSame: false,
-          onChange: (sound) => edit(editor, (draft) => ({ ...draft, sound })),
-        })}
-        ${channel.repeatEnabled
-          ? toneRow(editor, {
-              id: 'reminder-tone',
-              label: 'Reminder Tone',
-              value: channel.reminderSound ?? '',
-              includeSame: true,
-              onChange: (value) =>
-                edit(editor, (draft) => {
-                  const next = { ...draft, reminderSound: value || undefined };
-                  if (!value) delete next.reminderSound;
-                  return next;
-                }),
-            })
-          : nothing}`,
-      footer: html`<span role="status">${editor.toneMessage || 'The play button plays the tone on this computer.'}</span>`,
-    })}
-    ${section({
-      content: html`<button type="button" class="row row-button destructive" @click=${() => void deleteChannel(channel, back)}>
-        ${icon('trash', { className: 'row-icon' })}<span class="row-label">Delete Channel</span>
-      </button>`,
-    })}`;
+    ${
+      channel.repeatEnabled
+        ? toneRow(editor, {
+            id: 'reminder-tone',
+            label: 'Reminder Tone',
+            value: channel.reminderSound ?? '',
+            includeSame: true,
+            onChange: (value) =>
+              edit(editor, (draft) => {
+                const next = { ...draft, reminderSound: value || undefined };
+                if (!value) delete next.reminderSound;
+                return next;
+              }),
+          })
+        : nothing
+    }`,
+    footer: html`<span role="status"
+      >${editor.toneMessage || 'The play button plays the tone on this computer.'}</span
+    >`,
+  })}
+  ${section({
+    content: html`<button
+      type="button"
+      class="row row-button destructive"
+      @click=${() => void deleteChannel(channel, back)}
+    >
+      ${icon('trash', { className: 'row-icon' })}<span class="row-label">Delete Channel</span>
+    </button>`,
+  })}`;
 }

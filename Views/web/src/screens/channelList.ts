@@ -113,7 +113,15 @@ function startDrag(event: PointerEvent, views: ChannelView[], index: number): vo
 function onHandleKey(event: KeyboardEvent, views: ChannelView[], index: number): void {
   const last = views.length - 1;
   const target =
-    event.key === 'ArrowUp' ? index - 1 : event.key === 'ArrowDown' ? index + 1 : event.key === 'Home' ? 0 : event.key === 'End' ? last : null;
+    event.key === 'ArrowUp'
+      ? index - 1
+      : event.key === 'ArrowDown'
+        ? index + 1
+        : event.key === 'Home'
+          ? 0
+          : event.key === 'End'
+            ? last
+            : null;
   if (target === null) return;
   event.preventDefault();
   const id = views[index]?.channel.id;
@@ -174,7 +182,9 @@ function channelRow(view: ChannelView, index: number, views: ChannelView[]): Tem
         <span class="channel-summary">${view.ruleSummary}</span>
         <span class="channel-meta">
           <span class="badge">${view.modeBadge}</span>
-          <span class=${neverTriggered ? 'status muted' : 'status'}>${lastTriggeredLabel(view.connection.lastTriggered, new Date())}</span>
+          <span class=${neverTriggered ? 'status muted' : 'status'}
+            >${lastTriggeredLabel(view.connection.lastTriggered, new Date())}</span
+          >
           ${channel.isEnabled ? nothing : html`<span class="status muted">Off</span>`}
         </span>
       </span>
@@ -197,29 +207,30 @@ export function channelListScreen(): TemplateResult {
     if (!pendingOrder) focusHandleOf = null;
     queueMicrotask(() => document.querySelector<HTMLElement>(`[data-handle="${id}"]`)?.focus());
   }
-  return html`${screenHeader({ title: 'Channels', actions: addMenu() })}
-    ${errorNote(result.error)}
-    ${!views
-      ? result.error
-        ? nothing
-        : loadingNote()
-      : views.length === 0
-        ? html`<div class="empty-state">
-            ${icon('alarm.waves.left.and.right', { className: 'empty-icon' })}
-            <h2>No Channels</h2>
-            <p>Add a channel to decide which notifications ring.</p>
-            <button class="button primary" @click=${() => void addChannel({})}>New Channel</button>
-          </div>`
-        : html`<section class="group" aria-label="Channels in priority order">
-            <ul class="group-body channel-list">
-              ${repeat(
-                views,
-                (view) => view.channel.id,
-                (view, index) => channelRow(view, index, views),
-              )}
-            </ul>
-            <div class="group-footer">The first matching channel rings. Drag to reorder.</div>
-          </section>`}
+  return html`${screenHeader({ title: 'Channels', actions: addMenu() })} ${errorNote(result.error)}
+    ${
+      !views
+        ? result.error
+          ? nothing
+          : loadingNote()
+        : views.length === 0
+          ? html`<div class="empty-state">
+              ${icon('alarm.waves.left.and.right', { className: 'empty-icon' })}
+              <h2>No Channels</h2>
+              <p>Add a channel to decide which notifications ring.</p>
+              <button class="button primary" @click=${() => void addChannel({})}>New Channel</button>
+            </div>`
+          : html`<section class="group" aria-label="Channels in priority order">
+              <ul class="group-body channel-list">
+                ${repeat(
+                  views,
+                  (view) => view.channel.id,
+                  (view, index) => channelRow(view, index, views),
+                )}
+              </ul>
+              <div class="group-footer">The first matching channel rings. Drag to reorder.</div>
+            </section>`
+    }
     <p id="reorder-help" class="visually-hidden">Use the up and down arrow keys to move the channel.</p>
     <p class="visually-hidden" role="status" aria-live="polite">${announcement}</p>`;
 }

@@ -36,18 +36,22 @@ export function eventDetailScreen(eventId: string): TemplateResult {
   if (!event) {
     if (result.data)
       return html`${screenHeader({ title: 'Event', actions: done })}
-        <div class="empty-state"><h2>Event Cleared</h2><p>This event is no longer in the history.</p></div>`;
+        <div class="empty-state">
+          <h2>Event Cleared</h2>
+          <p>This event is no longer in the history.</p>
+        </div>`;
     return html`${screenHeader({ title: 'Event', actions: done })}${errorNote(result.error)}${result.error ? nothing : loadingNote()}`;
   }
   return html`${screenHeader({ title: event.isTest ? 'Test' : 'Event', actions: done })}
-    ${section({
-      id: 'notification',
-      title: 'Notification',
-      content: html`${row('App', valueOrNotProvided(event.app))} ${row('Sender', valueOrNotProvided(event.sender))}
-      ${row('Title', valueOrNotProvided(event.title))} ${row('Subtitle', valueOrNotProvided(event.subtitle))}
-      ${row('Body', valueOrNotProvided(event.body))}`,
-    })}
-    ${event.received
+  ${section({
+    id: 'notification',
+    title: 'Notification',
+    content: html`${row('App', valueOrNotProvided(event.app))} ${row('Sender', valueOrNotProvided(event.sender))}
+    ${row('Title', valueOrNotProvided(event.title))} ${row('Subtitle', valueOrNotProvided(event.subtitle))}
+    ${row('Body', valueOrNotProvided(event.body))}`,
+  })}
+  ${
+    event.received
       ? section({
           id: 'received',
           title: 'From the automation',
@@ -55,19 +59,20 @@ export function eventDetailScreen(eventId: string): TemplateResult {
             row(field.name, field.value === '' ? html`<span class="muted">Empty</span>` : field.value),
           ),
         })
-      : nothing}
-    ${section({
-      id: 'outcome',
-      title: 'Outcome',
-      content: html`${row('Channel', event.channelName ?? 'None')}
-        ${row('Result', html`<span class="result">${outcomeIcon(event)} ${event.label}</span>`)}
-        ${event.errorMessage ? row('Error', html`<span class="bad">${event.errorMessage}</span>`) : nothing}
-        ${row('Received', fullDate(event.receivedAt))} ${row('Handled', fullDate(event.firedAt))}`,
-    })}
-    ${section({
-      content: html`<button type="button" class="row row-button" @click=${() => void createChannel(event)}>
-        ${icon('plus.rectangle.on.rectangle', { className: 'row-icon accent' })}
-        <span class="row-label accent">Create Channel from This</span>
-      </button>`,
-    })}`;
+      : nothing
+  }
+  ${section({
+    id: 'outcome',
+    title: 'Outcome',
+    content: html`${row('Channel', event.channelName ?? 'None')}
+    ${row('Result', html`<span class="result">${outcomeIcon(event)} ${event.label}</span>`)}
+    ${event.errorMessage ? row('Error', html`<span class="bad">${event.errorMessage}</span>`) : nothing}
+    ${row('Received', fullDate(event.receivedAt))} ${row('Handled', fullDate(event.firedAt))}`,
+  })}
+  ${section({
+    content: html`<button type="button" class="row row-button" @click=${() => void createChannel(event)}>
+      ${icon('plus.rectangle.on.rectangle', { className: 'row-icon accent' })}
+      <span class="row-label accent">Create Channel from This</span>
+    </button>`,
+  })}`;
 }

@@ -40,25 +40,35 @@ export function forwardingSheet(): TemplateResult | typeof nothing {
   return html`<dialog class="sheet" aria-labelledby="forward-title" ${ref(show)} @close=${close}>
     <div class="sheet-bar">
       <h2 id="forward-title">Forward ${app}</h2>
-      <button type="button" class="button" @click=${(event: Event) => (event.target as HTMLElement).closest('dialog')?.close()}>
+      <button
+        type="button"
+        class="button"
+        @click=${(event: Event) => (event.target as HTMLElement).closest('dialog')?.close()}
+      >
         Done
       </button>
     </div>
-    ${reaching
-      ? html`<div class="sheet-state reaching" role="status">
-          ${icon('checkmark.seal.fill', { className: 'big-icon good' })}
-          <p>${app} notifications are reaching Ringwell.</p>
-        </div>`
-      : html`<p>Ringwell only hears from apps that your automation forwards.</p>
-          ${numberedSteps([
-            'Open your Ringwell automation: the **forwarding script** or your own.',
-            `Make sure **${app}** is forwarded: name it among the script's apps, or name none to forward every app.`,
-          ])}
-          <a class="button" href="/settings/setup" @click=${close}>${icon('arrow.up.forward.app')} Automation Setup</a>
-          <p class="waiting" role="status">
-            <span class="spinner" aria-hidden="true"></span>
-            Waiting for a notification from ${app}
-          </p>
-          <p class="note">${marked(`Its next notification confirms the setup. Until then, ${app} shows a warning in the app list.`)}</p>`}
+    ${
+      reaching
+        ? html`<div class="sheet-state reaching" role="status">
+            ${icon('checkmark.seal.fill', { className: 'big-icon good' })}
+            <p>${app} notifications are reaching Ringwell.</p>
+          </div>`
+        : html`<p>Ringwell only hears from apps that your automation forwards.</p>
+            ${numberedSteps([
+              'Open your Ringwell automation: the **forwarding script** or your own.',
+              `Make sure **${app}** is forwarded: name it among the script's apps, or name none to forward every app.`,
+            ])}
+            <a class="button" href="/settings/setup" @click=${close}
+              >${icon('arrow.up.forward.app')} Automation Setup</a
+            >
+            <p class="waiting" role="status">
+              <span class="spinner" aria-hidden="true"></span>
+              Waiting for a notification from ${app}
+            </p>
+            <p class="note">
+              ${marked(`Its next notification confirms the setup. Until then, ${app} shows a warning in the app list.`)}
+            </p>`
+    }
   </dialog>`;
 }

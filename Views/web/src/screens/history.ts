@@ -72,7 +72,9 @@ function eventRow(event: FireEvent): TemplateResult {
     <a class="row row-link event-row" href=${`/history/${event.id}`}>
       ${outcomeIcon(event)}
       <span class="row-label">
-        <span class="event-title">${eventTitle(event)}${event.isTest ? html` <span class="badge test">Test</span>` : nothing}</span>
+        <span class="event-title"
+          >${eventTitle(event)}${event.isTest ? html` <span class="badge test">Test</span>` : nothing}</span
+        >
         ${notificationLine(event) ? html`<span class="event-notification">${notificationLine(event)}</span>` : nothing}
         <span class="row-detail ${event.outcome === 'failed' ? 'bad' : ''}">${event.label}</span>
       </span>
@@ -88,21 +90,22 @@ export function historyScreen(): TemplateResult {
   const filterName = channelFilter ? channels?.find((channel) => channel.id === channelFilter)?.name : undefined;
   const events = result.data ? filteredEvents(result.data, channelFilter) : undefined;
   return html`${screenHeader({
-      title: 'History',
-      subtitle: filterName ? `Showing ${filterName}` : undefined,
-      actions: html`${filterMenu()}
-        <a class="toolbar-button" href="/history/stats" aria-label="Stats" title="Stats">${icon('chart.bar.xaxis')}</a>
-        <button
-          type="button"
-          class="toolbar-button with-label"
-          ?disabled=${!result.data || result.data.length === 0}
-          @click=${() => void clearHistory()}
-        >
-          <span>Clear</span>
-        </button>`,
-    })}
-    ${errorNote(result.error)}
-    ${!events
+    title: 'History',
+    subtitle: filterName ? `Showing ${filterName}` : undefined,
+    actions: html`${filterMenu()}
+      <a class="toolbar-button" href="/history/stats" aria-label="Stats" title="Stats">${icon('chart.bar.xaxis')}</a>
+      <button
+        type="button"
+        class="toolbar-button with-label"
+        ?disabled=${!result.data || result.data.length === 0}
+        @click=${() => void clearHistory()}
+      >
+        <span>Clear</span>
+      </button>`,
+  })}
+  ${errorNote(result.error)}
+  ${
+    !events
       ? result.error
         ? nothing
         : loadingNote()
@@ -116,5 +119,6 @@ export function historyScreen(): TemplateResult {
             <ul class="group-body event-list">
               ${events.map(eventRow)}
             </ul>
-          </section>`}`;
+          </section>`
+  }`;
 }

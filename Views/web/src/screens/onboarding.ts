@@ -42,7 +42,10 @@ function welcome(): TemplateResult {
   const alarms = permissionsQuery().data?.alarms;
   const points: [string, string][] = [
     ['arrow.up.forward.app', 'Set up one automation that sends notifications from the apps you pick.'],
-    ['line.3.horizontal.decrease.circle', 'Channels decide what rings: an app, a person, a keyword, or a call that’s ringing right now.'],
+    [
+      'line.3.horizontal.decrease.circle',
+      'Channels decide what rings: an app, a person, a keyword, or a call that’s ringing right now.',
+    ],
     ['bell', 'Matching notifications ring a real alarm, even when muted and in do-not-disturb.'],
   ];
   return html`<div class="hero">${icon('alarm.waves.left.and.right.fill', { className: 'hero-icon' })}</div>
@@ -52,14 +55,21 @@ function welcome(): TemplateResult {
       ${points.map(([symbol, text]) => html`<li>${icon(symbol, { className: 'point-icon' })}<span>${text}</span></li>`)}
     </ul>
     <div class="onboarding-actions">
-      ${alarms === 'notDetermined' || alarms === undefined
-        ? html`<button type="button" class="button primary large" @click=${() => void allowAlarms()}>Allow Alarms</button>`
-        : html`<p class="permission-state" role="status">
-              ${alarms === 'authorized'
-                ? html`${icon('checkmark.seal.fill', { className: 'good' })} Alarms allowed`
-                : html`${icon('exclamationmark.triangle.fill', { className: 'bad' })} Alarms denied. You can allow them in Settings.`}
-            </p>
-            <button type="button" class="button primary large" @click=${() => goTo('automation')}>Continue</button>`}
+      ${
+        alarms === 'notDetermined' || alarms === undefined
+          ? html`<button type="button" class="button primary large" @click=${() => void allowAlarms()}>
+              Allow Alarms
+            </button>`
+          : html`<p class="permission-state" role="status">
+                ${
+                  alarms === 'authorized'
+                    ? html`${icon('checkmark.seal.fill', { className: 'good' })} Alarms allowed`
+                    : html`${icon('exclamationmark.triangle.fill', { className: 'bad' })} Alarms denied. You can allow
+                      them in Settings.`
+                }
+              </p>
+              <button type="button" class="button primary large" @click=${() => goTo('automation')}>Continue</button>`
+      }
     </div>`;
 }
 
@@ -80,7 +90,9 @@ function test(): TemplateResult {
     <section class="group"><div class="group-body padded">${setupTestPanel()}</div></section>
     <div class="onboarding-actions">
       ${passed ? html`<p class="all-set" role="status">${icon('checkmark.seal.fill', { className: 'good' })} You're all set.</p>` : nothing}
-      <button type="button" class="button primary large" ?disabled=${!passed} @click=${() => void finish()}>Finish</button>
+      <button type="button" class="button primary large" ?disabled=${!passed} @click=${() => void finish()}>
+        Finish
+      </button>
     </div>`;
 }
 
@@ -94,11 +106,17 @@ export function onboardingCover(): TemplateResult {
   };
   return html`<div class="onboarding" role="dialog" aria-modal="true" aria-label="Welcome to Ringwell">
     <div class="onboarding-bar">
-      ${index > 0
-        ? html`<button type="button" class="toolbar-button with-label" @click=${() => goTo(steps[index - 1] ?? 'welcome')}>
-            ${icon('chevron.left')}<span>Back</span>
-          </button>`
-        : html`<span></span>`}
+      ${
+        index > 0
+          ? html`<button
+              type="button"
+              class="toolbar-button with-label"
+              @click=${() => goTo(steps[index - 1] ?? 'welcome')}
+            >
+              ${icon('chevron.left')}<span>Back</span>
+            </button>`
+          : html`<span></span>`
+      }
       <span class="step-dots" aria-label=${`Step ${index + 1} of ${steps.length}`} role="img">
         ${steps.map((candidate) => html`<span class="dot ${candidate === step ? 'current' : ''}"></span>`)}
       </span>

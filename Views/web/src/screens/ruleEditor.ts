@@ -78,11 +78,18 @@ function appStatusRows(apps: string[]): TemplateResult | typeof nothing {
   return html`<ul class="status-rows" aria-label="Connection">
     ${named.map((app) =>
       isReaching(app, known)
-        ? html`<li class="status-row good">${icon('checkmark.seal.fill')}<span><strong>${app}</strong> Reaching Ringwell</span></li>`
+        ? html`<li class="status-row good">
+            ${icon('checkmark.seal.fill')}<span><strong>${app}</strong> Reaching Ringwell</span>
+          </li>`
         : html`<li class="status-row warn">
             ${icon('exclamationmark.triangle.fill')}
             <span><strong>${app}</strong> Not heard from yet. Check setup.</span>
-            <button type="button" class="button small" aria-label=${`Check ${app}`} @click=${() => openForwardingSheet(app)}>
+            <button
+              type="button"
+              class="button small"
+              aria-label=${`Check ${app}`}
+              @click=${() => openForwardingSheet(app)}
+            >
               Check
             </button>
           </li>`,
@@ -92,7 +99,9 @@ function appStatusRows(apps: string[]): TemplateResult | typeof nothing {
 
 function blankNote(condition: RuleConditionId): TemplateResult | typeof nothing {
   if (condition === 'sender')
-    return html`<p class="blank-note">${icon('person')} Who should ring? Add the person's name as their notifications show it.</p>`;
+    return html`<p class="blank-note">
+      ${icon('person')} Who should ring? Add the person's name as their notifications show it.
+    </p>`;
   if (condition === 'app')
     return html`<p class="blank-note">${icon('app.badge')} Choose the app or apps this channel listens to.</p>`;
   return nothing;
@@ -104,14 +113,14 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
   switch (condition) {
     case 'app':
       return html`${tokenList({
-          id: `${props.channelId}-apps`,
-          label: 'Apps',
-          placeholder: 'Add an app',
-          values: rule.apps,
-          suggestions: knownAppsQuery().data,
-          onChange: (apps) => onRule({ ...rule, apps }),
-        })}
-        ${appStatusRows(rule.apps)}`;
+        id: `${props.channelId}-apps`,
+        label: 'Apps',
+        placeholder: 'Add an app',
+        values: rule.apps,
+        suggestions: knownAppsQuery().data,
+        onChange: (apps) => onRule({ ...rule, apps }),
+      })}
+      ${appStatusRows(rule.apps)}`;
     case 'sender':
       return tokenList({
         id: `${props.channelId}-senders`,
@@ -168,19 +177,22 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
             : '';
       return html`<div class="weekdays" role="group" aria-label="Days">
           ${weekdaysMondayFirst.map(
-            (day) => html`<button
-              type="button"
-              class="weekday"
-              aria-pressed=${hours.weekdays.includes(day.day) ? 'true' : 'false'}
-              aria-label=${day.long}
-              @click=${() => toggleDay(day.day)}
-            >
-              ${day.short}
-            </button>`,
+            (day) =>
+              html`<button
+                type="button"
+                class="weekday"
+                aria-pressed=${hours.weekdays.includes(day.day) ? 'true' : 'false'}
+                aria-label=${day.long}
+                @click=${() => toggleDay(day.day)}
+              >
+                ${day.short}
+              </button>`,
           )}
         </div>
         <div class="time-range">
-          <label>From <input type="time" .value=${minuteToTime(hours.startMinute)} @change=${onTime('startMinute')} /></label>
+          <label
+            >From <input type="time" .value=${minuteToTime(hours.startMinute)} @change=${onTime('startMinute')}
+          /></label>
           <label>To <input type="time" .value=${minuteToTime(hours.endMinute)} @change=${onTime('endMinute')} /></label>
         </div>
         ${note ? html`<p class="note">${note}</p>` : nothing}`;
@@ -197,7 +209,10 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
             <select
               .value=${String(frequency.count)}
               @change=${(event: Event) =>
-                onRule({ ...rule, frequency: { ...frequency, count: Number((event.target as HTMLSelectElement).value) } })}
+                onRule({
+                  ...rule,
+                  frequency: { ...frequency, count: Number((event.target as HTMLSelectElement).value) },
+                })}
             >
               ${counts.map((count) => html`<option value=${count} ?selected=${count === frequency.count}>${count}×</option>`)}
             </select></label
@@ -214,12 +229,16 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
             >
               ${windowChoices.map(
                 (seconds) =>
-                  html`<option value=${seconds} ?selected=${seconds === frequency.windowSeconds}>${windowLabel(seconds)}</option>`,
+                  html`<option value=${seconds} ?selected=${seconds === frequency.windowSeconds}>
+                    ${windowLabel(seconds)}
+                  </option>`,
               )}
             </select></label
           >
         </div>
-        <p class="note">Rings once ${frequency.count} matching notifications arrive within ${windowLabel(frequency.windowSeconds)}.</p>`;
+        <p class="note">
+          Rings once ${frequency.count} matching notifications arrive within ${windowLabel(frequency.windowSeconds)}.
+        </p>`;
     }
     case 'cooldown': {
       const presets = (limits?.cooldownPresets ?? [30, 60, 120, 300, 600, 1800]).filter((seconds) => seconds > 0);
@@ -231,7 +250,10 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
             @change=${(event: Event) => onRule({ ...rule, cooldownSeconds: Number((event.target as HTMLSelectElement).value) })}
           >
             ${choices.map(
-              (seconds) => html`<option value=${seconds} ?selected=${seconds === rule.cooldownSeconds}>${duration(seconds)}</option>`,
+              (seconds) =>
+                html`<option value=${seconds} ?selected=${seconds === rule.cooldownSeconds}>
+                  ${duration(seconds)}
+                </option>`,
             )}
           </select></label
         >
@@ -276,39 +298,49 @@ export function ruleEditor(props: RuleEditorProps): TemplateResult {
   appsToForwardQuery();
   return html`<div class="rule-editor">
     <p class="rule-summary" aria-label="Rule summary">${props.description?.summary ?? ''}</p>
-    ${shown.length === 0
-      ? html`<p class="note">No conditions: every forwarded notification matches.</p>`
-      : shown.map((condition) => conditionCard(condition, props))}
-    ${usesPatterns
-      ? html`<div class="condition">
-          ${switchRow({
-            label: 'Regular expressions',
-            detail: 'From and Contains patterns are regular expressions, ignoring case.',
-            checked: props.rule.usesRegex,
-            onChange: (usesRegex) => props.onRule({ ...props.rule, usesRegex }),
-          })}
-          ${invalid.length
-            ? html`<p class="error-note" role="alert">${icon('exclamationmark.triangle')} Invalid pattern: ${invalid.join(', ')}</p>`
-            : nothing}
-        </div>`
-      : nothing}
-    ${addable.length
-      ? menuButton({
-          id: 'add-condition',
-          label: 'Add Condition',
-          symbol: 'plus',
-          showLabel: true,
-          align: 'start',
-          groups: [
-            {
-              items: addable.map((entry) => ({
-                label: entry.title,
-                symbol: entry.symbolName,
-                onSelect: () => props.onCondition(entry.id, 'seed'),
-              })),
-            },
-          ],
-        })
-      : nothing}
+    ${
+      shown.length === 0
+        ? html`<p class="note">No conditions: every forwarded notification matches.</p>`
+        : shown.map((condition) => conditionCard(condition, props))
+    }
+    ${
+      usesPatterns
+        ? html`<div class="condition">
+            ${switchRow({
+              label: 'Regular expressions',
+              detail: 'From and Contains patterns are regular expressions, ignoring case.',
+              checked: props.rule.usesRegex,
+              onChange: (usesRegex) => props.onRule({ ...props.rule, usesRegex }),
+            })}
+            ${
+              invalid.length
+                ? html`<p class="error-note" role="alert">
+                    ${icon('exclamationmark.triangle')} Invalid pattern: ${invalid.join(', ')}
+                  </p>`
+                : nothing
+            }
+          </div>`
+        : nothing
+    }
+    ${
+      addable.length
+        ? menuButton({
+            id: 'add-condition',
+            label: 'Add Condition',
+            symbol: 'plus',
+            showLabel: true,
+            align: 'start',
+            groups: [
+              {
+                items: addable.map((entry) => ({
+                  label: entry.title,
+                  symbol: entry.symbolName,
+                  onSelect: () => props.onCondition(entry.id, 'seed'),
+                })),
+              },
+            ],
+          })
+        : nothing
+    }
   </div>`;
 }

@@ -60,9 +60,13 @@ function entryView(entry: PreviewEntry): TemplateResult {
           <time>${shortDate(notification.date)}</time>
         </span>
       </summary>
-      ${entry.checks.length
-        ? html`<ul class="checks" aria-label="Checks">${entry.checks.map(checkRow)}</ul>`
-        : html`<p class="note">No conditions: every notification matches.</p>`}
+      ${
+        entry.checks.length
+          ? html`<ul class="checks" aria-label="Checks">
+              ${entry.checks.map(checkRow)}
+            </ul>`
+          : html`<p class="note">No conditions: every notification matches.</p>`
+      }
     </details>
   </li>`;
 }
@@ -87,15 +91,19 @@ export function previewScreen(channelId: string): TemplateResult {
         <span class="tile-label">${preview.entries.length === 1 ? 'Notification' : 'Notifications'} replayed</span>
       </div>
     </div>
-    ${preview.entries.length === 0
-      ? html`<div class="empty-state">
-          ${icon('list.bullet.rectangle', { className: 'empty-icon' })}
-          <h2>Nothing to Replay</h2>
-          <p>Forwarded notifications show up here.</p>
-        </div>`
-      : section({
-          title: 'Recent notifications',
-          content: html`<ul class="preview-list">${preview.entries.map(entryView)}</ul>`,
-          footer: 'Newest first. Open an entry to see each condition.',
-        })}`;
+    ${
+      preview.entries.length === 0
+        ? html`<div class="empty-state">
+            ${icon('list.bullet.rectangle', { className: 'empty-icon' })}
+            <h2>Nothing to Replay</h2>
+            <p>Forwarded notifications show up here.</p>
+          </div>`
+        : section({
+            title: 'Recent notifications',
+            content: html`<ul class="preview-list">
+              ${preview.entries.map(entryView)}
+            </ul>`,
+            footer: 'Newest first. Open an entry to see each condition.',
+          })
+    }`;
 }

@@ -76,37 +76,41 @@ export function settingsScreen(): TemplateResult {
   const settings = settingsQuery().data;
   const alarms = permissions?.alarms;
   return html`${screenHeader({ title: 'Settings' })}
-    ${section({
-      id: 'permissions',
-      title: 'Permissions',
-      content: html`${row('Alarms', alarmPermissionLabel(alarms), { symbol: 'alarm.waves.left.and.right' })}
-        ${alarms && alarms !== 'authorized'
-          ? html`<button type="button" class="row row-button accent" @click=${() => void allowAlarms()}>
-              <span class="row-label accent">Allow Alarms</span>
-            </button>`
-          : nothing}
-        ${alarms === 'authorized'
-          ? html`<button type="button" class="row row-button" @click=${() => void allowAlarms('denied')}>
-              <span class="row-label muted">Turn Off Alarms</span>
-            </button>`
-          : nothing}
-        ${row('Desktop notices', noticesLabel(permissions?.notifications), { symbol: 'bell' })}`,
-      footer: 'Without alarms allowed, matching notifications fail and Ringwell posts a notice instead.',
-    })}
-    ${section({ content: actionRow('Stop All Alarms', 'stop.circle', () => void stopAll(), 'destructive') })}
-    ${section({
-      id: 'help',
-      title: 'Help',
-      content: html`${linkRow('/settings/setup', 'Automation Setup', { symbol: 'arrow.up.forward.app' })}
-        ${actionRow('Email Support', 'envelope', () => void emailSupport())}
-        <a class="row row-button" href=${api.diagnosticsDownloadPath} download="Ringwell Diagnostics.txt" data-external>
-          ${icon('doc.text.magnifyingglass', { className: 'row-icon' })}<span class="row-label">Share Diagnostics</span>
-        </a>`,
-      footer: 'No channel names, people, keywords or notification text.',
-    })}
-    ${section({
-      id: 'about',
-      title: 'About',
-      content: row('Version', settings?.appVersion ?? ''),
-    })}`;
+  ${section({
+    id: 'permissions',
+    title: 'Permissions',
+    content: html`${row('Alarms', alarmPermissionLabel(alarms), { symbol: 'alarm.waves.left.and.right' })}
+    ${
+      alarms && alarms !== 'authorized'
+        ? html`<button type="button" class="row row-button accent" @click=${() => void allowAlarms()}>
+            <span class="row-label accent">Allow Alarms</span>
+          </button>`
+        : nothing
+    }
+    ${
+      alarms === 'authorized'
+        ? html`<button type="button" class="row row-button" @click=${() => void allowAlarms('denied')}>
+            <span class="row-label muted">Turn Off Alarms</span>
+          </button>`
+        : nothing
+    }
+    ${row('Desktop notices', noticesLabel(permissions?.notifications), { symbol: 'bell' })}`,
+    footer: 'Without alarms allowed, matching notifications fail and Ringwell posts a notice instead.',
+  })}
+  ${section({ content: actionRow('Stop All Alarms', 'stop.circle', () => void stopAll(), 'destructive') })}
+  ${section({
+    id: 'help',
+    title: 'Help',
+    content: html`${linkRow('/settings/setup', 'Automation Setup', { symbol: 'arrow.up.forward.app' })}
+      ${actionRow('Email Support', 'envelope', () => void emailSupport())}
+      <a class="row row-button" href=${api.diagnosticsDownloadPath} download="Ringwell Diagnostics.txt" data-external>
+        ${icon('doc.text.magnifyingglass', { className: 'row-icon' })}<span class="row-label">Share Diagnostics</span>
+      </a>`,
+    footer: 'No channel names, people, keywords or notification text.',
+  })}
+  ${section({
+    id: 'about',
+    title: 'About',
+    content: row('Version', settings?.appVersion ?? ''),
+  })}`;
 }

@@ -4,7 +4,16 @@
 import { html, type TemplateResult } from 'lit-html';
 import { appsToForwardQuery } from '../state/data';
 import { icon } from '../ui/icons';
-import { copyableCommand, errorNote, linkRow, loadingNote, marked, numberedSteps, screenHeader, section } from '../ui/widgets';
+import {
+  copyableCommand,
+  errorNote,
+  linkRow,
+  loadingNote,
+  marked,
+  numberedSteps,
+  screenHeader,
+  section,
+} from '../ui/widgets';
 import { forwardingScriptCommand, sendCommand } from '../logic/shell';
 import { downloadButton, mappingStep } from './automation';
 import { setupWarningNote } from './setupTest';
@@ -23,40 +32,39 @@ export function setupGuideScreen(): TemplateResult {
   const result = appsToForwardQuery();
   const apps = result.data?.apps;
   return html`${screenHeader({
-      title: 'Automation Setup',
-      back: { href: '/settings', label: 'Settings' },
-      subtitle: 'One automation forwards notifications. Your channels decide what rings.',
-    })}
-    ${setupWarningNote()} ${errorNote(result.error)}
-    ${section({
-      id: 'apps-to-select',
-      title: 'Apps to select',
-      content: appsToSelect(apps, !result.data && !result.error),
-      footer: 'Only selected apps reach Ringwell.',
-    })}
-    ${section({
-      id: 'ready-made',
-      title: 'Ready-made automation',
-      content: html`<div class="padded">
-        <p>${marked('Save the **forwarding script** and run it in your desktop session.')}</p>
-        <p>Name the apps above after it. Apps aren’t included in the file.</p>
-        ${downloadButton()} ${copyableCommand(forwardingScriptCommand(apps))}
-        <p class="note">Or build it yourself with the steps below.</p>
-      </div>`,
-    })}
-    ${section({
-      id: 'build-it-yourself',
-      title: 'Build it yourself',
-      content: html`<div class="padded">
-        ${numberedSteps([
-          'Watch the session bus for notifications: **dbus-monitor** does this.',
-          'Keep the notifications of the apps above.',
-          mappingStep,
-        ])}
-        ${copyableCommand(sendCommand)}
-      </div>`,
-      footer: 'Forwarded notifications appear in History and in each channel’s preview.',
-    })}
-    ${section({ content: linkRow('/settings/setup-test', 'Test your setup', { symbol: 'checkmark.seal' }) })}`;
+    title: 'Automation Setup',
+    back: { href: '/settings', label: 'Settings' },
+    subtitle: 'One automation forwards notifications. Your channels decide what rings.',
+  })}
+  ${setupWarningNote()} ${errorNote(result.error)}
+  ${section({
+    id: 'apps-to-select',
+    title: 'Apps to select',
+    content: appsToSelect(apps, !result.data && !result.error),
+    footer: 'Only selected apps reach Ringwell.',
+  })}
+  ${section({
+    id: 'ready-made',
+    title: 'Ready-made automation',
+    content: html`<div class="padded">
+      <p>${marked('Save the **forwarding script** and run it in your desktop session.')}</p>
+      <p>Name the apps above after it. Apps aren’t included in the file.</p>
+      ${downloadButton()} ${copyableCommand(forwardingScriptCommand(apps))}
+      <p class="note">Or build it yourself with the steps below.</p>
+    </div>`,
+  })}
+  ${section({
+    id: 'build-it-yourself',
+    title: 'Build it yourself',
+    content: html`<div class="padded">
+      ${numberedSteps([
+        'Watch the session bus for notifications: **dbus-monitor** does this.',
+        'Keep the notifications of the apps above.',
+        mappingStep,
+      ])}
+      ${copyableCommand(sendCommand)}
+    </div>`,
+    footer: 'Forwarded notifications appear in History and in each channel’s preview.',
+  })}
+  ${section({ content: linkRow('/settings/setup-test', 'Test your setup', { symbol: 'checkmark.seal' }) })}`;
 }
-

@@ -35,7 +35,9 @@ function checkRow(check: SetupCheck): TemplateResult {
     <div class="check-text">
       <div class="check-line">
         <span class="check-label">${check.label}</span>
-        <span class="check-received">${check.received === '' ? html`<span class="muted">Nothing received</span>` : check.received}</span>
+        <span class="check-received"
+          >${check.received === '' ? html`<span class="muted">Nothing received</span>` : check.received}</span
+        >
       </div>
       ${check.hint ? html`<p class="check-hint">${check.hint}</p>` : nothing}
     </div>
@@ -54,10 +56,12 @@ export function setupTestPanel(): TemplateResult {
       </div>`;
     case 'waiting':
       return html`<div class="setup-test state-waiting">
-        <p class="waiting" role="status"><span class="spinner" aria-hidden="true"></span> Waiting for a notification…</p>
+        <p class="waiting" role="status">
+          <span class="spinner" aria-hidden="true"></span> Waiting for a notification…
+        </p>
         <p>
-          Get a notification from an app selected in your automation. The quickest is to post one yourself with
-          the command below. The test uses that notification, so it won't ring.
+          Get a notification from an app selected in your automation. The quickest is to post one yourself with the
+          command below. The test uses that notification, so it won't ring.
         </p>
         ${copyableCommand(testNotificationCommand(appsToForwardQuery().data?.apps))}
         <p class="note">Nothing after a minute? Check that the automation is on and that the app is selected in it.</p>
@@ -67,14 +71,21 @@ export function setupTestPanel(): TemplateResult {
       return html`<div class="setup-test state-received">
         <p class="muted">Checked a notification from ${test.app || 'an app without a name'}</p>
         <p class="verdict-line ${test.allPassed ? 'good' : 'bad'}" role="status">
-          ${test.allPassed
-            ? html`${icon('checkmark.seal.fill', { className: 'good' })} Your automation is set up correctly.`
-            : html`${icon('exclamationmark.triangle.fill', { className: 'bad' })} Some fields need fixing in your automation.`}
+          ${
+            test.allPassed
+              ? html`${icon('checkmark.seal.fill', { className: 'good' })} Your automation is set up correctly.`
+              : html`${icon('exclamationmark.triangle.fill', { className: 'bad' })} Some fields need fixing in your
+                automation.`
+          }
         </p>
         <ul class="check-rows" aria-label="Fields">
           ${test.checks.map(checkRow)}
         </ul>
-        <button type="button" class="button ${test.allPassed ? '' : 'primary'}" @click=${() => void run(api.startSetupTest)}>
+        <button
+          type="button"
+          class="button ${test.allPassed ? '' : 'primary'}"
+          @click=${() => void run(api.startSetupTest)}
+        >
           ${test.allPassed ? 'Test Again' : 'Test Again After Fixing'}
         </button>
       </div>`;

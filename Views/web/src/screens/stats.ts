@@ -29,24 +29,24 @@ export function statsScreen(): TemplateResult {
     }
   };
   return html`${header}
-    ${section({
-      id: 'last-7-days',
-      title: 'Last 7 days',
-      content: html`<div class="tiles">
-          <div class="tile">
-            <span class="tile-value">${stats.received}</span>
-            <span class="tile-label">Received</span>
-          </div>
-          <div class="tile">
-            <span class="tile-value accent">${stats.rang}</span>
-            <span class="tile-label">Rang</span>
-          </div>
+  ${section({
+    id: 'last-7-days',
+    title: 'Last 7 days',
+    content: html`<div class="tiles">
+        <div class="tile">
+          <span class="tile-value">${stats.received}</span>
+          <span class="tile-label">Received</span>
         </div>
-        <figure class="chart">
-          <div class="chart-box">
-            <canvas role="img" aria-label="Notifications per day for the last 7 days" ${ref(attach)}></canvas>
-          </div>
-          <div class="visually-hidden">
+        <div class="tile">
+          <span class="tile-value accent">${stats.rang}</span>
+          <span class="tile-label">Rang</span>
+        </div>
+      </div>
+      <figure class="chart">
+        <div class="chart-box">
+          <canvas role="img" aria-label="Notifications per day for the last 7 days" ${ref(attach)}></canvas>
+        </div>
+        <div class="visually-hidden">
           <table>
             <caption>
               Notifications per day for the last 7 days
@@ -60,23 +60,24 @@ export function statsScreen(): TemplateResult {
             </thead>
             <tbody>
               ${stats.days.map(
-                (day) => html`<tr>
-                  <th scope="row">${longDayOf(day.start)}</th>
-                  <td>${day.rang}</td>
-                  <td>${day.received - day.rang}</td>
-                </tr>`,
+                (day) =>
+                  html`<tr>
+                    <th scope="row">${longDayOf(day.start)}</th>
+                    <td>${day.rang}</td>
+                    <td>${day.received - day.rang}</td>
+                  </tr>`,
               )}
             </tbody>
           </table>
-          </div>
-        </figure>`,
-      footer: `Last ${historyCapacity} notifications, not counting tests.`,
-    })}
-    ${section({ id: 'top-apps', title: 'Top apps', content: countRows(stats.topApps, 'No notifications yet.') })}
-    ${section({
-      id: 'top-channels',
-      title: 'Channels that rang',
-      content: countRows(stats.topChannels, 'No channel has rung this week.'),
-    })}
-    ${section({ id: 'outcomes', title: 'Outcomes', content: countRows(stats.outcomes, 'Nothing to show yet.') })}`;
+        </div>
+      </figure>`,
+    footer: `Last ${historyCapacity} notifications, not counting tests.`,
+  })}
+  ${section({ id: 'top-apps', title: 'Top apps', content: countRows(stats.topApps, 'No notifications yet.') })}
+  ${section({
+    id: 'top-channels',
+    title: 'Channels that rang',
+    content: countRows(stats.topChannels, 'No channel has rung this week.'),
+  })}
+  ${section({ id: 'outcomes', title: 'Outcomes', content: countRows(stats.outcomes, 'Nothing to show yet.') })}`;
 }

@@ -86,22 +86,28 @@ export function query<T>(key: string, topics: readonly QueryTopic[], load: () =>
     current.pending = true;
     current.stamp = stamp;
     const sequence = ++fetchCounter;
-    load().then(
-      (data) => {
-        current.data = data;
-        current.dataSequence = sequence;
-        current.error = undefined;
-      },
-      (error: unknown) => {
-        current.error =
-          error instanceof ApiError ? error : new ApiError(0, errorMessage(error));
-      },
-    ).finally(() => {
-      current.pending = false;
-      requestRender();
-    });
+    load()
+      .then(
+        (data) => {
+          current.data = data;
+          current.dataSequence = sequence;
+          current.error = undefined;
+        },
+        (error: unknown) => {
+          current.error = error instanceof ApiError ? error : new ApiError(0, errorMessage(error));
+        },
+      )
+      .finally(() => {
+        current.pending = false;
+        requestRender();
+      });
   }
-  return { data: entry.data as T | undefined, sequence: entry.dataSequence, error: entry.error, loading: entry.pending };
+  return {
+    data: entry.data as T | undefined,
+    sequence: entry.dataSequence,
+    error: entry.error,
+    loading: entry.pending,
+  };
 }
 
 // Marks topics as changed, from the live stream or after a change this client made.

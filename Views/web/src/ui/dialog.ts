@@ -28,9 +28,7 @@ export function confirmDialog(options: {
         <h2 id="confirm-title">${options.title}</h2>
         ${options.message ? html`<p>${options.message}</p>` : ''}
         <div class="confirm-actions">
-          <button type="button" class="button" @click=${() => close(false)}>
-            ${options.cancelLabel ?? 'Cancel'}
-          </button>
+          <button type="button" class="button" @click=${() => close(false)}>${options.cancelLabel ?? 'Cancel'}</button>
           <button
             type="button"
             class=${options.destructive ? 'button destructive' : 'button primary'}

@@ -114,38 +114,44 @@ export function menuButton(options: {
     >
       ${icon(options.symbol)}${options.showLabel ? html`<span>${options.label}</span>` : nothing}
     </button>
-    ${isOpen
-      ? html`<div
-          class="menu-list ${options.align === 'start' ? 'align-start' : 'align-end'}"
-          id=${`${id}-list`}
-          role="menu"
-          aria-label=${options.label}
-          @keydown=${(event: KeyboardEvent) => onListKey(id, event)}
-        >
-          ${options.groups.map(
-            (group) => html`<div role="group" aria-label=${group.title ?? nothing} class="menu-group">
-              ${group.title ? html`<div class="menu-group-title" aria-hidden="true">${group.title}</div>` : nothing}
-              ${group.items.map(
-                (item) => html`<button
-                  class="menu-item"
-                  role=${item.checked === undefined ? 'menuitem' : 'menuitemradio'}
-                  aria-checked=${item.checked === undefined ? nothing : item.checked ? 'true' : 'false'}
-                  tabindex="-1"
-                  @click=${() => choose(item)}
-                >
-                  ${item.checked !== undefined
-                    ? html`<span class="menu-check">${item.checked ? icon('checkmark') : nothing}</span>`
-                    : nothing}
-                  ${item.symbol ? icon(item.symbol, { className: 'menu-icon' }) : nothing}
-                  <span class="menu-text">
-                    <span class="menu-label">${item.label}</span>
-                    ${item.detail ? html`<span class="menu-detail">${item.detail}</span>` : nothing}
-                  </span>
-                </button>`,
-              )}
-            </div>`,
-          )}
-        </div>`
-      : nothing}
+    ${
+      isOpen
+        ? html`<div
+            class="menu-list ${options.align === 'start' ? 'align-start' : 'align-end'}"
+            id=${`${id}-list`}
+            role="menu"
+            aria-label=${options.label}
+            @keydown=${(event: KeyboardEvent) => onListKey(id, event)}
+          >
+            ${options.groups.map(
+              (group) =>
+                html`<div role="group" aria-label=${group.title ?? nothing} class="menu-group">
+                  ${group.title ? html`<div class="menu-group-title" aria-hidden="true">${group.title}</div>` : nothing}
+                  ${group.items.map(
+                    (item) =>
+                      html`<button
+                        class="menu-item"
+                        role=${item.checked === undefined ? 'menuitem' : 'menuitemradio'}
+                        aria-checked=${item.checked === undefined ? nothing : item.checked ? 'true' : 'false'}
+                        tabindex="-1"
+                        @click=${() => choose(item)}
+                      >
+                        ${
+                          item.checked !== undefined
+                            ? html`<span class="menu-check">${item.checked ? icon('checkmark') : nothing}</span>`
+                            : nothing
+                        }
+                        ${item.symbol ? icon(item.symbol, { className: 'menu-icon' }) : nothing}
+                        <span class="menu-text">
+                          <span class="menu-label">${item.label}</span>
+                          ${item.detail ? html`<span class="menu-detail">${item.detail}</span>` : nothing}
+                        </span>
+                      </button>`,
+                  )}
+                </div>`,
+            )}
+          </div>`
+        : nothing
+    }
   </div>`;
 }

@@ -68,8 +68,12 @@ export function tokenList(options: {
       @keydown=${onKey}
       @change=${(event: Event) => add(event.target as HTMLInputElement)}
     />
-    ${suggestions.length
-      ? html`<datalist id=${listId}>${suggestions.map((suggestion) => html`<option value=${suggestion}></option>`)}</datalist>`
-      : nothing}
+    ${
+      suggestions.length
+        ? html`<datalist id=${listId}>
+            ${suggestions.map((suggestion) => html`<option value=${suggestion}></option>`)}
+          </datalist>`
+        : nothing
+    }
   </div>`;
 }

@@ -14,9 +14,13 @@ export function screenHeader(options: {
 }): TemplateResult {
   return html`<header class="screen-header">
     <div class="screen-header-bar">
-      ${options.back
-        ? html`<a class="back-link" href=${options.back.href}>${icon('chevron.left')}<span>${options.back.label}</span></a>`
-        : html`<span></span>`}
+      ${
+        options.back
+          ? html`<a class="back-link" href=${options.back.href}
+              >${icon('chevron.left')}<span>${options.back.label}</span></a
+            >`
+          : html`<span></span>`
+      }
       <div class="screen-actions">${options.actions ?? nothing}</div>
     </div>
     <h1 tabindex="-1" class="screen-title">${options.title}</h1>
@@ -51,7 +55,11 @@ export function row(label: Content, value?: Content, options: { symbol?: string 
   </div>`;
 }
 
-export function linkRow(href: string, label: string, options: { symbol?: string; detail?: string } = {}): TemplateResult {
+export function linkRow(
+  href: string,
+  label: string,
+  options: { symbol?: string; detail?: string } = {},
+): TemplateResult {
   return html`<a class="row row-link" href=${href}>
     ${options.symbol ? icon(options.symbol, { className: 'row-icon' }) : nothing}
     <span class="row-label">
@@ -91,8 +99,7 @@ export function switchRow(options: {
 }): TemplateResult {
   return html`<div class="row">
     <span class="row-label">
-      ${options.label}
-      ${options.detail ? html`<span class="row-detail">${options.detail}</span>` : nothing}
+      ${options.label} ${options.detail ? html`<span class="row-detail">${options.detail}</span>` : nothing}
     </span>
     ${switchControl(options)}
   </div>`;
@@ -115,7 +122,9 @@ export function selectRow<T extends string | number>(options: {
     <select id=${options.id} class="select" .value=${String(options.value)} @change=${onChange}>
       ${options.choices.map(
         (choice) =>
-          html`<option value=${String(choice.value)} ?selected=${choice.value === options.value}>${choice.label}</option>`,
+          html`<option value=${String(choice.value)} ?selected=${choice.value === options.value}>
+            ${choice.label}
+          </option>`,
       )}
     </select>
   </div>`;
@@ -130,10 +139,14 @@ export function segmented<T extends string>(options: {
 }): TemplateResult {
   const onKey = (event: KeyboardEvent) => {
     const index = options.choices.findIndex((choice) => choice.value === options.value);
-    let next = index;
-    if (event.key === 'ArrowRight' || event.key === 'ArrowDown') next = index + 1;
-    else if (event.key === 'ArrowLeft' || event.key === 'ArrowUp') next = index - 1;
-    else return;
+    const step =
+      event.key === 'ArrowRight' || event.key === 'ArrowDown'
+        ? 1
+        : event.key === 'ArrowLeft' || event.key === 'ArrowUp'
+          ? -1
+          : 0;
+    if (!step) return;
+    const next = index + step;
     event.preventDefault();
     const chosen = options.choices[(next + options.choices.length) % options.choices.length];
     if (chosen) {
@@ -144,15 +157,16 @@ export function segmented<T extends string>(options: {
   };
   return html`<div class="segmented" role="radiogroup" aria-label=${options.label} @keydown=${onKey}>
     ${options.choices.map(
-      (choice) => html`<button
-        type="button"
-        role="radio"
-        aria-checked=${choice.value === options.value ? 'true' : 'false'}
-        tabindex=${choice.value === options.value ? '0' : '-1'}
-        @click=${() => options.onChange(choice.value)}
-      >
-        ${choice.label}
-      </button>`,
+      (choice) =>
+        html`<button
+          type="button"
+          role="radio"
+          aria-checked=${choice.value === options.value ? 'true' : 'false'}
+          tabindex=${choice.value === options.value ? '0' : '-1'}
+          @click=${() => options.onChange(choice.value)}
+        >
+          ${choice.label}
+        </button>`,
     )}
   </div>`;
 }
@@ -171,10 +185,11 @@ export function marked(text: string): TemplateResult[] {
 export function numberedSteps(steps: string[]): TemplateResult {
   return html`<ol class="steps">
     ${steps.map(
-      (step, index) => html`<li class="step">
-        <span class="step-number" aria-hidden="true">${index + 1}</span>
-        <span class="step-text">${marked(step)}</span>
-      </li>`,
+      (step, index) =>
+        html`<li class="step">
+          <span class="step-number" aria-hidden="true">${index + 1}</span>
+          <span class="step-text">${marked(step)}</span>
+        </li>`,
     )}
   </ol>`;
 }

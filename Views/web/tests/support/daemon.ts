@@ -100,7 +100,9 @@ export async function startDaemon(): Promise<Daemon> {
 
   let output = '';
   const log = (text: string) => (output += text);
-  let { child, address } = await serve(env, 0, log);
+  const started = await serve(env, 0, log);
+  const address = started.address;
+  let child = started.child;
   const url = new URL(address);
   const token = url.searchParams.get('token') ?? '';
   const ringwell = path.join(binDir(), 'ringwell');
@@ -117,7 +119,9 @@ export async function startDaemon(): Promise<Daemon> {
         return await run(ringwell, args, { env, timeout: 20_000 });
       } catch (error) {
         const failure = error as Error & { stdout?: string; stderr?: string };
-        throw new Error(`ringwell ${args.join(' ')} failed: ${failure.message}\n${failure.stderr ?? ''}`);
+        throw new Error(`ringwell ${args.join(' ')} failed: ${failure.message}\n${failure.stderr ?? ''}`, {
+          cause: error,
+        });
       }
     },
     async api<T>(method: string, apiPath: string, body?: unknown): Promise<T> {

@@ -53,13 +53,13 @@ export const test = base.extend<AppFixtures>({
   },
   consoleErrors: [
     async ({ page, expectedConsoleError }, use) => {
-    const errors: string[] = [];
-    page.on('console', (message) => {
-      if (message.type() !== 'error') return;
-      const text = `${message.text()} (${message.location().url})`;
-      if (!expectedConsoleError?.test(text)) errors.push(text);
-    });
-    page.on('pageerror', (error) => errors.push(`uncaught: ${error.message}`));
+      const errors: string[] = [];
+      page.on('console', (message) => {
+        if (message.type() !== 'error') return;
+        const text = `${message.text()} (${message.location().url})`;
+        if (!expectedConsoleError?.test(text)) errors.push(text);
+      });
+      page.on('pageerror', (error) => errors.push(`uncaught: ${error.message}`));
       await use(errors);
       expect(errors, 'console errors').toEqual([]);
     },

@@ -16,7 +16,7 @@ export default function globalSetup(): void {
     throw new Error(`${ringwell} does not exist: build Ringwell first, or set RINGWELL_BIN_DIR`);
   }
   if (!existsSync('/usr/bin/chromium')) {
-    throw new Error('/usr/bin/chromium is missing: install Debian\'s chromium package (make deps)');
+    throw new Error("/usr/bin/chromium is missing: install Debian's chromium package (make deps)");
   }
   if (process.env.RINGWELL_WEB_DIR && existsSync(path.join(process.env.RINGWELL_WEB_DIR, 'index.html'))) return;
   const out = path.resolve(here, '../../test-results/web');

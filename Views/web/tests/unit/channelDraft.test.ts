@@ -18,7 +18,7 @@ function harness() {
   let nextTimer = 0;
   let sequence = 0;
   // Lets the draft's awaits after a settled save run.
-  const settle = () => new Promise((resolve) => setTimeout(resolve, 0));
+  const settle = () => new Promise<void>((resolve) => setTimeout(resolve, 0));
   const draft = new ChannelDraft({
     save: (channel) =>
       new Promise<Channel>((resolve, reject) => {

@@ -72,13 +72,26 @@ test.describe('commands for the terminal', () => {
     expect(testNotificationCommand(null)).toBe('notify-send "Ringwell test" "It works"');
     expect(testNotificationCommand([])).toBe('notify-send "Ringwell test" "It works"');
     const command = testNotificationCommand(['  ', "Mom's phone", 'Signal']);
-    expect(wordsOf(command.slice('notify-send '.length))).toEqual(["--app-name=Mom's phone", 'Ringwell test', 'It works']);
+    expect(wordsOf(command.slice('notify-send '.length))).toEqual([
+      "--app-name=Mom's phone",
+      'Ringwell test',
+      'It works',
+    ]);
   });
 });
 
 test.describe('history and connection', () => {
   const event = (fields: Partial<FireEvent>): FireEvent =>
-    ({ id: 'x', receivedAt: 0, firedAt: 0, outcome: 'noMatch', isTest: false, label: '', icon: '', ...fields }) as FireEvent;
+    ({
+      id: 'x',
+      receivedAt: 0,
+      firedAt: 0,
+      outcome: 'noMatch',
+      isTest: false,
+      label: '',
+      icon: '',
+      ...fields,
+    }) as FireEvent;
 
   test('a row names its notification on one line: the title, else the sender', () => {
     expect(notificationLine({ title: ' Server\r\ndown ', sender: 'Ann' })).toBe('Server down');
