@@ -140,8 +140,10 @@ TEST(CliAnswersTest, EventsKeepOneRowPerEventWhateverItsTextHolds) {
 }
 
 TEST(CliAnswersTest, AnAnswerOfTheWrongShapeEndsWithAMessageAndStatusOne) {
-    // An alarm without its configuration: reading it throws.
-    StandInDaemon daemon(Answers{{"/v1/alarms", R"([{"id":"A1","state":"alerting"}])"}});
+    // An alarm whose title is a number: reading it as text throws.
+    StandInDaemon daemon(Answers{
+        {"/v1/alarms",
+         R"([{"id":"A1","state":"alerting","configuration":{"presentation":{"alert":{"title":42}}}}])"}});
     auto alarms = runRingwell({"alarms"}, daemon.environment());
     EXPECT_EQ(alarms.exitCode, 1);
     EXPECT_EQ(alarms.err.rfind("ringwell: ", 0), 0u) << alarms.err;
