@@ -30,7 +30,7 @@ const Command* const commands[] = {
     &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
     &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
     &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
-    &ruleDescribeCommand,  &templatesCommand};
+    &ruleDescribeCommand,  &templatesCommand,     &statusCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

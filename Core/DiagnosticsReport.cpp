@@ -44,6 +44,10 @@ std::string eventLine(const DiagnosticsReport::EventInfo& event) {
 
 } // namespace
 
+std::string DiagnosticsReport::saveProblem(std::string_view reason) {
+    return "Ringwell can't save its history: " + std::string(reason);
+}
+
 std::string DiagnosticsReport::text() const {
     std::vector<std::string> lines;
     lines.push_back("Ringwell diagnostics");
@@ -56,6 +60,8 @@ std::string DiagnosticsReport::text() const {
     lines.push_back("Notifications permission: " + notificationsPermission);
     lines.push_back("Last setup test: " + lastSetupTest);
     lines.push_back("Setup warning: " + setupWarning.value_or("none"));
+    if (saveError)
+        lines.push_back(saveProblem(*saveError));
     lines.push_back("");
 
     lines.push_back("Channels (" + std::to_string(channels.size()) + "):");

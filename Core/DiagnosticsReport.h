@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ringwell {
@@ -48,6 +49,8 @@ struct DiagnosticsReport {
     std::string notificationsPermission;
     std::string lastSetupTest;
     std::optional<std::string> setupWarning;
+    // Why the store's last save failed; none when its history is on disk.
+    std::optional<std::string> saveError;
     std::vector<ChannelInfo> channels; // in the person's channel order
     std::vector<EventInfo> events;     // newest first, all of them
     std::vector<std::string> performanceReports;
@@ -60,6 +63,10 @@ struct DiagnosticsReport {
     // A one-line summary of a rule that names its apps but only counts its
     // senders, keywords and invalid patterns: "apps: Mail, 2 senders, cooldown 300s".
     static std::string redacted(const ChannelRule& rule);
+
+    // "Ringwell can't save its history: REASON", the one wording of a failed
+    // save for the report, `ringwell status` and the web app's banner.
+    static std::string saveProblem(std::string_view reason);
 
     bool operator==(const DiagnosticsReport&) const = default;
 };

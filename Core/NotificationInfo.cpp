@@ -12,7 +12,18 @@ std::optional<std::string> unlessBlank(const std::optional<std::string>& text) {
 }
 
 std::string trimmedOrEmpty(const std::optional<std::string>& text) {
-    return text ? text::trimmed(*text) : std::string();
+    return text ? text::prefixBytes(text::trimmed(*text), ShortcutInputFields::textLimit)
+                : std::string();
+}
+
+// A value that fits stays as sent, white space included.
+std::optional<std::string> bounded(const std::optional<std::string>& text) {
+    if (!text || text->size() <= ShortcutInputFields::textLimit)
+        return text;
+    std::string trimmed = text::trimmed(*text);
+    if (trimmed.size() <= ShortcutInputFields::textLimit)
+        return text;
+    return text::prefixBytes(trimmed, ShortcutInputFields::textLimit);
 }
 
 // Splits at the first line feed that stands alone as a character: a carriage
@@ -58,9 +69,15 @@ const std::vector<std::string>& ShortcutInputFields::receivedLabels() {
 }
 
 ShortcutInputFields ShortcutInputFields::fromShortcutInput(
-    const Text& notification, const Text& title, const Text& subtitle, const Text& body,
-    const Text& app, const Text& isTimeSensitive, const Text& sender, const Text& recipients,
-    const Text& associatedContent, const Text& name) {
+    const Text& rawNotification, const Text& rawTitle, const Text& rawSubtitle, const Text& rawBody,
+    const Text& rawApp, const Text& rawIsTimeSensitive, const Text& rawSender,
+    const Text& rawRecipients, const Text& rawAssociatedContent, const Text& rawName) {
+    const Text notification = bounded(rawNotification), title = bounded(rawTitle),
+               subtitle = bounded(rawSubtitle), body = bounded(rawBody), app = bounded(rawApp),
+               isTimeSensitive = bounded(rawIsTimeSensitive), sender = bounded(rawSender),
+               recipients = bounded(rawRecipients),
+               associatedContent = bounded(rawAssociatedContent), name = bounded(rawName);
+
     ShortcutInputFields fields;
     fields.app = unlessBlank(app);
     fields.sender = unlessBlank(sender);

@@ -3,6 +3,7 @@
 #include "Core/Date.h"
 #include "Core/Json.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,8 +34,12 @@ ReceivedField receivedFieldFromJson(const json::Json& value); // throws json::De
 
 struct NotificationInfo;
 
-// The raw input of one Send: blank values are absent, surrounding white space kept.
+// The raw input of one Send: blank values are absent, surrounding white space
+// kept. A value longer than `textLimit` bytes after trimming is trimmed and cut
+// to that size at a character boundary, so that no sender can fill the disk.
 struct ShortcutInputFields {
+    static constexpr std::size_t textLimit = 4096;
+
     std::optional<std::string> app;
     std::optional<std::string> sender;
     std::optional<std::string> title;
@@ -74,6 +79,7 @@ struct NotificationInfo {
     const std::string& from() const { return sender.empty() ? title : sender; }
     std::optional<CallKind> callKind() const;
 
+    // Texts are bounded as in ShortcutInputFields.
     using Text = std::optional<std::string>;
     static NotificationInfo fromShortcutInput(const Text& app, const Text& sender,
                                               const Text& title, const Text& subtitle,

@@ -135,7 +135,40 @@ size_t walkCharacters(std::string_view text, size_t count, size_t& counted) {
     return offset;
 }
 
+// The last character boundary at or before byte `limit` (< text.size()).
+size_t characterBoundaryBefore(std::string_view text, size_t limit) {
+    UErrorCode status = U_ZERO_ERROR;
+    UText* utext = utext_openUTF8(nullptr, text.data(), static_cast<int64_t>(text.size()), &status);
+    icu::BreakIterator& iterator = characterIterator();
+    iterator.setText(utext, status);
+    size_t boundary = 0;
+    if (U_SUCCESS(status)) {
+        const int32_t found = iterator.preceding(static_cast<int32_t>(limit) + 1);
+        boundary = found == icu::BreakIterator::DONE ? 0 : static_cast<size_t>(found);
+    }
+    UErrorCode ignored = U_ZERO_ERROR;
+    UText* empty = utext_openUTF8(nullptr, "", 0, &ignored);
+    iterator.setText(empty, ignored);
+    utext_close(utext);
+    utext_close(empty);
+    return boundary;
+}
+
 } // namespace
+
+std::string prefixBytes(std::string_view text, std::size_t maxBytes) {
+    if (text.size() <= maxBytes)
+        return std::string(text);
+    size_t end = characterBoundaryBefore(text, maxBytes);
+    if (end == 0 && maxBytes > 0) {
+        // One character longer than the limit (a base with endless combining
+        // marks): cut between its code points instead.
+        int32_t offset = static_cast<int32_t>(maxBytes);
+        U8_SET_CP_START(reinterpret_cast<const uint8_t*>(text.data()), 0, offset);
+        end = static_cast<size_t>(offset);
+    }
+    return std::string(text.substr(0, end));
+}
 
 bool isBlank(std::string_view text) {
     return trimBy(text, isWhiteSpace).empty();

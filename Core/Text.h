@@ -41,6 +41,11 @@ std::size_t characterCount(std::string_view text);
 // The first `count` user-perceived characters of the text.
 std::string prefixCharacters(std::string_view text, std::size_t count);
 
+// The longest prefix of at most `maxBytes` bytes that ends between two
+// user-perceived characters (or, when even the first character is longer, at
+// a code point boundary); the text itself when it fits.
+std::string prefixBytes(std::string_view text, std::size_t maxBytes);
+
 // The text with every invalid UTF-8 sequence replaced by U+FFFD.
 std::string repairedUtf8(std::string_view text);
 

@@ -2,12 +2,14 @@
 
 #include "Alarms/RingwellAlarmError.h"
 #include "Core/ChannelLimits.h"
+#include "Core/DiagnosticsReport.h"
 #include "Core/RulePreview.h"
 #include "Core/RuleTemplate.h"
 #include "Core/Text.h"
 #include "Daemon/ApiJson.h"
 #include "Daemon/ChangeFeed.h"
 #include "Daemon/EditorRoutes.h"
+#include "Daemon/SaveBarrier.h"
 #include "Intents/ChannelEntity.h"
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
@@ -279,6 +281,12 @@ ApiResponse setAlarmPermission(AppContext& ctx, const json::Json& body) {
     return ApiResponse::json(permissions(ctx));
 }
 
+json::Json saveProblem(const RingwellStore& store) {
+    if (!store.saveError())
+        return nullptr;
+    return DiagnosticsReport::saveProblem(*store.saveError());
+}
+
 ApiResponse status(AppContext& ctx, const std::string& webAddress) {
     return ApiResponse::json(json::Json{{"name", "Ringwell"},
                                         {"webAddress", webAddress},
@@ -286,7 +294,8 @@ ApiResponse status(AppContext& ctx, const std::string& webAddress) {
                                         {"build", version::buildNumber},
                                         {"channels", ctx.store.channels().size()},
                                         {"events", ctx.store.events().size()},
-                                        {"alarms", ctx.alarmService.alarms().size()}});
+                                        {"alarms", ctx.alarmService.alarms().size()},
+                                        {"saveProblem", saveProblem(ctx.store)}});
 }
 
 json::Json settings(AppContext& ctx) {
@@ -373,6 +382,7 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
                 throw ApiFailure{400, error.what()};
             }
             FireEvent event = co_await intent.perform(ctx_);
+            co_await savedToDisk(ctx_.store);
             co_return ApiResponse::json(eventWithLabel(event));
         }
 

@@ -14,6 +14,8 @@ std::string_view name(StoreChange change) {
         return "events";
     case StoreChange::setupWarning:
         return "setupWarning";
+    case StoreChange::saveError:
+        return "saveError";
     }
     return "channels";
 }

@@ -10,6 +10,7 @@
 #include "Daemon/ChangeFeed.h"
 #include "Daemon/HttpServer.h"
 #include "Daemon/RuntimePaths.h"
+#include "Daemon/SaveBarrier.h"
 #include "Daemon/StaticFiles.h"
 #include "Daemon/WebGate.h"
 #include "Daemon/WebToken.h"
@@ -100,6 +101,7 @@ int run(const Options& options) {
     auto store = RingwellStore::openDefault(clock, categoryLog(logger, "Store"));
     if (!store)
         return fail(store.error().message);
+    batchSavesPerLoopTurn(*store.value(), io);
     auto files = LocalAlarmService::defaultFiles();
     auto settingsPath = SettingsFile::defaultPath();
     auto configHome = XdgPaths::configHome();

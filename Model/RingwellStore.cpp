@@ -194,7 +194,13 @@ RingwellStore::RingwellStore(const Clock& clock, std::optional<fs::path> file,
                              std::optional<DirectoryLock> lock, ErrorLog log)
     : clock_(clock), file_(std::move(file)), lock_(std::move(lock)), log_(std::move(log)) {}
 
-RingwellStore::~RingwellStore() = default;
+// Pending changes still reach the file; the waiters are dropped unheard, as
+// whoever awaited them is being torn down too.
+RingwellStore::~RingwellStore() {
+    observers_.clear();
+    if (unsaved_)
+        write();
+}
 
 Result<RingwellStore::Loaded> RingwellStore::load() {
     if (!file_)
@@ -241,16 +247,61 @@ void RingwellStore::seed() {
 void RingwellStore::save() {
     if (!file_)
         return;
+    if (!scheduleFlush_) {
+        write();
+        return;
+    }
+    if (unsaved_)
+        return; // the flush already scheduled takes this change too
+    unsaved_ = true;
+    std::weak_ptr<RingwellStore*> self = self_;
+    scheduleFlush_([self] {
+        if (auto store = self.lock())
+            (*store)->flush();
+    });
+}
+
+void RingwellStore::batchSaves(FlushScheduler schedule) {
+    scheduleFlush_ = std::move(schedule);
+}
+
+void RingwellStore::whenSaved(std::function<void()> done) {
+    if (!unsaved_) {
+        done();
+        return;
+    }
+    saveWaiters_.push_back(std::move(done));
+}
+
+void RingwellStore::flush() {
+    if (unsaved_) {
+        unsaved_ = false;
+        write();
+    }
+    // A waiter may change the store again; its change waits for the next flush.
+    auto waiters = std::move(saveWaiters_);
+    saveWaiters_.clear();
+    for (auto& done : waiters)
+        done();
+}
+
+void RingwellStore::write() {
+    std::optional<std::string> error;
     try {
-        const std::string text = snapshotText();
-        auto written = AtomicFile::replace(*file_, text);
+        auto written = AtomicFile::replace(*file_, snapshotText());
         if (written)
             ++saveCount_;
         else
-            report("Saving the store failed: " + written.error().message);
-    } catch (const std::exception& error) {
-        report(std::string("Saving the store failed: ") + error.what());
+            error = written.error().message;
+    } catch (const std::exception& exception) {
+        error = exception.what();
     }
+    if (error)
+        report("Saving the store failed: " + *error);
+    if (error == saveError_)
+        return;
+    saveError_ = std::move(error);
+    notify(StoreChange::saveError);
 }
 
 // The same text as json::encode(toJson(snapshot)), built from the events'

@@ -40,17 +40,21 @@ json::Json toJson(const StoreSnapshot& snapshot);
 StoreSnapshot snapshotFromJson(const json::Json& value, Date now);
 Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now);
 
-// Which part of the store changed.
-enum class StoreChange { channels, events, setupWarning };
+// Which part of the store changed; `saveError` when a save failed or the
+// first save after failures succeeded.
+enum class StoreChange { channels, events, setupWarning, saveError };
 
 // The single source of truth for the user's channels (ordered: the first
 // matching channel rings), the activity log (newest first, at most 200 events)
 // and the setup warning (memory only).
 //
 // Every mutating operation writes the whole snapshot at once, crash-safely
-// (AtomicFile), and then tells the observers. Writes whose result would equal
-// the stored state are skipped where noted. Save errors never escape: the
-// in-memory state stays as changed and the error goes to the ErrorLog.
+// (AtomicFile), and then tells the observers; with `batchSaves` the write is
+// instead left to one flush shared by every change made before it runs.
+// Writes whose result would equal the stored state are skipped where noted.
+// Save errors never escape: the in-memory state stays as changed, the error
+// goes to the ErrorLog and stays readable as `saveError` until a later save,
+// which rewrites everything in memory, succeeds.
 //
 // Text that arrives with invalid UTF-8 is repaired (U+FFFD) as it enters the
 // store, so that memory, observers and file agree and a save never fails on
@@ -181,9 +185,31 @@ public:
     [[nodiscard]] ObserverToken subscribe(Observer observer);
     void unsubscribe(ObserverToken token);
 
+    // MARK: Saving
+
     // Completed writes of the file since the store was opened; for tests and
     // diagnostics.
     std::uint64_t saveCount() const { return saveCount_; }
+
+    // Why the last save failed (a message naming the path and the system
+    // error); none once a save succeeds. Observers hear `saveError` when it
+    // appears, changes or clears.
+    const std::optional<std::string>& saveError() const { return saveError_; }
+
+    // Runs `flush` later on the store's thread (the daemon posts it to its
+    // io_context).
+    using FlushScheduler = std::function<void(std::function<void()> flush)>;
+    // From now on a change does not write at once: it marks the state unsaved
+    // and asks `schedule` for one flush, which every change made before it
+    // runs shares. Observers are then told before the write.
+    void batchSaves(FlushScheduler schedule);
+    // Calls `done` once every change made so far has been through a save (the
+    // next flush), whether it succeeded or not (see `saveError`); at once when
+    // nothing waits to be saved.
+    void whenSaved(std::function<void()> done);
+    // Writes pending changes now and calls the `whenSaved` callbacks. The
+    // destructor writes pending changes too.
+    void flush();
 
 private:
     RingwellStore(const Clock& clock, std::optional<std::filesystem::path> file,
@@ -193,6 +219,7 @@ private:
     Result<Loaded> load();
     void seed();
     void save();
+    void write();
     std::string snapshotText() const;
     void notify(StoreChange change);
     void report(const std::string& message) const;
@@ -210,6 +237,13 @@ private:
     std::map<std::uint64_t, std::shared_ptr<Observer>> observers_;
     std::uint64_t nextObserver_ = 1;
     std::uint64_t saveCount_ = 0;
+    std::optional<std::string> saveError_;
+
+    FlushScheduler scheduleFlush_;
+    bool unsaved_ = false;
+    std::vector<std::function<void()>> saveWaiters_;
+    // Lets a scheduled flush that runs after the store is gone do nothing.
+    std::shared_ptr<RingwellStore*> self_ = std::make_shared<RingwellStore*>(this);
 };
 
 } // namespace ringwell

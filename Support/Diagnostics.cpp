@@ -46,6 +46,7 @@ DiagnosticsReport report(const AppContext& ctx, std::string osVersion, std::stri
                                ? lastSetupTest->get<std::string>()
                                : std::string("never run");
     result.setupWarning = ctx.store.setupWarning();
+    result.saveError = ctx.store.saveError();
 
     std::map<Uuid, std::int64_t> numbers;
     for (const Channel& channel : ctx.store.channels()) {

@@ -77,6 +77,7 @@ TEST_F(DiagnosticsReportTest, EmptyReportRendersLineForLine) {
 TEST_F(DiagnosticsReportTest, FullReportRendersLineForLine) {
     report.lastSetupTest = "failed: Title, Is Time Sensitive (2025-06-01T08:00:00Z)";
     report.setupWarning = "Your automation isn't passing the app.";
+    report.saveError = "cannot write /data/.ringwell.json.tmp-1: No space left on device";
 
     ChannelRule countdown = rule({"Mail", "Messages"}, {"Mom", "Dad"});
     countdown.cooldownSeconds = 300;
@@ -106,6 +107,8 @@ TEST_F(DiagnosticsReportTest, FullReportRendersLineForLine) {
         "Notifications permission: not requested\n"
         "Last setup test: failed: Title, Is Time Sensitive (2025-06-01T08:00:00Z)\n"
         "Setup warning: Your automation isn't passing the app.\n"
+        "Ringwell can't save its history: cannot write /data/.ringwell.json.tmp-1: No space "
+        "left on device\n"
         "\n"
         "Channels (2):\n"
         "  1. on, countdown, apps: Mail, Messages, 2 senders, cooldown 300s\n"

@@ -50,6 +50,28 @@ TEST(ShortcutInputTest, BlankValuesAreAbsentAndOthersKeptUntrimmed) {
     EXPECT_EQ(fields.notification(Date{}).app, "Messages");
 }
 
+TEST(ShortcutInputTest, TextsAreBoundedAfterTrimmingAtACharacterBoundary) {
+    const std::size_t limit = ShortcutInputFields::textLimit;
+    Input input;
+    input.body = std::string(limit - 1, 'b') + "\u00e9" + "tail"; // é straddles the limit
+    input.title = "  " + std::string(limit, 't') + "\n"; // fits once trimmed: kept as sent
+    input.recipients = std::string(3 * limit, 'r');
+    input.app = " Mail ";
+    auto fields = input.fields();
+    EXPECT_EQ(fields.body, std::string(limit - 1, 'b'));
+    EXPECT_EQ(fields.title, input.title);
+    EXPECT_EQ(fields.received[7].value, std::string(limit, 'r'));
+    EXPECT_EQ(fields.app, " Mail ");
+
+    auto info = fields.notification(Date{});
+    EXPECT_EQ(info.title, std::string(limit, 't'));
+    EXPECT_EQ(info.body.size(), limit - 1);
+    auto direct = NotificationInfo::fromShortcutInput(std::nullopt, std::string(2 * limit, 's'),
+                                                      std::nullopt, std::nullopt, std::nullopt,
+                                                      std::nullopt, std::nullopt, Date{});
+    EXPECT_EQ(direct.sender.size(), limit);
+}
+
 TEST(ShortcutInputTest, WholeNotificationTextSplitsAtTheFirstLineFeed) {
     Input input;
     input.notification = "Alice\nHi there\nsecond line";

@@ -61,6 +61,12 @@ TEST(TextTest, CutsWithoutSplittingCharacters) {
     EXPECT_EQ(text::prefixCharacters("\U0001F44D\U0001F3FDx", 1), "\U0001F44D\U0001F3FD");
     EXPECT_EQ(text::prefixCharacters("abc", 10), "abc");
     EXPECT_EQ(text::prefixCharacters("abc", 0), "");
+
+    EXPECT_EQ(text::prefixBytes("abc", 3), "abc");
+    EXPECT_EQ(text::prefixBytes("ae\u0301b", 3), "a"); // "e" + U+0301 is one character
+    EXPECT_EQ(text::prefixBytes("a\U0001F44Db", 4), "a");
+    // One character longer than the limit is cut between code points.
+    EXPECT_EQ(text::prefixBytes("e\u0301\u0301\u0301", 4), "e\u0301");
 }
 
 TEST(TextTest, InvalidUtf8NeverFails) {

@@ -3,16 +3,29 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <fstream>
 #include <set>
+#include <sstream>
 
 namespace ringwell::testing {
 namespace {
 
 using ConcurrentSendsTest = DaemonTest;
 
-// 200 automations firing at once: every send is recorded exactly once, one of
-// them rings and the rest coalesce into that alarm, and the daemon keeps
-// answering.
+// The titles of the events in the store file as it is on disk now.
+std::set<std::string> titlesOnDisk(const std::filesystem::path& root) {
+    std::ifstream file(root / "data" / "ringwell" / "ringwell.json");
+    std::stringstream text;
+    text << file.rdbuf();
+    std::set<std::string> titles;
+    for (const auto& event : json::Json::parse(text.str())["events"])
+        titles.insert(event["title"].get<std::string>());
+    return titles;
+}
+
+// 200 automations firing at once: every send is recorded exactly once and is
+// on disk by the time it is acknowledged, one of them rings and the rest
+// coalesce into that alarm, and the daemon keeps answering.
 TEST_F(ConcurrentSendsTest, BurstOfSendsLosesNothing) {
     startDaemon();
     ASSERT_EQ(ringwell({"permission", "alarms", "allow"}).exitCode, 0);
@@ -50,6 +63,7 @@ TEST_F(ConcurrentSendsTest, BurstOfSendsLosesNothing) {
             ++failures;
     }
     EXPECT_EQ(failures, 0);
+    EXPECT_EQ(titlesOnDisk(root).size(), static_cast<size_t>(sends));
 
     auto events = ringwellJson({"events", "--json"});
     ASSERT_EQ(events.size(), static_cast<size_t>(sends));

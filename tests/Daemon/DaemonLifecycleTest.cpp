@@ -119,5 +119,31 @@ TEST_F(DaemonLifecycleTest, PreviewStatsAndDiagnostics) {
     EXPECT_TRUE(ringwellJson({"events", "--json"}).empty());
 }
 
+// A directory where the store file belongs makes every save fail, also for
+// root. Sends are still acknowledged; status and diagnostics say why the
+// history is not saved until a save succeeds and writes everything.
+TEST_F(DaemonLifecycleTest, AFailingSaveIsShownUntilTheNextSaveCatchesUp) {
+    startDaemon();
+    const auto storeFile = root / "data" / "ringwell" / "ringwell.json";
+    std::filesystem::remove(storeFile);
+    std::filesystem::create_directory(storeFile);
+    ASSERT_EQ(ringwell({"send", "--app", "Mail", "--title", "first"}).exitCode, 0);
+
+    auto status = ringwellJson({"status", "--json"});
+    ASSERT_TRUE(status["saveProblem"].is_string()) << status.dump();
+    const std::string problem = status["saveProblem"];
+    EXPECT_EQ(problem.rfind("Ringwell can't save its history: ", 0), 0u) << problem;
+    EXPECT_NE(problem.find(storeFile.string()), std::string::npos) << problem;
+    EXPECT_NE(ringwell({"status"}).out.find(problem), std::string::npos);
+    EXPECT_NE(ringwell({"diagnostics"}).out.find(problem), std::string::npos);
+
+    std::filesystem::remove(storeFile);
+    ASSERT_EQ(ringwell({"send", "--app", "Mail", "--title", "second"}).exitCode, 0);
+    EXPECT_TRUE(ringwellJson({"status", "--json"})["saveProblem"].is_null());
+    std::ifstream in(storeFile);
+    auto onDisk = json::Json::parse(std::string((std::istreambuf_iterator<char>(in)), {}));
+    EXPECT_EQ(onDisk["events"].size(), 2u);
+}
+
 } // namespace
 } // namespace ringwell::testing

@@ -340,14 +340,83 @@ TEST_F(StoreTest, InMemoryStoreSeedsAndWritesNothing) {
     EXPECT_FALSE(fs::exists(root.path() / "data"));
 }
 
-TEST_F(StoreTest, SaveFailureIsLoggedAndTheChangeKept) {
+// A directory where the file should be makes every rename fail, also for
+// root, which a read-only directory would not stop.
+TEST_F(StoreTest, FailedSaveIsKeptAsTheSaveErrorUntilTheNextSaveCatchesUp) {
     auto store = open();
-    fs::remove_all(directory());
+    std::vector<std::optional<std::string>> heard;
+    auto token = store->subscribe([&](StoreChange change) {
+        if (change == StoreChange::saveError)
+            heard.push_back(store->saveError());
+    });
+    fs::remove(file());
+    fs::create_directory(file());
+
     Channel added = store->addChannel(std::string("Kept"), ChannelRule());
+    store->log(makeEvent(FireOutcome::fired, "Mail", "Boss", clock.now()));
     EXPECT_EQ(store->channels().back(), added);
     EXPECT_EQ(store->saveCount(), 1u);
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0].rfind("Saving the store failed: ", 0), 0u) << messages[0];
+    ASSERT_TRUE(store->saveError().has_value());
+    EXPECT_NE(store->saveError()->find(file().string()), std::string::npos) << *store->saveError();
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(messages[0], "Saving the store failed: " + *store->saveError());
+    EXPECT_EQ(heard.size(), 1u); // the same error again is no news
+
+    fs::remove(file());
+    store->log(makeEvent(FireOutcome::fired, "Signal", "Ann", clock.now()));
+    EXPECT_FALSE(store->saveError().has_value());
+    EXPECT_EQ(heard.size(), 2u);
+    EXPECT_EQ(onDisk(), (StoreSnapshot{store->channels(), store->events()}));
+    EXPECT_EQ(store->events().size(), 2u);
+    store->unsubscribe(token);
+}
+
+// MARK: Batched saves
+
+class BatchedSaveTest : public StoreTest {
+protected:
+    std::unique_ptr<RingwellStore> openBatched() {
+        auto store = open();
+        store->batchSaves([this](std::function<void()> flush) { flushes.push_back(flush); });
+        return store;
+    }
+    void runFlushes() {
+        auto pending = std::move(flushes);
+        flushes.clear();
+        for (auto& flush : pending)
+            flush();
+    }
+    std::vector<std::function<void()>> flushes;
+};
+
+TEST_F(BatchedSaveTest, ChangesMadeTogetherShareOneSaveAndWaitersHearItAfterwards) {
+    auto store = openBatched();
+    const auto before = store->saveCount();
+    int saved = 0;
+    store->whenSaved([&] { ++saved; }); // nothing pending: at once
+    EXPECT_EQ(saved, 1);
+
+    for (int i = 0; i < 3; ++i) {
+        store->log(makeEvent(FireOutcome::fired, "Mail", "Sender " + std::to_string(i), clock.now()));
+        store->whenSaved([&] { EXPECT_EQ(onDisk().events.size(), 3u); ++saved; });
+    }
+    EXPECT_EQ(flushes.size(), 1u);
+    EXPECT_EQ(store->saveCount(), before);
+    EXPECT_EQ(saved, 1);
+
+    runFlushes();
+    EXPECT_EQ(saved, 4);
+    EXPECT_EQ(store->saveCount(), before + 1);
+    EXPECT_EQ(readFile(file()),
+              json::encode(toJson(StoreSnapshot{store->channels(), store->events()})));
+}
+
+TEST_F(BatchedSaveTest, PendingChangesAreWrittenWhenTheStoreCloses) {
+    auto store = openBatched();
+    store->log(makeEvent(FireOutcome::fired, "Mail", "Late", clock.now()));
+    store.reset();
+    runFlushes(); // the flush scheduled for the closed store does nothing
+    EXPECT_EQ(onDisk().events.size(), 1u);
 }
 
 // MARK: Channels

@@ -18,7 +18,7 @@ import { setupGuideScreen } from './screens/setupGuide';
 import { setupTestScreen } from './screens/setupTest';
 import { statsScreen } from './screens/stats';
 import { startClock } from './state/clock';
-import { settingsQuery } from './state/data';
+import { settingsQuery, statusQuery } from './state/data';
 import { liveLinkState, startLiveUpdates } from './state/live';
 import { requestRender, setRenderer } from './state/store';
 import { toastView } from './ui/dialog';
@@ -95,6 +95,14 @@ function linkBanner(): TemplateResult | typeof nothing {
   </div>`;
 }
 
+// Sends are still acknowledged while the history cannot be written; say so
+// until a save succeeds again.
+function saveBanner(): TemplateResult | typeof nothing {
+  const problem = statusQuery().data?.saveProblem;
+  if (!problem) return nothing;
+  return html`<div class="link-banner save-banner" role="alert">${icon('exclamationmark.triangle.fill')} ${problem}</div>`;
+}
+
 function lockedView(): TemplateResult {
   return html`<main class="locked">
     ${icon('alarm.waves.left.and.right.fill', { className: 'hero-icon' })}
@@ -121,7 +129,7 @@ function appView(): TemplateResult {
   }
   const onboarding = !settings.data.hasCompletedOnboarding;
   return html`<a class="skip-link" href="#main" data-external>Skip to content</a>
-    ${linkBanner()}
+    ${linkBanner()} ${saveBanner()}
     <div class="app ${onboarding ? 'covered' : ''}" ?inert=${onboarding} aria-hidden=${onboarding ? 'true' : nothing}>
       ${tabBar()}
       <main id="main" class="content">${screen()}</main>

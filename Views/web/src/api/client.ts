@@ -7,6 +7,7 @@ import type {
   Channel,
   ChannelRule,
   ChannelView,
+  DaemonStatus,
   FireEvent,
   Limits,
   Permissions,
@@ -72,6 +73,7 @@ const id = encodeURIComponent;
 
 export const api = {
   settings: () => get<Settings>('/v1/settings'),
+  status: () => get<DaemonStatus>('/v1/status'),
   completeOnboarding: () => put<Settings>('/v1/settings', { hasCompletedOnboarding: true }),
 
   permissions: () => get<Permissions>('/v1/permissions'),

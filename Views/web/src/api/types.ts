@@ -249,13 +249,28 @@ export interface Limits {
   frequencyCountRange: [number, number];
 }
 
+// GET /v1/status, the part the web app shows.
+export interface DaemonStatus {
+  // "Ringwell can't save its history: …", or null while saves succeed.
+  saveProblem: string | null;
+}
+
 // What one server-sent `change` event names; the client refetches it.
-export type Topic = 'channels' | 'events' | 'setupWarning' | 'alarms' | 'authorization' | 'setupTest' | 'settings';
+export type Topic =
+  | 'channels'
+  | 'events'
+  | 'setupWarning'
+  | 'saveError'
+  | 'alarms'
+  | 'authorization'
+  | 'setupTest'
+  | 'settings';
 
 export const allTopics: readonly Topic[] = [
   'channels',
   'events',
   'setupWarning',
+  'saveError',
   'alarms',
   'authorization',
   'setupTest',

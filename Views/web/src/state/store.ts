@@ -19,6 +19,7 @@ const versions: Record<QueryTopic, number> = {
   channels: 0,
   events: 0,
   setupWarning: 0,
+  saveError: 0,
   alarms: 0,
   authorization: 0,
   setupTest: 0,
