@@ -190,6 +190,7 @@ void NotificationCapture::connect() {
         lost(error.what());
         return;
     }
+    address_ = address;
     askServer(address);
 }
 
@@ -259,26 +260,38 @@ void NotificationCapture::askServer(const std::string& address) {
         r = sd_bus_call_method_async(ordinary_, nullptr, notificationsName,
                                      "/org/freedesktop/Notifications", notificationsName,
                                      "GetServerInformation", answered, this, "");
-    if (r < 0)
-        return; // The server stays unknown; capture does not depend on it.
+    if (r < 0) {
+        // The server stays unknown; capture does not depend on it.
+        sd_bus_close_unref(ordinary_);
+        ordinary_ = nullptr;
+        return;
+    }
     try {
         ordinaryPump_ = std::make_unique<BusPump>(
             context_, ordinary_, [](sd_bus_message*) {},
-            [this](const std::string&) {
-                asio::post(context_, [this, alive = std::weak_ptr<int>(alive_)] {
-                    if (!alive.expired()) {
-                        ordinaryPump_.reset();
-                        sd_bus_close_unref(ordinary_);
-                        ordinary_ = nullptr;
-                    }
-                });
-            });
+            [this](const std::string&) { closeOrdinarySoon(); });
         ordinaryPump_->watch();
     } catch (const std::runtime_error&) {
+        closeOrdinarySoon();
     }
 }
 
+void NotificationCapture::closeOrdinarySoon() {
+    // Called from within the connection's own pump: close once it returned.
+    asio::post(context_, [this, alive = std::weak_ptr<int>(alive_)] {
+        if (alive.expired())
+            return;
+        ordinaryPump_.reset();
+        if (ordinary_)
+            sd_bus_close_unref(ordinary_);
+        ordinary_ = nullptr;
+    });
+}
+
 void NotificationCapture::serverAnswered(sd_bus_message* reply) {
+    // One question per connection; a server that was not there yet is asked
+    // again with the next notification.
+    closeOrdinarySoon();
     const char *name = nullptr, *vendor = nullptr, *version = nullptr, *specVersion = nullptr;
     if (sd_bus_message_is_method_error(reply, nullptr) ||
         sd_bus_message_read(reply, "ssss", &name, &vendor, &version, &specVersion) < 0)
@@ -379,6 +392,8 @@ void NotificationCapture::onCall(sd_bus_message* message) {
     if (!isNew(*notification))
         return;
     ++status_.seen;
+    if (status_.server.empty() && !ordinary_)
+        askServer(address_);
     if (listener_)
         listener_(CapturedNotification::fields(*notification));
 }

@@ -27,7 +27,8 @@ namespace ringwell {
 // notification (freedesktop `Notify`, GTK's and the portal's
 // `AddNotification`) and of the notification server's answers. The monitor
 // never sends; the server's name and version are asked over a second,
-// ordinary connection.
+// ordinary connection, on connecting and, while unknown, with the next
+// notification.
 //
 // Each call is counted and handed on once: a call seen twice (addressed to
 // the well-known and to the unique name) by its sender and serial, a
@@ -67,6 +68,7 @@ private:
     bool isNew(const BusNotification& notification);
     void remember(const CallKey& call);
     void serverAnswered(sd_bus_message* reply);
+    void closeOrdinarySoon();
 
     asio::io_context& context_;
     Logger& logger_;
@@ -79,6 +81,7 @@ private:
     sd_bus* ordinary_ = nullptr;
     std::unique_ptr<BusPump> ordinaryPump_;
     std::string uniqueName_;
+    std::string address_;
     // Counts connections, so that a close meant for a lost one spares the next.
     std::uint64_t generation_ = 0;
     bool retrying_ = false;

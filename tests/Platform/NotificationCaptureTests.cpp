@@ -202,6 +202,8 @@ TEST_F(NotificationCaptureTest, ABusThatGoesAwayIsPickedUpAgainWhenItComesBack) 
     client({"notify-send", "-a", "Signal", "back"});
     ASSERT_TRUE(seen(1));
     EXPECT_EQ(info(0).title, "back");
+    // The server came after the bus: it is asked again once it shows a notification.
+    EXPECT_TRUE(runUntil(context, [&] { return capture.status().server == "fake"; }));
 }
 
 TEST(NotificationCaptureWithoutBusTest, WithoutASessionBusItSaysSoAndKeepsTrying) {
