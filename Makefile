@@ -11,7 +11,7 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 PACKAGES := g++ cmake ninja-build pkg-config clang-format ccache \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
             libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
-            chromium dbus-daemon
+            chromium dbus-daemon libnotify-bin libglib2.0-bin
 
 WEB_DIR := Views/web
 

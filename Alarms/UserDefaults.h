@@ -24,6 +24,10 @@ namespace DefaultsKey {
 inline constexpr std::string_view lastSendToRingwell = "lastSendToRingwell";
 inline constexpr std::string_view hasCompletedOnboarding = "hasCompletedOnboarding";
 inline constexpr std::string_view lastSetupTestResult = "lastSetupTestResult";
+// Whether the desktop's notifications are captured (on unless false), and
+// the apps whose notifications are (every app when absent).
+inline constexpr std::string_view captureEnabled = "captureEnabled";
+inline constexpr std::string_view captureApps = "captureApps";
 } // namespace DefaultsKey
 
 } // namespace ringwell

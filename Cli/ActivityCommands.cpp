@@ -168,26 +168,6 @@ void printSetupTest(CommandContext& context, const json::Json& test) {
     }
 }
 
-int runStatus(std::span<const std::string> args, CommandContext& context) {
-    auto arguments = parseCommand(context, "status", args, jsonOnly, 0, 0);
-    if (!arguments)
-        return exitUsage;
-    auto answer = callDaemon(context, "status", "GET", "/v1/status");
-    if (answer.exitCode)
-        return *answer.exitCode;
-    if (arguments->has("json")) {
-        printJson(context, answer.json);
-        return exitSuccess;
-    }
-    const json::Json& status = answer.json;
-    context.out << "Ringwell " << status.value("version", "") << " is running: "
-                << status.value("channels", 0) << " channels, " << status.value("events", 0)
-                << " events, " << status.value("alarms", 0) << " alarms.\n";
-    if (status.contains("saveProblem") && status["saveProblem"].is_string())
-        context.out << status["saveProblem"].get<std::string>() << '\n';
-    return exitSuccess;
-}
-
 int runSetupTest(std::span<const std::string> args, CommandContext& context) {
     auto arguments = parseCommand(context, "setup-test", args, jsonOnly, 1, 1);
     if (!arguments)
@@ -239,14 +219,6 @@ Prints the diagnostics report (no channel names, people, keywords or
 notification text), or writes it to FILE, e.g. "Ringwell Diagnostics.txt".
 )",
                                  runDiagnostics};
-
-const Command statusCommand{"status", "Show whether the daemon runs and keeps its history",
-                            R"(Usage: ringwell status [--json]
-
-Shows the daemon's version and how many channels, events and alarms it holds,
-and says so when it cannot save its history.
-)",
-                            runStatus};
 
 const Command setupTestCommand{"setup-test", "Check the automation with the next notification",
                                R"(Usage: ringwell setup-test start|cancel|status [--json]

@@ -11,6 +11,5 @@ extern const Command clearHistoryCommand;
 extern const Command statsCommand;
 extern const Command diagnosticsCommand;
 extern const Command setupTestCommand;
-extern const Command statusCommand;
 
 } // namespace ringwell::cli

@@ -1,5 +1,6 @@
 #include "Cli/ActivityCommands.h"
 #include "Cli/AlarmCommands.h"
+#include "Cli/CaptureCommands.h"
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
 #include "Cli/OpenCommand.h"
@@ -30,7 +31,7 @@ const Command* const commands[] = {
     &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
     &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
     &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
-    &ruleDescribeCommand,  &templatesCommand,     &statusCommand};
+    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

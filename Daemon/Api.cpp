@@ -8,6 +8,7 @@
 #include "Core/Text.h"
 #include "Daemon/ApiJson.h"
 #include "Daemon/ChangeFeed.h"
+#include "Daemon/CaptureRoutes.h"
 #include "Daemon/EditorRoutes.h"
 #include "Daemon/SaveBarrier.h"
 #include "Intents/ChannelEntity.h"
@@ -287,15 +288,18 @@ json::Json saveProblem(const RingwellStore& store) {
     return DiagnosticsReport::saveProblem(*store.saveError());
 }
 
-ApiResponse status(AppContext& ctx, const std::string& webAddress) {
-    return ApiResponse::json(json::Json{{"name", "Ringwell"},
-                                        {"webAddress", webAddress},
-                                        {"version", version::shortVersion},
-                                        {"build", version::buildNumber},
-                                        {"channels", ctx.store.channels().size()},
-                                        {"events", ctx.store.events().size()},
-                                        {"alarms", ctx.alarmService.alarms().size()},
-                                        {"saveProblem", saveProblem(ctx.store)}});
+ApiResponse status(AppContext& ctx, const std::string& webAddress, const CaptureRelay* capture) {
+    json::Json out{{"name", "Ringwell"},
+                   {"webAddress", webAddress},
+                   {"version", version::shortVersion},
+                   {"build", version::buildNumber},
+                   {"channels", ctx.store.channels().size()},
+                   {"events", ctx.store.events().size()},
+                   {"alarms", ctx.alarmService.alarms().size()},
+                   {"saveProblem", saveProblem(ctx.store)}};
+    if (capture)
+        out["capture"] = captureJson(*capture);
+    return ApiResponse::json(out);
 }
 
 json::Json settings(AppContext& ctx) {
@@ -336,8 +340,10 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
             throw ApiFailure{404, "unknown address " + request.path};
 
         if (is("GET", {"v1", "status"}))
-            co_return status(ctx_, services_.webAddress);
+            co_return status(ctx_, services_.webAddress, services_.capture);
         if (auto answer = editorRoute(ctx_, request))
+            co_return std::move(*answer);
+        if (auto answer = captureRoute(services_.capture, request))
             co_return std::move(*answer);
 
         if (is("GET", {"v1", "stream"})) {

@@ -9,6 +9,7 @@
 
 namespace ringwell {
 
+class CaptureRelay;
 class ChangeFeed;
 enum class AlarmTone;
 
@@ -36,6 +37,8 @@ public:
         // "http://127.0.0.1:PORT/?token=...", the web app's address with its
         // secret; empty when the web app is off.
         std::string webAddress;
+        // Capture of the desktop's notifications; none in daemons without it.
+        CaptureRelay* capture = nullptr;
     };
 
     Api(AppContext& ctx, Services services);

@@ -5,6 +5,7 @@
 #include "Alarms/AlarmAuthorization.h"
 #include "Alarms/AlarmScheduler.h"
 #include "Alarms/AppContext.h"
+#include "Alarms/CaptureRelay.h"
 #include "Alarms/SetupTestController.h"
 #include "Daemon/Api.h"
 #include "Daemon/ChangeFeed.h"
@@ -21,6 +22,7 @@
 #include "Platform/BundledSounds.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
+#include "Platform/NotificationCapture.h"
 #include "Platform/NotifierDBus.h"
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
@@ -43,7 +45,8 @@ namespace {
 
 constexpr const char* usage = R"(Usage: ringwell serve [--port N | --no-web]
 
-Runs Ringwell in the foreground: it receives forwarded notifications, rings
+Runs Ringwell in the foreground: it captures the desktop's notifications
+(and takes forwarded ones), rings
 alarms, serves the local API on $XDG_RUNTIME_DIR/ringwell/ringwell.sock and
 the web app on http://127.0.0.1:PORT/ (open it with `ringwell open`).
 One daemon runs per user. Ctrl-C or SIGTERM stops it cleanly.
@@ -139,9 +142,15 @@ int run(const Options& options) {
         });
     };
 
+    // The desktop's notifications, each taking the road of a Send.
+    NotificationCapture capture(io, logger);
+    CaptureRelay captureRelay(ctx, capture, io.get_executor());
+    captureRelay.start();
+
     ChangeFeed feed(io, ctx);
     Api::Services services{
-        {SystemInfo::osVersion(), SystemInfo::deviceModel()}, nullptr, previewTone, ""};
+        {SystemInfo::osVersion(), SystemInfo::deviceModel()}, nullptr, previewTone, "",
+        &captureRelay};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());

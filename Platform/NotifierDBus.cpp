@@ -37,6 +37,10 @@ int appendHints(sd_bus_message* message, const NoticeRequest& request) {
     int r = sd_bus_message_open_container(message, 'a', "{sv}");
     if (r >= 0)
         r = sd_bus_message_append(message, "{sv}", "urgency", "y", NotifierDBus::urgency(request));
+    // Marks Ringwell's own notices, so that capturing the desktop's
+    // notifications passes them by.
+    if (r >= 0)
+        r = sd_bus_message_append(message, "{sv}", "x-ringwell-notice", "b", 1);
     if (r >= 0 && !request.threadIdentifier.empty())
         r = sd_bus_message_append(message, "{sv}", "x-ringwell-thread", "s",
                                   busText(request.threadIdentifier).c_str());

@@ -83,7 +83,8 @@ private:
     std::string address_;
 };
 
-// Owns org.freedesktop.Notifications on the bus and answers Notify and
+// Owns org.freedesktop.Notifications and org.gtk.Notifications on the bus and
+// answers Notify, AddNotification (GTK's and the portal's) and
 // GetServerInformation from a thread of its own, recording every notice.
 // A notice whose summary is "refuse me" gets an error reply.
 class FakeNotificationServer {
@@ -105,7 +106,13 @@ public:
             fail("the fake server cannot reach the bus");
         if (sd_bus_add_object_vtable(bus_, nullptr, "/org/freedesktop/Notifications",
                                      "org.freedesktop.Notifications", vtable, this) < 0 ||
-            sd_bus_request_name(bus_, "org.freedesktop.Notifications", 0) < 0)
+            sd_bus_request_name(bus_, "org.freedesktop.Notifications", 0) < 0 ||
+            sd_bus_add_object_vtable(bus_, nullptr, "/org/gtk/Notifications",
+                                     "org.gtk.Notifications", addVtable, this) < 0 ||
+            sd_bus_add_object_vtable(bus_, nullptr, "/org/freedesktop/portal/desktop",
+                                     "org.freedesktop.impl.portal.Notification", addVtable,
+                                     this) < 0 ||
+            sd_bus_request_name(bus_, "org.gtk.Notifications", 0) < 0)
             fail("the fake server cannot take its name");
         thread_ = std::thread([this] {
             while (!stopping_) {
@@ -172,6 +179,11 @@ private:
         return sd_bus_reply_method_return(message, "u", notice.id);
     }
 
+    // GTK's and the portal's AddNotification: taken and not kept.
+    static int onAddNotification(sd_bus_message* message, void*, sd_bus_error*) {
+        return sd_bus_reply_method_return(message, "");
+    }
+
     static int onServerInformation(sd_bus_message* message, void*, sd_bus_error*) {
         return sd_bus_reply_method_return(message, "ssss", "fake", "ringwell-tests", "1", "1.2");
     }
@@ -180,6 +192,11 @@ private:
         SD_BUS_VTABLE_START(0),
         SD_BUS_METHOD("Notify", "susssasa{sv}i", "u", onNotify, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_METHOD("GetServerInformation", "", "ssss", onServerInformation,
+                      SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END};
+    static constexpr sd_bus_vtable addVtable[] = {
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD("AddNotification", "ssa{sv}", "", onAddNotification,
                       SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END};
 

@@ -100,7 +100,9 @@ function linkBanner(): TemplateResult | typeof nothing {
 function saveBanner(): TemplateResult | typeof nothing {
   const problem = statusQuery().data?.saveProblem;
   if (!problem) return nothing;
-  return html`<div class="link-banner save-banner" role="alert">${icon('exclamationmark.triangle.fill')} ${problem}</div>`;
+  return html`<div class="link-banner save-banner" role="alert">
+    ${icon('exclamationmark.triangle.fill')} ${problem}
+  </div>`;
 }
 
 function lockedView(): TemplateResult {

@@ -26,10 +26,7 @@ test.describe('finishing the onboarding', () => {
 
     await expect(cover.getByRole('heading', { name: 'Connect your notifications' })).toBeVisible();
     await expect(cover.getByText('One automation, built once. About a minute.')).toBeVisible();
-    await expect(cover.getByRole('link', { name: 'Add the Ringwell Automation' })).toHaveAttribute(
-      'href',
-      '/ringwell-forward.sh',
-    );
+    await expect(cover.getByText('ringwell capture apps --all')).toBeVisible();
     await snap(page, 'onboarding-automation');
 
     // Back returns to the welcome; Continue comes back.

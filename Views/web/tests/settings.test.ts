@@ -91,7 +91,7 @@ test('hands the support mail to the mail program', async ({ page, daemon }) => {
   await expect(page).toHaveURL(/#mail-opened$/);
 });
 
-test('the setup guide lists the apps to forward and offers the script', async ({ page, daemon }) => {
+test('the setup guide lists the apps to forward and how to capture them', async ({ page, daemon }) => {
   await openApp(page, daemon, '/settings');
   await page.getByRole('link', { name: 'Automation Setup' }).click();
   await expect(page.getByRole('heading', { level: 1, name: 'Automation Setup' })).toBeVisible();
@@ -109,14 +109,7 @@ test('the setup guide lists the apps to forward and offers the script', async ({
   expect(broken).toEqual([]);
   await page.setViewportSize(desktop);
 
-  const [download] = await Promise.all([
-    page.waitForEvent('download'),
-    page.getByRole('link', { name: 'Add the Ringwell Automation' }).click(),
-  ]);
-  expect(download.suggestedFilename()).toBe('ringwell-forward.sh');
-  const script = readFileSync((await download.path())!, 'utf8');
-  expect(script.startsWith('#!/bin/sh\n')).toBe(true);
-  expect(script).toContain("dbus-monitor --session \"interface='org.freedesktop.Notifications',member='Notify'\"");
+  await expect(page.getByText('ringwell capture apps --all')).toBeVisible();
 
   // Once every channel names its apps, the guide lists them.
   const [urgent] = await daemon.api<{ id: string; rule: object }[]>('GET', '/v1/channels');
@@ -124,7 +117,7 @@ test('the setup guide lists the apps to forward and offers the script', async ({
   await daemon.api('PUT', `/v1/channels/${urgent!.id}`, { ...channel, rule: { apps: ['Signal', 'Phone'] } });
   const apps = page.getByRole('region', { name: 'Apps to select' });
   await expect(apps.getByRole('listitem')).toHaveText(['Phone', 'Signal']);
-  await expect(page.getByText('sh ~/Downloads/ringwell-forward.sh Phone Signal')).toBeVisible();
+  await expect(page.getByText('ringwell capture apps Phone Signal')).toBeVisible();
 });
 
 test('the setup test passes with a well-formed notification', async ({ page, daemon }) => {

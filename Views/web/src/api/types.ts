@@ -257,14 +257,7 @@ export interface DaemonStatus {
 
 // What one server-sent `change` event names; the client refetches it.
 export type Topic =
-  | 'channels'
-  | 'events'
-  | 'setupWarning'
-  | 'saveError'
-  | 'alarms'
-  | 'authorization'
-  | 'setupTest'
-  | 'settings';
+  'channels' | 'events' | 'setupWarning' | 'saveError' | 'alarms' | 'authorization' | 'setupTest' | 'settings';
 
 export const allTopics: readonly Topic[] = [
   'channels',

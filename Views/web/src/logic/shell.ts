@@ -16,11 +16,10 @@ export function testNotificationCommand(apps: readonly string[] | null | undefin
   return `notify-send${appOption} "Ringwell test" "It works"`;
 }
 
-export const scriptName = 'ringwell-forward.sh';
-
-// Runs the downloaded forwarding script for these apps (every app when none).
-export function forwardingScriptCommand(apps: readonly string[] | null | undefined): string {
-  return ['sh', `~/Downloads/${scriptName}`, ...(apps ?? []).map(shellQuote)].join(' ');
+// Limits the daemon's capture to these apps (every app when none).
+export function captureAppsCommand(apps: readonly string[] | null | undefined): string {
+  if (!apps || apps.length === 0) return 'ringwell capture apps --all';
+  return ['ringwell', 'capture', 'apps', ...apps.map(shellQuote)].join(' ');
 }
 
 // How a hand-made automation hands one notification to Ringwell.

@@ -56,8 +56,8 @@ export function forwardingSheet(): TemplateResult | typeof nothing {
           </div>`
         : html`<p>Ringwell only hears from apps that your automation forwards.</p>
             ${numberedSteps([
-              'Open your Ringwell automation: the **forwarding script** or your own.',
-              `Make sure **${app}** is forwarded: name it among the script's apps, or name none to forward every app.`,
+              'Ringwell captures this desktop’s notifications while **ringwell serve** runs.',
+              `Make sure **${app}** is captured: name it with **ringwell capture apps**, or capture every app.`,
             ])}
             <a class="button" href="/settings/setup" @click=${close}
               >${icon('arrow.up.forward.app')} Automation Setup</a

@@ -4,18 +4,9 @@
 import { html, type TemplateResult } from 'lit-html';
 import { appsToForwardQuery } from '../state/data';
 import { icon } from '../ui/icons';
-import {
-  copyableCommand,
-  errorNote,
-  linkRow,
-  loadingNote,
-  marked,
-  numberedSteps,
-  screenHeader,
-  section,
-} from '../ui/widgets';
-import { forwardingScriptCommand, sendCommand } from '../logic/shell';
-import { downloadButton, mappingStep } from './automation';
+import { copyableCommand, errorNote, linkRow, loadingNote, numberedSteps, screenHeader, section } from '../ui/widgets';
+import { captureAppsCommand, sendCommand } from '../logic/shell';
+import { captureSteps, mappingStep } from './automation';
 import { setupWarningNote } from './setupTest';
 
 function appsToSelect(apps: string[] | null | undefined, loading: boolean): TemplateResult {
@@ -47,10 +38,8 @@ export function setupGuideScreen(): TemplateResult {
     id: 'ready-made',
     title: 'Ready-made automation',
     content: html`<div class="padded">
-      <p>${marked('Save the **forwarding script** and run it in your desktop session.')}</p>
-      <p>Name the apps above after it. Apps aren’t included in the file.</p>
-      ${downloadButton()} ${copyableCommand(forwardingScriptCommand(apps))}
-      <p class="note">Or build it yourself with the steps below.</p>
+      ${numberedSteps(captureSteps)} ${copyableCommand(captureAppsCommand(apps))}
+      <p class="note">Notifications from elsewhere: see the steps below.</p>
     </div>`,
   })}
   ${section({
@@ -58,8 +47,7 @@ export function setupGuideScreen(): TemplateResult {
     title: 'Build it yourself',
     content: html`<div class="padded">
       ${numberedSteps([
-        'Watch the session bus for notifications: **dbus-monitor** does this.',
-        'Keep the notifications of the apps above.',
+        'For notifications from elsewhere (a script, another machine), keep those of the apps above.',
         mappingStep,
       ])}
       ${copyableCommand(sendCommand)}

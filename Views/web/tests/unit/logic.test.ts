@@ -9,7 +9,7 @@ import { contrast, luminance, readableTextOn } from '../../src/logic/colour';
 import { eventTitle, filteredEvents, isReaching, notificationLine } from '../../src/logic/history';
 import { relativeDescription, untilNextMidnight, untilNextMinute } from '../../src/logic/relativeTime';
 import { parseRoute, tabOf } from '../../src/logic/routes';
-import { forwardingScriptCommand, shellQuote, testNotificationCommand } from '../../src/logic/shell';
+import { captureAppsCommand, shellQuote, testNotificationCommand } from '../../src/logic/shell';
 import { clock, duration, minuteToTime, timeToMinute, weekdaysMondayFirst, windowLabel } from '../../src/ui/format';
 
 // The words sh makes of a command line, by running it with printf in front.
@@ -60,12 +60,13 @@ test.describe('commands for the terminal', () => {
     expect(shellQuote('Signal')).toBe('Signal');
   });
 
-  test('run the forwarding script with exactly the apps to select', () => {
+  test('capture exactly the apps to select, or every app', () => {
     const apps = ['Signal', "Mom's phone", 'a "b" $HOME'];
-    const command = forwardingScriptCommand(apps);
-    expect(command.startsWith('sh ~/Downloads/ringwell-forward.sh ')).toBe(true);
-    expect(wordsOf(command.slice('sh ~/Downloads/ringwell-forward.sh '.length))).toEqual(apps);
-    expect(forwardingScriptCommand(null)).toBe('sh ~/Downloads/ringwell-forward.sh');
+    const command = captureAppsCommand(apps);
+    expect(command.startsWith('ringwell capture apps ')).toBe(true);
+    expect(wordsOf(command.slice('ringwell capture apps '.length))).toEqual(apps);
+    expect(captureAppsCommand(null)).toBe('ringwell capture apps --all');
+    expect(captureAppsCommand([])).toBe('ringwell capture apps --all');
   });
 
   test('post the test notification as the first named app', () => {

@@ -1,0 +1,130 @@
+#include "Cli/CaptureCommands.h"
+
+#include "Cli/CommandSupport.h"
+#include "Cli/DaemonCall.h"
+
+#include <ostream>
+
+namespace ringwell::cli {
+namespace {
+
+constexpr OptionSpec captureOptions[] = {{"json", false}, {"all", false}};
+constexpr OptionSpec jsonOnly[] = {{"json", false}};
+
+void printCapture(CommandContext& context, const json::Json& capture) {
+    std::ostream& out = context.out;
+    const bool enabled = capture.value("enabled", false);
+    const bool active = capture.value("active", false);
+    out << "Capture: " << (!enabled ? "off" : active ? "on, active" : "on, not active");
+    const std::string problem = capture.value("problem", "");
+    if (enabled && !active && !problem.empty())
+        out << " (" << problem << ")";
+    out << '\n';
+    const std::string server = capture.value("server", "");
+    out << "Notification server: "
+        << (server.empty() ? "unknown" : server + " " + capture.value("serverVersion", "")) << '\n';
+    out << "Seen since start: " << capture.value("seen", 0) << " (handed on "
+        << capture.value("forwarded", 0) << ")\n";
+    out << "Apps: ";
+    const json::Json& apps = capture.contains("apps") ? capture["apps"] : json::Json();
+    if (!apps.is_array()) {
+        out << "every app\n";
+        return;
+    }
+    if (apps.empty())
+        out << "none";
+    for (std::size_t i = 0; i < apps.size(); ++i)
+        out << (i ? ", " : "") << apps[i].get<std::string>();
+    out << '\n';
+}
+
+int runCapture(std::span<const std::string> args, CommandContext& context) {
+    auto arguments = parseCommand(context, "capture", args, captureOptions, 0, SIZE_MAX);
+    if (!arguments)
+        return exitUsage;
+    const auto& words = arguments->positionals;
+    const std::string action = words.empty() ? "status" : words[0];
+    const bool all = arguments->has("all");
+    if (action != "apps" && (words.size() > 1 || all))
+        return usageError(context, "capture", "only `apps` takes names or --all");
+    DaemonAnswer answer;
+    if (action == "status") {
+        answer = callDaemon(context, "capture", "GET", "/v1/capture");
+    } else if (action == "on" || action == "off") {
+        answer = callDaemon(context, "capture", "PUT", "/v1/capture",
+                            json::Json{{"enabled", action == "on"}});
+    } else if (action == "apps") {
+        if (all && words.size() > 1)
+            return usageError(context, "capture", "give app names or --all, not both");
+        if (!all && words.size() == 1)
+            answer = callDaemon(context, "capture", "GET", "/v1/capture");
+        else
+            answer = callDaemon(context, "capture", "PUT", "/v1/capture",
+                                json::Json{{"apps", all ? json::Json()
+                                                        : json::Json(std::vector<std::string>(
+                                                              words.begin() + 1, words.end()))}});
+    } else {
+        return usageError(context, "capture", "expected status, on, off or apps");
+    }
+    if (answer.exitCode)
+        return *answer.exitCode;
+    if (arguments->has("json"))
+        printJson(context, answer.json);
+    else
+        printCapture(context, answer.json);
+    return exitSuccess;
+}
+
+int runStatus(std::span<const std::string> args, CommandContext& context) {
+    auto arguments = parseCommand(context, "status", args, jsonOnly, 0, 0);
+    if (!arguments)
+        return exitUsage;
+    auto answer = callDaemon(context, "status", "GET", "/v1/status");
+    if (answer.exitCode)
+        return *answer.exitCode;
+    if (arguments->has("json")) {
+        printJson(context, answer.json);
+        return exitSuccess;
+    }
+    const json::Json& status = answer.json;
+    context.out << "Ringwell " << status.value("version", "") << " is running.\n"
+                << "Channels: " << status.value("channels", 0)
+                << ", events: " << status.value("events", 0)
+                << ", alarms: " << status.value("alarms", 0) << '\n';
+    const std::string web = status.value("webAddress", "");
+    context.out << "Web app: " << (web.empty() ? "off" : web) << '\n';
+    if (status.contains("saveProblem") && status["saveProblem"].is_string())
+        context.out << status["saveProblem"].get<std::string>() << '\n';
+    if (status.contains("capture"))
+        printCapture(context, status["capture"]);
+    return exitSuccess;
+}
+
+} // namespace
+
+const Command captureCommand{
+    "capture", "Show or change the capture of desktop notifications",
+    R"(Usage: ringwell capture [status | on | off | apps [NAME... | --all]] [--json]
+
+Ringwell captures the notifications shown on this desktop (and those a phone
+bridge such as KDE Connect or GSConnect mirrors) and handles each like
+`ringwell send`.
+  status        whether capture is on and active, the notification server and
+                how many notifications it saw since the daemon started
+  on, off       turn capture on or off (remembered)
+  apps          the apps whose notifications are taken
+  apps NAME...  take only these apps' notifications (names ignore case)
+  apps --all    take every app's notifications (the default)
+)",
+    runCapture};
+
+const Command statusCommand{"status", "Show whether the daemon runs and captures",
+                            R"(Usage: ringwell status [--json]
+
+The daemon's version, its channels, events and alarms, the web app's address
+and the capture of desktop notifications; says so when the daemon cannot save
+its history.
+)",
+                            runStatus};
+
+} // namespace ringwell::cli

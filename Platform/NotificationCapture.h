@@ -1,0 +1,101 @@
+#pragma once
+
+#include "Alarms/Logger.h"
+#include "Alarms/NotificationSource.h"
+#include "Core/CapturedNotification.h"
+#include "Platform/BusPump.h"
+#include "Shared/Asio.h"
+
+#include <boost/asio/steady_timer.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+
+struct sd_bus;
+struct sd_bus_message;
+
+namespace ringwell {
+
+// Captures the desktop's notifications from the session bus: a connection of
+// its own becomes a monitor (`BecomeMonitor`) of the calls that show a
+// notification (freedesktop `Notify`, GTK's and the portal's
+// `AddNotification`) and of the notification server's answers. The monitor
+// never sends; the server's name and version are asked over a second,
+// ordinary connection, on connecting and, while unknown, with the next
+// notification.
+//
+// Each call is counted and handed on once: a call seen twice (addressed to
+// the well-known and to the unique name) by its sender and serial, a
+// replacement only when its text changed, and never Ringwell's own notices.
+//
+// Without a session bus, or when the bus goes away, it says why in its status
+// and the log and tries again every `retryInterval`. Connecting waits for the
+// bus for at most two seconds.
+//
+// Main thread only (the io_context's thread).
+class NotificationCapture final : public NotificationSource {
+public:
+    static constexpr const char* logCategory = "Capture";
+
+    NotificationCapture(asio::io_context& context, Logger& logger,
+                        std::chrono::milliseconds retryInterval = std::chrono::seconds(5));
+    ~NotificationCapture() override;
+    NotificationCapture(const NotificationCapture&) = delete;
+    NotificationCapture& operator=(const NotificationCapture&) = delete;
+
+    void start(Listener listener) override;
+    void stop() override;
+    CaptureStatus status() const override;
+
+private:
+    using CallKey = std::pair<std::string, std::uint64_t>; // sender, serial
+
+    void connect();
+    void connectMonitor(const std::string& address);
+    void askServer(const std::string& address);
+    void close();
+    void lost(const std::string& problem);
+    void retryLater();
+    void onMessage(sd_bus_message* message);
+    void onCall(sd_bus_message* message);
+    void onReturn(sd_bus_message* message);
+    bool isNew(const BusNotification& notification);
+    void remember(const CallKey& call);
+    void serverAnswered(sd_bus_message* reply);
+    void closeOrdinarySoon();
+
+    asio::io_context& context_;
+    Logger& logger_;
+    std::chrono::milliseconds retryInterval_;
+    Listener listener_;
+    asio::steady_timer retry_;
+
+    sd_bus* monitor_ = nullptr;
+    std::unique_ptr<BusPump> monitorPump_;
+    sd_bus* ordinary_ = nullptr;
+    std::unique_ptr<BusPump> ordinaryPump_;
+    std::string uniqueName_;
+    std::string address_;
+    // Counts connections, so that a close meant for a lost one spares the next.
+    std::uint64_t generation_ = 0;
+    bool retrying_ = false;
+
+    CaptureStatus status_;
+    // Calls already handled, oldest first, to tell a second sighting apart.
+    std::deque<CallKey> recentCalls_;
+    std::set<CallKey> recentCallSet_;
+    // The text of each Notify awaiting the server's id, and of each id.
+    std::map<CallKey, std::string> awaitingId_;
+    std::map<std::uint32_t, std::string> textById_;
+    // The text of each GTK and portal notification by app and id.
+    std::map<std::string, std::string> textByGtkId_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+};
+
+} // namespace ringwell

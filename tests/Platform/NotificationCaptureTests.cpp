@@ -1,0 +1,226 @@
+#include "Platform/NotificationCapture.h"
+
+#include "FakeNotificationServer.h"
+#include "Platform/NotifierDBus.h"
+#include "PlatformTestSupport.h"
+#include "TestSupport/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace ringwell {
+namespace {
+
+using namespace platformtest;
+using namespace std::chrono_literals;
+
+// A private session bus with a notification server, a capture on it, and
+// real clients (notify-send, gdbus) showing notifications.
+class NotificationCaptureTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        bus = std::make_unique<PrivateBus>(directory.path());
+        if (!bus->available())
+            GTEST_SKIP() << "dbus-daemon is not available";
+        address = std::make_unique<EnvironmentGuard>("DBUS_SESSION_BUS_ADDRESS", bus->address());
+        server = std::make_unique<FakeNotificationServer>(bus->address());
+        capture.start([this](ShortcutInputFields fields) { captured.push_back(fields); });
+        ASSERT_TRUE(runUntil(context, [&] { return capture.status().active; }))
+            << capture.status().problem;
+    }
+
+    // Runs a client on the private bus; its output.
+    std::string client(std::vector<std::string> argv) {
+        argv[0] = "/usr/bin/" + argv[0];
+        auto result = testing::runProcess(argv, {{"DBUS_SESSION_BUS_ADDRESS", bus->address()}});
+        EXPECT_EQ(result.exitCode, 0) << argv[0] << ": " << result.err;
+        return result.out;
+    }
+
+    // gdbus calling `method` of the notification server's objects.
+    void gdbus(const std::string& destination, const std::string& path, const std::string& method,
+               std::vector<std::string> arguments) {
+        // "--" ends gdbus's options, so that -1 is an argument.
+        std::vector<std::string> argv = {
+            "gdbus",         "call", "--session", "--dest", destination,
+            "--object-path", path,   "--method",  method,   "--"};
+        argv.insert(argv.end(), arguments.begin(), arguments.end());
+        client(argv);
+    }
+
+    void notifyKdeConnect(const std::string& summary, const std::string& body,
+                          const std::string& hints) {
+        gdbus("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+              "org.freedesktop.Notifications.Notify",
+              {"KDE Connect", "0", "''", summary, body, "[]",
+               "{'x-kde-appname': <'kdeconnect'>, 'resident': <true>" + hints + "}", "-1"});
+    }
+
+    bool seen(std::uint64_t count) {
+        return runUntil(context, [&] { return capture.status().seen >= count; }) &&
+               capture.status().seen == count;
+    }
+
+    NotificationInfo info(std::size_t index) const {
+        return captured.at(index).notification(Date());
+    }
+
+    TemporaryDirectory directory;
+    std::unique_ptr<PrivateBus> bus;
+    std::unique_ptr<EnvironmentGuard> address;
+    std::unique_ptr<FakeNotificationServer> server;
+    asio::io_context context;
+    RecordingLogger logger;
+    NotificationCapture capture{context, logger, 50ms};
+    std::vector<ShortcutInputFields> captured;
+};
+
+TEST_F(NotificationCaptureTest, NotifySendIsCapturedOnceWithItsFieldsAndTheServerIsNamed) {
+    client({"notify-send", "-a", "Signal", "-u", "critical", "Mom", "call me"});
+    ASSERT_TRUE(seen(1));
+    ASSERT_EQ(captured.size(), 1u);
+    EXPECT_EQ(info(0).app, "Signal");
+    EXPECT_EQ(info(0).title, "Mom");
+    EXPECT_EQ(info(0).body, "call me");
+    EXPECT_TRUE(info(0).isTimeSensitive);
+    EXPECT_TRUE(runUntil(context, [&] { return !capture.status().server.empty(); }));
+    EXPECT_EQ(capture.status().server, "fake");
+    EXPECT_EQ(capture.status().serverVersion, "1");
+}
+
+TEST_F(NotificationCaptureTest, GtkAndPortalNotificationsAreCaptured) {
+    gdbus("org.gtk.Notifications", "/org/gtk/Notifications",
+          "org.gtk.Notifications.AddNotification",
+          {"org.gnome.Fractal", "m1",
+           "{'title': <'Ana'>, 'body': <'lunch?'>, 'priority': <'urgent'>}"});
+    gdbus("org.freedesktop.Notifications", "/org/freedesktop/portal/desktop",
+          "org.freedesktop.impl.portal.Notification.AddNotification",
+          {"org.example.Chat", "n1", "{'title': <'Bo'>, 'body': <'hi'>}"});
+    ASSERT_TRUE(seen(2));
+    EXPECT_EQ(info(0).app, "Fractal");
+    EXPECT_EQ(info(0).title, "Ana");
+    EXPECT_TRUE(info(0).isTimeSensitive);
+    EXPECT_EQ(info(1).app, "Chat");
+    EXPECT_EQ(info(1).body, "hi");
+}
+
+TEST_F(NotificationCaptureTest, PhoneBridgesRingAsThePhonesApp) {
+    notifyKdeConnect("Mom", "call me",
+                     ", 'x-kde-display-appname': <'Messages'>, "
+                     "'x-kdeconnect-source-device': <'Pixel 7'>");
+    notifyKdeConnect("Mom", "Incoming call", "");
+    gdbus("org.gtk.Notifications", "/org/gtk/Notifications",
+          "org.gtk.Notifications.AddNotification",
+          {"org.gnome.Shell.Extensions.GSConnect", "dev1|42",
+           "{'title': <'WhatsApp'>, 'body': <'Ana: see you'>}"});
+    ASSERT_TRUE(seen(3));
+    EXPECT_EQ(info(0).app, "Messages");
+    EXPECT_EQ(info(0).from(), "Mom");
+    EXPECT_EQ(captured[0].received.at(7).value, "Pixel 7");
+    EXPECT_EQ(info(1).app, "Phone");
+    EXPECT_EQ(info(1).callKind(), CallKind::incoming);
+    EXPECT_EQ(info(2).app, "WhatsApp");
+    EXPECT_EQ(info(2).title, "Ana");
+}
+
+TEST_F(NotificationCaptureTest, AReplacementCountsOnlyWhenItsTextChanged) {
+    const std::string id = client({"notify-send", "-p", "-a", "Signal", "Mom", "call me"});
+    ASSERT_TRUE(seen(1));
+    const std::string replaces = id.substr(0, id.find('\n'));
+    client({"notify-send", "-r", replaces, "-a", "Signal", "Mom", "call me"});
+    client({"notify-send", "-r", replaces, "-a", "Signal", "Mom", "call me now"});
+    ASSERT_TRUE(seen(2));
+    EXPECT_EQ(info(1).body, "call me now");
+
+    const std::vector<std::string> gtk = {"org.gnome.Fractal", "m1", "{'title': <'Ana'>}"};
+    gdbus("org.gtk.Notifications", "/org/gtk/Notifications",
+          "org.gtk.Notifications.AddNotification", gtk);
+    gdbus("org.gtk.Notifications", "/org/gtk/Notifications",
+          "org.gtk.Notifications.AddNotification", gtk);
+    client({"notify-send", "-a", "Signal", "last"});
+    ASSERT_TRUE(seen(4));
+    EXPECT_EQ(info(3).title, "last");
+}
+
+// The same call addressed to the well-known name and to the server's unique
+// name: one sender, one serial.
+TEST_F(NotificationCaptureTest, TheSameCallSeenTwiceIsCapturedOnce) {
+    sd_bus* sender = nullptr;
+    ASSERT_GE(sd_bus_new(&sender), 0);
+    sd_bus_set_address(sender, bus->address().c_str());
+    sd_bus_set_bus_client(sender, 1);
+    ASSERT_GE(sd_bus_start(sender), 0);
+    sd_bus_creds* creds = nullptr;
+    ASSERT_GE(sd_bus_get_name_creds(sender, "org.freedesktop.Notifications",
+                                    SD_BUS_CREDS_UNIQUE_NAME, &creds),
+              0);
+    const char* unique = nullptr;
+    sd_bus_creds_get_unique_name(creds, &unique);
+    for (const char* destination : {"org.freedesktop.Notifications", unique}) {
+        sd_bus_message* call = nullptr;
+        sd_bus_message_new_method_call(sender, &call, destination, "/org/freedesktop/Notifications",
+                                       "org.freedesktop.Notifications", "Notify");
+        sd_bus_message_append(call, "susssasa{sv}i", "Signal", 0u, "", "Mom", "twice", 0, 0, -1);
+        sd_bus_message_seal(call, 4242, 0);
+        ASSERT_GE(sd_bus_send(sender, call, nullptr), 0);
+        sd_bus_message_unref(call);
+    }
+    sd_bus_flush(sender);
+    sd_bus_creds_unref(creds);
+    sd_bus_flush_close_unref(sender);
+
+    client({"notify-send", "-a", "Signal", "after"});
+    ASSERT_TRUE(seen(2));
+    EXPECT_EQ(info(0).body, "twice");
+    EXPECT_EQ(info(1).title, "after");
+}
+
+TEST_F(NotificationCaptureTest, RingwellsOwnNoticesAreNotCaptured) {
+    NotifierDBus notices(context, logger);
+    bool posted = false;
+    asio::co_spawn(context, notices.add({"ring-failed", "Ringwell couldn't ring Urgent", "x", ""}),
+                   [&](std::exception_ptr) { posted = true; });
+    ASSERT_TRUE(runUntil(context, [&] { return posted; }));
+    ASSERT_EQ(server->notices().size(), 1u);
+
+    client({"notify-send", "-a", "Signal", "after"});
+    ASSERT_TRUE(seen(1));
+    EXPECT_EQ(info(0).title, "after");
+}
+
+TEST_F(NotificationCaptureTest, ABusThatGoesAwayIsPickedUpAgainWhenItComesBack) {
+    server.reset();
+    bus.reset();
+    ASSERT_TRUE(runUntil(context, [&] { return !capture.status().active; }));
+    EXPECT_FALSE(capture.status().problem.empty());
+    EXPECT_GE(logger.count("Not capturing notifications"), 1);
+
+    bus = std::make_unique<PrivateBus>(directory.path());
+    ASSERT_TRUE(runUntil(context, [&] { return capture.status().active; }));
+    server = std::make_unique<FakeNotificationServer>(bus->address());
+    client({"notify-send", "-a", "Signal", "back"});
+    ASSERT_TRUE(seen(1));
+    EXPECT_EQ(info(0).title, "back");
+    // The server came after the bus: it is asked again once it shows a notification.
+    EXPECT_TRUE(runUntil(context, [&] { return capture.status().server == "fake"; }));
+}
+
+TEST(NotificationCaptureWithoutBusTest, WithoutASessionBusItSaysSoAndKeepsTrying) {
+    TemporaryDirectory directory;
+    EnvironmentGuard address("DBUS_SESSION_BUS_ADDRESS",
+                             "unix:path=" + (directory / "none").string());
+    asio::io_context context;
+    RecordingLogger logger;
+    NotificationCapture capture(context, logger, 20ms);
+    capture.start([](ShortcutInputFields) {});
+    EXPECT_FALSE(capture.status().active);
+    EXPECT_NE(capture.status().problem.find("cannot be reached"), std::string::npos);
+    // Each retry fails the same way and is not logged again.
+    runUntil(
+        context, [] { return false; }, 200ms);
+    EXPECT_EQ(logger.count("Not capturing notifications"), 1);
+}
+
+} // namespace
+} // namespace ringwell
