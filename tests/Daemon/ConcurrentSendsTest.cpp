@@ -17,8 +17,9 @@ std::set<std::string> titlesOnDisk(const std::filesystem::path& root) {
     std::ifstream file(root / "data" / "ringwell" / "ringwell.json");
     std::stringstream text;
     text << file.rdbuf();
+    const json::Json store = json::Json::parse(text.str());
     std::set<std::string> titles;
-    for (const auto& event : json::Json::parse(text.str())["events"])
+    for (const auto& event : store["events"])
         titles.insert(event["title"].get<std::string>());
     return titles;
 }
