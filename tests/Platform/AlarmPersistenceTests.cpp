@@ -1,6 +1,6 @@
 #include "Platform/AlarmFile.h"
 #include "Platform/LocalAlarmService.h"
-#include "Platform/SilentAudioSink.h"
+#include "TestSupport/Fakes/SilentAudioSink.h"
 #include "PlatformTestSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "Platform/LocalAlarmService.h"
 
 #include "Platform/AlarmNotice.h"
-#include "Platform/SilentAudioSink.h"
+#include "TestSupport/Fakes/SilentAudioSink.h"
 #include "PlatformTestSupport.h"
 
 #include <gtest/gtest.h>
