@@ -3,6 +3,7 @@
 #include "Core/Cooldown.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace ringwell::RulePreview {
 namespace {
@@ -67,8 +68,7 @@ std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableCha
     std::vector<Cooldown::Firing> ringLog;
 
     std::int64_t position = 0;
-    for (auto it = notificationsNewestFirst.rbegin(); it != notificationsNewestFirst.rend(); ++it) {
-        const NotificationInfo& notification = *it;
+    for (const NotificationInfo& notification : std::views::reverse(notificationsNewestFirst)) {
         PreviewVerdict verdict =
             verdictFor(channels, *previewed, notification, history, calendar, ringLog);
         entries.push_back({position, notification, verdict, history});
