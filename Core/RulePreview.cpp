@@ -3,7 +3,6 @@
 #include "Core/Cooldown.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace ringwell::RulePreview {
 namespace {
@@ -68,7 +67,10 @@ std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableCha
     std::vector<Cooldown::Firing> ringLog;
 
     std::int64_t position = 0;
-    for (const NotificationInfo& notification : std::views::reverse(notificationsNewestFirst)) {
+    // Oldest first. Not a reversed range: clang 14 cannot read libstdc++ 12's views.
+    // NOLINTNEXTLINE(modernize-loop-convert)
+    for (auto it = notificationsNewestFirst.rbegin(); it != notificationsNewestFirst.rend(); ++it) {
+        const NotificationInfo& notification = *it;
         PreviewVerdict verdict =
             verdictFor(channels, *previewed, notification, history, calendar, ringLog);
         entries.push_back({position, notification, verdict, history});
