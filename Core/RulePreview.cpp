@@ -67,6 +67,8 @@ std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableCha
     std::vector<Cooldown::Firing> ringLog;
 
     std::int64_t position = 0;
+    // Oldest first. Not a reversed range: clang 14 cannot read libstdc++ 12's views.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (auto it = notificationsNewestFirst.rbegin(); it != notificationsNewestFirst.rend(); ++it) {
         const NotificationInfo& notification = *it;
         PreviewVerdict verdict =

@@ -115,8 +115,8 @@ void AudioPulse::playLoop(const Request& request) {
 
     int error = 0;
     std::unique_ptr<pa_simple, StreamCloser> stream(
-        pa_simple_new(nullptr, "Ringwell", PA_STREAM_PLAYBACK, nullptr, "Alarm", &sampleFormat, nullptr,
-                      &buffer, &error));
+        pa_simple_new(nullptr, "Ringwell", PA_STREAM_PLAYBACK, nullptr, "Alarm", &sampleFormat,
+                      nullptr, &buffer, &error));
     if (!stream) {
         report(request, AudioProblemKind::noAudioServer, pa_strerror(error));
         return;

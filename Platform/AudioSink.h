@@ -21,7 +21,7 @@ struct AudioProblem {
 };
 
 // Where alarm tones are played: one tone at a time, looped until `stop` or the
-// next `play`. The daemon uses AudioPulse; tests use SilentAudioSink, which
+// next `play`. The daemon uses AudioPulse; the tests use a silent fake that
 // records the calls.
 //
 // Called from the daemon's main thread. Neither call blocks: playback runs

@@ -330,21 +330,6 @@ TEST_F(AlarmSchedulerTest, AFailedReminderIsLeftOutAndTheOthersStillRing) {
 
 // MARK: Presentation
 
-TEST_F(AlarmSchedulerTest, WithoutSnoozeTheAlertHasOnlyTheStopButton) {
-    const FireEvent event = fire(urgent());
-    const AlarmPresentation& presentation = configurationOf(*event.alarmID).attributes.presentation;
-    const AlarmButton white = {"", "#FFFFFF", ""};
-    EXPECT_EQ(presentation.alert.title, "Server down: Disk full");
-    EXPECT_EQ(presentation.alert.stopButton, (AlarmButton{"Stop", white.textColor, "stop.circle"}));
-    EXPECT_FALSE(presentation.alert.secondaryButton);
-    EXPECT_FALSE(presentation.alert.secondaryButtonBehavior);
-    EXPECT_EQ(
-        presentation.countdown,
-        (AlarmPresentation::Countdown{"Urgent", AlarmButton{"Pause", "#FFFFFF", "pause.fill"}}));
-    EXPECT_EQ(presentation.paused,
-              (AlarmPresentation::Paused{"Paused", AlarmButton{"Resume", "#FFFFFF", "play.fill"}}));
-}
-
 TEST_F(AlarmSchedulerTest, WithSnoozeTheAlertOffersSnoozeThatCountsDownAgain) {
     Channel channel = change(urgent().id, [](Channel& c) { c.snoozeEnabled = true; });
     const FireEvent event = fire(channel);

@@ -1,6 +1,5 @@
 #include "Intents/ChannelEntity.h"
 #include "Intents/RingChannelIntent.h"
-#include "Intents/RingwellShortcuts.h"
 #include "Intents/SendToRingwellIntent.h"
 #include "Intents/StopAllAlarmsIntent.h"
 
@@ -108,12 +107,6 @@ TEST_F(RingChannelIntentTest, ADeletedChannelFailsAndLogsNothing) {
     EXPECT_TRUE(service.calls.empty());
 }
 
-TEST_F(RingChannelIntentTest, ADisabledChannelIsSkippedWithoutAnError) {
-    change(urgent().id, [](Channel& c) { c.isEnabled = false; });
-    EXPECT_EQ(run(ring(urgent().id).perform(ctx)).outcome, FireOutcome::skipped);
-    EXPECT_TRUE(service.scheduled.empty());
-}
-
 TEST_F(RingChannelIntentTest, TheSchedulersErrorIsTheIntentsError) {
     service.failNextSchedule(AlarmServiceError::Kind::maximumLimitReached);
     EXPECT_THROW(run(ring(urgent().id).perform(ctx)), RingwellAlarmError);
@@ -166,18 +159,6 @@ TEST_F(ChannelQueryTest, AnEntityShowsTheRuleSummary) {
 }
 
 // MARK: Shortcuts
-
-TEST(RingwellShortcutsTest, ThreeShortcutsNameTheApp) {
-    const auto& shortcuts = RingwellShortcuts::appShortcuts();
-    ASSERT_EQ(shortcuts.size(), 3u);
-    EXPECT_EQ(shortcuts[0].phrases, std::vector<std::string>{"Send notification to Ringwell"});
-    EXPECT_EQ(shortcuts[1].phrases, (std::vector<std::string>{"Ring ${channel} in Ringwell",
-                                                              "Sound Ringwell ${channel}"}));
-    EXPECT_EQ(
-        shortcuts[2],
-        (AppShortcut{
-            "StopAllAlarmsIntent", {"Stop Ringwell alarms"}, "Stop All Alarms", "stop.circle"}));
-}
 
 } // namespace
 } // namespace ringwell

@@ -39,11 +39,6 @@ protected:
     Controller::Token token;
 };
 
-TEST_F(SetupTestControllerTest, StartsIdle) {
-    EXPECT_EQ(controller.state(), Controller::State{Controller::Idle{}});
-    EXPECT_FALSE(controller.isWaiting());
-}
-
 TEST_F(SetupTestControllerTest, AReceivedNotificationIsJudgedAndSaved) {
     const Date started = clock.now();
     controller.start(started);

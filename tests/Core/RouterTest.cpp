@@ -80,28 +80,6 @@ TEST_F(RouterTest, FirstEnabledMatchWinsOverLaterMatches) {
               RouteResult::channel(first.id));
 }
 
-TEST_F(RouterTest, EnabledMatchAfterDisabledOnesWins) {
-    auto disabled = channel(anyNotification(), false);
-    auto enabled = channel(fromApp("Mail"));
-    EXPECT_EQ(route({disabled, channel(fromApp("Slack")), enabled}),
-              RouteResult::channel(enabled.id));
-}
-
-TEST_F(RouterTest, FrequencyConditionSeesTheHistory) {
-    ChannelRule repeated = fromApp("Mail");
-    repeated.frequency = FrequencyCondition{3, 600};
-    auto channelOfRule = channel(repeated);
-
-    NotificationInfo earlier = notification;
-    earlier.date = notification.date.addingSeconds(-120);
-    EXPECT_EQ(route({channelOfRule}, {earlier}), RouteResult::noMatch());
-
-    NotificationInfo evenEarlier = notification;
-    evenEarlier.date = notification.date.addingSeconds(-300);
-    EXPECT_EQ(route({channelOfRule}, {earlier, evenEarlier}),
-              RouteResult::channel(channelOfRule.id));
-}
-
 TEST_F(RouterTest, ActiveHoursAreJudgedInTheGivenCalendar) {
     // 10:00 UTC is 12:00 in Berlin in summer.
     ChannelRule lunch;

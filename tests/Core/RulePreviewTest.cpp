@@ -161,30 +161,6 @@ TEST_F(RulePreviewTest, CooldownEndsExactlyAfterItsLength) {
                             PreviewVerdict::rings()));
 }
 
-TEST_F(RulePreviewTest, CooldownIsPerSender) {
-    auto previewed = channel(withCooldown(300));
-    auto entries =
-        run(previewed, {previewed}, {message("Mom", 0), message("Dad", 100), message("Mom", 200)});
-    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::rings(), PreviewVerdict::rings(),
-                                               PreviewVerdict::cooledDown()));
-}
-
-TEST_F(RulePreviewTest, SendersDifferingInCaseShareOneCooldown) {
-    auto previewed = channel(withCooldown(300));
-    auto entries = run(previewed, {previewed}, {message("MOM", 0), message("mom", 100)});
-    EXPECT_THAT(verdicts(entries),
-                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::cooledDown()));
-}
-
-TEST_F(RulePreviewTest, TitleIsTheCooldownKeyWithoutSender) {
-    auto previewed = channel(withCooldown(300));
-    auto fromTitle = message("", 100);
-    fromTitle.title = "Mom";
-    auto entries = run(previewed, {previewed}, {message("Mom", 0), fromTitle});
-    EXPECT_THAT(verdicts(entries),
-                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::cooledDown()));
-}
-
 TEST_F(RulePreviewTest, ShadowedRingsDoNotStartACooldown) {
     // The earlier channel takes only the first message; the second one reaches
     // the previewed channel, which has not rung for Mom yet.

@@ -1,6 +1,5 @@
 #include "Core/RuleTemplate.h"
 #include "Core/RuleMatcher.h"
-#include "Core/Text.h"
 
 #include "TestSupport/Helpers.h"
 
@@ -12,26 +11,6 @@ namespace ringwell {
 namespace {
 
 using testing::at;
-
-TEST(RuleTemplateTest, CatalogueHoldsEightTemplatesInMenuOrder) {
-    std::vector<std::string> ids;
-    for (const auto& entry : RuleTemplate::all())
-        ids.push_back(entry.id);
-    EXPECT_EQ(ids, (std::vector<std::string>{"calls-from", "missed-calls", "messages-from",
-                                             "urgent-words", "doorbell", "on-call", "repeated",
-                                             "night"}));
-    EXPECT_EQ(text::characterCount(RuleTemplate::find("urgent-words")->subtitle), 51u);
-    EXPECT_EQ(RuleTemplate::find("nope"), nullptr);
-}
-
-TEST(RuleTemplateTest, UnfilledTemplatesSuggestTheseNames) {
-    std::vector<std::string> names;
-    for (const auto& entry : RuleTemplate::all())
-        names.push_back(entry.rule.suggestedName());
-    EXPECT_EQ(names, (std::vector<std::string>{"Incoming Calls", "Missed Calls", "Messages",
-                                               "\u201Curgent\u201D +2", "Ring", "PagerDuty +1",
-                                               "Repeated", "Scheduled"}));
-}
 
 TEST(RuleTemplateTest, NightRingsLateAndStopsAtSeven) {
     auto berlin = testing::calendarIn("Europe/Berlin");

@@ -82,11 +82,5 @@ TEST(TextTest, InvalidUtf8NeverFails) {
     EXPECT_TRUE(text::containsIgnoringCaseAndDiacritics(broken, "END"));
 }
 
-TEST(TextTest, DisplayOrderIgnoresCase) {
-    EXPECT_LT(text::compareForDisplay("apple", "Banana"), 0);
-    EXPECT_GT(text::compareForDisplay("Zebra", "apple"), 0);
-    EXPECT_LT(text::compareForDisplay("Éclair", "Fig"), 0);
-}
-
 } // namespace
 } // namespace ringwell

@@ -59,12 +59,6 @@ TEST_F(AtomicFileTest, CreatesAndReplacesTheWholeFileOwnerOnly) {
     EXPECT_TRUE(leftovers().empty());
 }
 
-TEST_F(AtomicFileTest, EmptyContentsGiveAnEmptyFile) {
-    ASSERT_TRUE(AtomicFile::replace(target(), "").ok());
-    EXPECT_TRUE(fs::exists(target()));
-    EXPECT_EQ(fs::file_size(target()), 0u);
-}
-
 TEST_F(AtomicFileTest, SyncsTheTemporaryFileThenTheDirectory) {
     std::vector<std::string> synced;
     AtomicFile::Options options;

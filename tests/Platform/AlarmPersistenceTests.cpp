@@ -1,7 +1,7 @@
 #include "Platform/AlarmFile.h"
 #include "Platform/LocalAlarmService.h"
-#include "Platform/SilentAudioSink.h"
 #include "PlatformTestSupport.h"
+#include "TestSupport/Fakes/SilentAudioSink.h"
 
 #include <gtest/gtest.h>
 

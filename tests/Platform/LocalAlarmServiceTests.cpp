@@ -1,8 +1,8 @@
 #include "Platform/LocalAlarmService.h"
 
 #include "Platform/AlarmNotice.h"
-#include "Platform/SilentAudioSink.h"
 #include "PlatformTestSupport.h"
+#include "TestSupport/Fakes/SilentAudioSink.h"
 
 #include <gtest/gtest.h>
 

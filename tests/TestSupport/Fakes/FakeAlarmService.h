@@ -125,9 +125,22 @@ public:
         remove("cancel", id);
     }
 
-    void pause(const Uuid& id) override { setState("pause", id, AlarmState::paused); }
-    void resume(const Uuid& id) override { setState("resume", id, AlarmState::countdown); }
-    void snooze(const Uuid& id) override { setState("snooze", id, AlarmState::countdown); }
+    // Like the real service, each of these fits one state only: pausing an
+    // alarm that is not counting down, resuming one that is not paused, or
+    // snoozing one that is not alerting or has no post-alert throws.
+    void pause(const Uuid& id) override {
+        change("pause", id, AlarmState::countdown, AlarmState::paused);
+    }
+    void resume(const Uuid& id) override {
+        change("resume", id, AlarmState::paused, AlarmState::countdown);
+    }
+    void snooze(const Uuid& id) override {
+        Alarm& alarm = *findHeld("snooze", id);
+        if (alarm.state != AlarmState::alerting || !alarm.configuration.countdownDuration.postAlert)
+            throw AlarmServiceError(AlarmServiceError::Kind::failed,
+                                    "alarm " + id.toString() + " cannot be snoozed");
+        alarm.state = AlarmState::countdown;
+    }
 
 private:
     std::vector<Alarm>::iterator findHeld(const std::string& call, const Uuid& id) {
@@ -139,8 +152,12 @@ private:
         return found;
     }
     void remove(const std::string& call, const Uuid& id) { held.erase(findHeld(call, id)); }
-    void setState(const std::string& call, const Uuid& id, AlarmState newState) {
-        findHeld(call, id)->state = newState;
+    void change(const std::string& call, const Uuid& id, AlarmState from, AlarmState to) {
+        Alarm& alarm = *findHeld(call, id);
+        if (alarm.state != from)
+            throw AlarmServiceError(AlarmServiceError::Kind::failed,
+                                    "alarm " + id.toString() + " cannot " + call + " in its state");
+        alarm.state = to;
     }
 
     std::map<std::size_t, std::exception_ptr> scheduleFailures_;

@@ -7,9 +7,8 @@
 
 namespace ringwell {
 
-// An audio sink that plays nothing and records what it was asked, for tests
-// and for running the daemon where no sound is wanted. It can pretend a
-// problem: every `play` then reports it at once, from inside the call.
+// An audio sink that plays nothing and records what it was asked. It can
+// pretend a problem: every `play` then reports it at once, from inside the call.
 class SilentAudioSink final : public AudioSink {
 public:
     struct Call {
@@ -19,8 +18,16 @@ public:
         bool operator==(const Call&) const = default;
     };
 
-    void play(const std::filesystem::path& file, ProblemHandler onProblem) override;
-    void stop() override;
+    void play(const std::filesystem::path& file, ProblemHandler onProblem) override {
+        calls_.push_back({Call::Kind::play, file});
+        playing_ = file;
+        if (problem_ && onProblem)
+            onProblem(*problem_);
+    }
+    void stop() override {
+        calls_.push_back({Call::Kind::stop, {}});
+        playing_.reset();
+    }
 
     const std::vector<Call>& calls() const { return calls_; }
     // The file playing now, none when silent.
