@@ -12,11 +12,12 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 PACKAGES := g++ cmake ninja-build pkg-config clang-format clang-tidy ccache \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
             libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
-            chromium dbus-daemon libnotify-bin libglib2.0-bin
+            chromium dbus-daemon libnotify-bin libglib2.0-bin clang libclang-rt-14-dev
 
 WEB_DIR := Views/web
 
-.PHONY: all deps web-deps build build-sanitize build-debug run test check-format lint bench format clean
+.PHONY: all deps web-deps build build-sanitize build-debug build-fuzz run test check-format lint bench \
+        fuzz soak format clean
 
 all: build
 
@@ -64,12 +65,15 @@ run: build
 # Every test runs under ASan + UBSan; the release build is built too, so code
 # that only the optimiser warns about fails here rather than in `make run`.
 # Each configuration is configured and built once.
-test: check-format build-sanitize build
+test: check-format build-sanitize build build-fuzz
 	ctest --preset asan-ubsan -j $(JOBS)
+	$(MAKE) --no-print-directory fuzz FUZZ_SECONDS=30
 
-# Formatting is checked, never rewritten, by the test run; `make format` rewrites.
-check-format:
+# Formatting (and the web app's lint) is checked, never rewritten, by the test
+# run; `make format` rewrites.
+check-format: web-deps
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+	cd $(WEB_DIR) && npm run --silent format:check && npm run --silent lint
 
 # clang-tidy with .clang-tidy's checks over every source the sanitize build
 # compiles (its compile_commands.json, written by configuring); headers are
@@ -83,11 +87,34 @@ lint: check-format deps
 	  -extra-arg=-Wno-unknown-warning-option -extra-arg=-DBOOST_ASIO_HAS_CO_AWAIT=1 \
 	  -header-filter='$(TIDY_PATHS)' '$(TIDY_PATHS)'
 
+# libFuzzer targets (clang, see fuzz/): `make fuzz` runs each for FUZZ_SECONDS
+# from the checked-in seeds; new inputs go to build/fuzz/corpus, crashes to
+# build/fuzz/crashes, and the first crash fails the run.
+FUZZ_DIR ?= build/fuzz
+FUZZ_SECONDS ?= 300
+FUZZ_TARGETS := store-decode rule-eval date-parse request-bodies text-helpers
+build-fuzz: deps
+	cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+	  -DRINGWELL_FUZZ=ON -DRINGWELL_BUILD_TESTS=OFF -DRINGWELL_BUILD_BENCH=OFF
+	cmake --build $(FUZZ_DIR) -j $(JOBS) --target $(addprefix fuzz-,$(FUZZ_TARGETS))
+fuzz: build-fuzz
+	set -e; for t in $(FUZZ_TARGETS); do \
+	  mkdir -p $(FUZZ_DIR)/corpus/$$t $(FUZZ_DIR)/crashes/$$t; \
+	  $(FUZZ_DIR)/bin/fuzz-$$t -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
+	    -artifact_prefix=$(FUZZ_DIR)/crashes/$$t/ $(FUZZ_DIR)/corpus/$$t fuzz/corpus/$$t; \
+	done
+
+# The daemon SIGKILLed at random moments of a busy burst, SOAK_ROUNDS times.
+SOAK_ROUNDS ?= 2000
+soak: build-sanitize
+	RINGWELL_CRASH_ROUNDS=$(SOAK_ROUNDS) $(SAN_DIR)/bin/ringwell-daemon-tests --gtest_filter='CrashConsistency*'
+
 bench: build
 	$(BUILD_DIR)/bin/ringwell-bench
 
-format:
+format: web-deps
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+	cd $(WEB_DIR) && npx prettier --write --log-level warn .
 
 clean:
 	rm -rf build

@@ -24,6 +24,9 @@ Result<Json> parse(std::string_view text) {
         return Json::parse(text.begin(), text.end());
     } catch (const nlohmann::json::parse_error& error) {
         return Error{std::string("invalid JSON: ") + error.what()};
+    } catch (const nlohmann::json::exception& error) {
+        // A number beyond a double's range ("1e999") is out_of_range, not a parse error.
+        return Error{std::string("invalid JSON: ") + error.what()};
     }
 }
 

@@ -3,6 +3,7 @@
 #include "Daemon/EventStream.h"
 
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core.hpp>
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <optional>
 #include <system_error>
 
@@ -28,6 +30,18 @@ struct HttpServer::State {
     Handler handler;
     Limits limits;
     bool closed = false;
+    std::size_t active = 0;
+    std::size_t failedAccepts = 0;
+    // The accept loop's timer while it waits for a free connection slot or
+    // backs off; cancelled when a connection ends or the server closes.
+    asio::steady_timer* pause = nullptr;
+
+    void report(const std::string& message) const {
+        if (limits.log)
+            limits.log(message);
+        else
+            std::fprintf(stderr, "ringwell http: %s\n", message.c_str());
+    }
 };
 
 namespace {
@@ -46,7 +60,7 @@ template <typename Body> void setHeaders(http::response<Body>& out, const ApiRes
 }
 
 http::response<http::string_body> toHttp(const ApiResponse& response, unsigned version,
-                                         bool keepAlive) {
+                                         bool keepAlive, bool headOnly = false) {
     http::response<http::string_body> out{static_cast<http::status>(response.status), version};
     setHeaders(out, response);
     if (response.status != 204) {
@@ -55,7 +69,22 @@ http::response<http::string_body> toHttp(const ApiResponse& response, unsigned v
     }
     out.keep_alive(keepAlive);
     out.prepare_payload();
+    if (headOnly)
+        out.body().clear(); // the length stays what a GET would carry
     return out;
+}
+
+// Framing and header faults the parser lets through but that would make the
+// request mean something else to us than to a proxy or the client.
+std::optional<ApiResponse> framingFault(const http::request<http::string_body>& request) {
+    if (request.count(http::field::host) > 1)
+        return ApiResponse::error(400, "malformed request: more than one Host header");
+    auto encodings = request.equal_range(http::field::transfer_encoding);
+    std::size_t count = std::distance(encodings.first, encodings.second);
+    if (count > 1 || (count == 1 && lowerCase(std::string(encodings.first->value())) != "chunked"))
+        return ApiResponse::error(400, "malformed request: only \"Transfer-Encoding: chunked\" "
+                                       "is understood");
+    return std::nullopt;
 }
 
 Awaitable<ApiResponse> answer(HttpServer::Handler& handler,
@@ -70,6 +99,8 @@ Awaitable<ApiResponse> answer(HttpServer::Handler& handler,
         co_return co_await handler(std::move(*parsed));
     } catch (const std::exception& error) {
         co_return ApiResponse::error(500, std::string("internal error: ") + error.what());
+    } catch (...) {
+        co_return ApiResponse::error(500, "internal error");
     }
 }
 
@@ -97,9 +128,32 @@ Awaitable<void> writeEventStream(Stream& stream, const ApiResponse& response, un
     response.stream->close();
 }
 
+// Holds one of the server's connection slots for as long as a connection lives.
+class ConnectionSlot {
+public:
+    explicit ConnectionSlot(std::shared_ptr<HttpServer::State> state) : state_(std::move(state)) {
+        ++state_->active;
+    }
+    ConnectionSlot(ConnectionSlot&& other) noexcept : state_(std::move(other.state_)) {}
+    ConnectionSlot(const ConnectionSlot&) = delete;
+    ConnectionSlot& operator=(const ConnectionSlot&) = delete;
+    ConnectionSlot& operator=(ConnectionSlot&&) = delete;
+    ~ConnectionSlot() {
+        if (!state_)
+            return;
+        --state_->active;
+        if (state_->pause)
+            state_->pause->cancel();
+    }
+    HttpServer::State& state() const { return *state_; }
+
+private:
+    std::shared_ptr<HttpServer::State> state_;
+};
+
 template <typename Protocol>
-Awaitable<void> serveConnection(std::shared_ptr<HttpServer::State> state,
-                                typename Protocol::socket socket) {
+Awaitable<void> serveConnection(ConnectionSlot slot, typename Protocol::socket socket) {
+    HttpServer::State* state = &slot.state();
     beast::basic_stream<Protocol> stream(std::move(socket));
     beast::flat_buffer buffer;
     boost::system::error_code ec;
@@ -127,13 +181,21 @@ Awaitable<void> serveConnection(std::shared_ptr<HttpServer::State> state,
             break;
         }
         auto request = parser.release();
+        if (auto fault = framingFault(request)) {
+            auto response = toHttp(*fault, 11, false);
+            stream.expires_after(std::chrono::seconds(5));
+            co_await http::async_write(stream, response,
+                                       asio::redirect_error(asio::use_awaitable, ec));
+            break;
+        }
         stream.expires_never();
         ApiResponse result = co_await answer(state->handler, request);
         if (result.stream) {
             co_await writeEventStream(stream, result, request.version(), state->limits.heartbeat);
             break;
         }
-        auto response = toHttp(result, request.version(), request.keep_alive());
+        auto response = toHttp(result, request.version(), request.keep_alive(),
+                               request.method() == http::verb::head);
         stream.expires_after(state->limits.readTimeout);
         co_await http::async_write(stream, response, asio::redirect_error(asio::use_awaitable, ec));
         if (ec || !response.keep_alive())
@@ -142,19 +204,60 @@ Awaitable<void> serveConnection(std::shared_ptr<HttpServer::State> state,
     stream.socket().shutdown(Protocol::socket::shutdown_send, ec);
 }
 
+// Waits on `timer` (until `until`, or until cancelled) where close() and a
+// finishing connection can cancel it.
+Awaitable<void> pauseOn(HttpServer::State& state, asio::steady_timer& timer,
+                        asio::steady_timer::time_point until) {
+    boost::system::error_code ignored;
+    timer.expires_at(until);
+    state.pause = &timer;
+    // Cleared however the wait ends, also when the io_context drops the frame.
+    struct Clear {
+        HttpServer::State& state;
+        ~Clear() { state.pause = nullptr; }
+    } clear{state};
+    co_await timer.async_wait(asio::redirect_error(asio::use_awaitable, ignored));
+}
+
 template <typename Protocol>
 Awaitable<void> acceptLoop(std::shared_ptr<HttpServer::State> state,
                            typename Protocol::acceptor& acceptor) {
+    asio::steady_timer timer(acceptor.get_executor());
+    bool failing = false;
     for (;;) {
+        // At the cap, further clients wait in the listen backlog.
+        if (state->active >= state->limits.maxConnections && !state->closed) {
+            state->report("serving " + std::to_string(state->active) +
+                          " connections, the most at once; new ones wait");
+            while (state->active >= state->limits.maxConnections && !state->closed)
+                co_await pauseOn(*state, timer, asio::steady_timer::time_point::max());
+        }
+        if (state->closed)
+            co_return;
         boost::system::error_code ec;
         typename Protocol::socket socket =
             co_await acceptor.async_accept(asio::redirect_error(asio::use_awaitable, ec));
         if (state->closed || ec == asio::error::operation_aborted)
             co_return;
-        if (ec)
-            continue; // a failed accept (e.g. out of descriptors) must not end the server
-        asio::co_spawn(acceptor.get_executor(), serveConnection<Protocol>(state, std::move(socket)),
-                       asio::detached);
+        if (ec) {
+            // Out of descriptors (EMFILE, ENFILE) or another transient failure:
+            // retrying at once would spin while the condition lasts.
+            ++state->failedAccepts;
+            if (!failing)
+                state->report("cannot accept a connection (" + ec.message() +
+                              "); retrying after a pause");
+            failing = true;
+            co_await pauseOn(*state, timer,
+                             asio::steady_timer::clock_type::now() + state->limits.acceptBackoff);
+            continue;
+        }
+        if (failing)
+            state->report("accepting connections again");
+        failing = false;
+        asio::co_spawn(acceptor.get_executor(),
+                       serveConnection<Protocol>(ConnectionSlot(state), std::move(socket)),
+                       reportEscaped([state](const std::string& m) { state->report(m); },
+                                     "a connection"));
     }
 }
 
@@ -188,7 +291,9 @@ std::unique_ptr<HttpServer> HttpServer::onSocket(asio::io_context& io, std::file
                                 "cannot listen on " + path.string());
     ::chmod(path.c_str(), 0600);
     acceptor.listen(asio::socket_base::max_listen_connections);
-    asio::co_spawn(io, acceptLoop<Local>(server->state_, acceptor), asio::detached);
+    asio::co_spawn(io, acceptLoop<Local>(server->state_, acceptor),
+                   reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
+                                 "the accept loop"));
     return server;
 }
 
@@ -212,8 +317,18 @@ std::unique_ptr<HttpServer> HttpServer::onLoopback(asio::io_context& io, std::ui
         throw std::system_error(ec.value(), std::generic_category(),
                                 "cannot listen on 127.0.0.1:" + std::to_string(port));
     server->port_ = acceptor.local_endpoint().port();
-    asio::co_spawn(io, acceptLoop<Tcp>(server->state_, acceptor), asio::detached);
+    asio::co_spawn(io, acceptLoop<Tcp>(server->state_, acceptor),
+                   reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
+                                 "the accept loop"));
     return server;
+}
+
+std::size_t HttpServer::failedAccepts() const {
+    return state_->failedAccepts;
+}
+
+std::size_t HttpServer::openConnections() const {
+    return state_->active;
 }
 
 HttpServer::~HttpServer() {
@@ -229,6 +344,8 @@ void HttpServer::close() {
         state_->localAcceptor->close(ignored);
     if (state_->tcpAcceptor)
         state_->tcpAcceptor->close(ignored);
+    if (state_->pause)
+        state_->pause->cancel();
     if (!socketPath_.empty()) {
         std::error_code removeError;
         std::filesystem::remove(socketPath_, removeError);

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace ringwell {
 
@@ -26,6 +27,14 @@ public:
         std::size_t maxBodyBytes = 1 << 20;
         std::chrono::seconds readTimeout{30};
         std::chrono::seconds heartbeat{15};
+        // Connections served at once; further clients wait in the listen
+        // backlog until one ends.
+        std::size_t maxConnections = 256;
+        // The pause before accepting again when the process is out of
+        // descriptors, so the loop does not spin while they stay taken.
+        std::chrono::milliseconds acceptBackoff{100};
+        // Where the listener reports trouble; standard error when empty.
+        std::function<void(const std::string&)> log;
     };
 
     // Binds the Unix socket (replacing a stale file, then mode 0600) and
@@ -56,6 +65,10 @@ public:
     const std::filesystem::path& socketPath() const { return socketPath_; }
     // The TCP port, or 0 for a Unix socket.
     std::uint16_t port() const { return port_; }
+
+    // Counters for tests and diagnostics.
+    std::size_t failedAccepts() const;
+    std::size_t openConnections() const;
 
     // Shared by the accept loop and every connection, so they outlive `close`.
     struct State;

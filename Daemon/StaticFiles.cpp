@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <map>
+#include <optional>
 #include <sstream>
 
 namespace ringwell {
@@ -25,7 +26,31 @@ std::string_view StaticFiles::contentType(const std::filesystem::path& file) {
     return found == types.end() ? "application/octet-stream" : found->second;
 }
 
+namespace {
+
+// The file's real location when it lies inside `root` once symbolic links are
+// followed; none when it escapes.
+std::optional<std::filesystem::path> insideRoot(const std::filesystem::path& root,
+                                                const std::filesystem::path& file) {
+    std::error_code error;
+    auto realRoot = std::filesystem::weakly_canonical(root, error);
+    if (error)
+        return std::nullopt;
+    auto real = std::filesystem::weakly_canonical(file, error);
+    if (error)
+        return std::nullopt;
+    auto relative = real.lexically_relative(realRoot);
+    if (relative.empty() || *relative.begin() == "..")
+        return std::nullopt;
+    return real;
+}
+
+} // namespace
+
 ApiResponse StaticFiles::serve(std::string_view path) const {
+    // A NUL would cut the name short where the system reads it.
+    if (path.find('\0') != std::string_view::npos)
+        return ApiResponse::error(404, "not found");
     std::filesystem::path relative = std::filesystem::path(path).relative_path().lexically_normal();
     if (relative.empty() || relative == ".")
         relative = "index.html";
@@ -39,6 +64,10 @@ ApiResponse StaticFiles::serve(std::string_view path) const {
             return ApiResponse::error(404, "not found");
         file = root_ / "index.html";
     }
+    auto real = insideRoot(root_, file);
+    if (!real)
+        return ApiResponse::error(404, "not found");
+    file = *real;
     std::ifstream in(file, std::ios::binary);
     if (!in)
         return ApiResponse::error(404, "The web app is not built. Run `make` and start again.");

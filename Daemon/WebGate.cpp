@@ -1,5 +1,7 @@
 #include "Daemon/WebGate.h"
 
+#include <algorithm>
+
 namespace ringwell::WebGate {
 namespace {
 
@@ -47,6 +49,24 @@ ApiResponse refusal(const ApiRequest& request, unsigned status, const std::strin
     return page;
 }
 
+// The decoded path re-encoded segment by segment, with one leading slash: no
+// control character can reach the header and "//host/" cannot name another site.
+std::string safePath(const std::string& decoded) {
+    std::string out;
+    size_t start = 0;
+    while (start <= decoded.size()) {
+        size_t slash = std::min(decoded.find('/', start), decoded.size());
+        if (slash > start)
+            out += "/" + percentEncode(decoded.substr(start, slash - start));
+        start = slash + 1;
+    }
+    if (out.empty())
+        return "/";
+    if (decoded.back() == '/')
+        out += '/';
+    return out;
+}
+
 // The address without its token parameter, to redirect to once the cookie is set.
 std::string withoutToken(const ApiRequest& request) {
     std::string query;
@@ -55,7 +75,7 @@ std::string withoutToken(const ApiRequest& request) {
             continue;
         query += (query.empty() ? "?" : "&") + percentEncode(name) + "=" + percentEncode(value);
     }
-    return request.path + query;
+    return safePath(request.path) + query;
 }
 
 } // namespace

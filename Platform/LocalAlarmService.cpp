@@ -175,7 +175,8 @@ void LocalAlarmService::alert(const Alarm& alarm) {
     const auto& title = alarm.configuration.attributes.presentation.alert.title;
     log(LogLevel::notice, "Alarm " + alarm.id.toString() + " is alerting: " + title);
     asio::co_spawn(context_, deliverNotice(notices_, AlarmNotice::make(alarm), logger_, alive_),
-                   asio::detached);
+                   reportEscaped([this](const std::string& m) { log(LogLevel::error, m); },
+                                 "Delivering the alarm notice"));
 }
 
 void LocalAlarmService::updateSound() {

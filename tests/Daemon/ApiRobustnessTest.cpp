@@ -76,6 +76,32 @@ TEST_F(ApiRobustnessTest, AClientThatStallsDoesNotBlockOthers) {
     ::close(fd);
 }
 
+TEST_F(ApiRobustnessTest, HostileRequestsGetAClearRefusalWhileOthersAreServed) {
+    // A client that trickles a request and never finishes it.
+    int slow = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, socket.c_str(), sizeof address.sun_path - 1);
+    ASSERT_EQ(::connect(slow, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_GT(::send(slow, "POST /v1/send HTTP/1.1\r\nHo", 26, MSG_NOSIGNAL), 0);
+
+    auto statusOf = [](const std::string& answer) { return answer.substr(0, 12); };
+    EXPECT_EQ(statusOf(post("/v1/send", R"({"app":"Mail","a":1e999})")), "HTTP/1.1 400");
+    EXPECT_NE(post("/v1/ring", R"({"channel":1e999})").find("invalid JSON"), std::string::npos);
+    const std::string head = "POST /v1/send HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n";
+    EXPECT_EQ(statusOf(exchange(head + "Transfer-Encoding: xchunked\r\n\r\n2\r\n{}\r\n0\r\n\r\n")),
+              "HTTP/1.1 400");
+    EXPECT_EQ(statusOf(exchange(head + "Transfer-Encoding: chunked, identity\r\n\r\n")),
+              "HTTP/1.1 400");
+    EXPECT_EQ(statusOf(exchange("GET /v1/channels HTTP/1.1\r\nHost: a\r\nHost: b\r\n\r\n")),
+              "HTTP/1.1 400");
+    auto head200 = exchange("HEAD /v1/channels HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(head200.substr(head200.find("\r\n\r\n") + 4), "");
+    auto sent = ringwell({"send", "--app", "Mail", "--json"});
+    EXPECT_EQ(sent.exitCode, 0) << sent.err;
+    ::close(slow);
+}
+
 TEST_F(ApiRobustnessTest, UsageErrorsAreCaughtBeforeTheDaemon) {
     EXPECT_EQ(ringwell({"alarm", "stop", "nope"}).exitCode, 2);
     EXPECT_EQ(ringwell({"ring"}).exitCode, 2);

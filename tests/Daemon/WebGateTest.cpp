@@ -77,6 +77,17 @@ TEST(WebGateTest, TokenInTheAddressBecomesACookie) {
               (std::pair<std::string, std::string>{"Location", "/history?tab=2"}));
     EXPECT_EQ(answer->headers[1].second,
               "ringwell_token=" + token + "; Path=/; HttpOnly; SameSite=Strict");
+    // The redirect names this site's own path, however the path was encoded.
+    for (auto [target, location] : std::vector<std::pair<std::string, std::string>>{
+             {"//evil.example/x?token=" + token, "/evil.example/x"},
+             {"/%2F%2Fevil.example?token=" + token, "/evil.example"},
+             {"/a%0d%0aSet-Cookie:%20x=1?token=" + token, "/a%0D%0ASet-Cookie%3A%20x%3D1"},
+             {"/?token=" + token, "/"}}) {
+        auto redirect = WebGate::check(request("GET", target, {{"host", "127.0.0.1:7383"}}),
+                                       token, port);
+        ASSERT_TRUE(redirect);
+        EXPECT_EQ(redirect->headers[0].second, location) << target;
+    }
     auto wrong =
         WebGate::check(request("GET", "/?token=nope", {{"host", "127.0.0.1:7383"}}), token, port);
     ASSERT_TRUE(wrong);
@@ -85,6 +96,7 @@ TEST(WebGateTest, TokenInTheAddressBecomesACookie) {
 
 TEST(StaticFilesTest, ServesFilesAndTheAppForItsRoutesButNothingOutside) {
     auto root = std::filesystem::path(::testing::TempDir()) / "ringwell-static";
+    std::filesystem::remove_all(root);
     std::filesystem::create_directories(root / "assets");
     std::ofstream(root / "index.html") << "<html>app</html>";
     std::ofstream(root / "assets" / "app.js") << "run()";
@@ -98,6 +110,12 @@ TEST(StaticFilesTest, ServesFilesAndTheAppForItsRoutesButNothingOutside) {
     EXPECT_EQ(files.serve("/assets/missing.js").status, 404u);
     EXPECT_EQ(files.serve("/../secret.txt").status, 404u);
     EXPECT_EQ(files.serve("/assets/../../secret.txt").status, 404u);
+    // Links out of the root and NUL-cut names are refused too.
+    std::filesystem::create_directory_symlink(root.parent_path(), root / "up");
+    std::filesystem::create_symlink(root.parent_path() / "secret.txt", root / "leak.txt");
+    EXPECT_EQ(files.serve("/up/secret.txt").status, 404u);
+    EXPECT_EQ(files.serve("/leak.txt").status, 404u);
+    EXPECT_EQ(files.serve(std::string_view("/index.html\0.png", 16)).status, 404u);
     std::filesystem::remove_all(root);
 }
 
