@@ -114,7 +114,7 @@ bench: build
 
 format: web-deps
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
-	cd $(WEB_DIR) && npx prettier --write --log-level warn .
+	cd $(WEB_DIR) && npm run --silent format
 
 clean:
 	rm -rf build
