@@ -138,8 +138,8 @@ int run(const Options& options) {
     };
 
     ChangeFeed feed(io, ctx);
-    Api::Services services{
-        {SystemInfo::osVersion(), SystemInfo::deviceModel()}, nullptr, previewTone, ""};
+    Api::Services services{SystemInfo::osVersion(), SystemInfo::deviceModel(), nullptr, previewTone,
+                           ""};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());

@@ -1,5 +1,7 @@
 #include "Daemon/WebGate.h"
 
+#include "Core/PercentEncoding.h"
+
 namespace ringwell::WebGate {
 namespace {
 
@@ -53,7 +55,7 @@ std::string withoutToken(const ApiRequest& request) {
     for (const auto& [name, value] : request.allQuery) {
         if (name == "token")
             continue;
-        query += (query.empty() ? "?" : "&") + percentEncode(name) + "=" + percentEncode(value);
+        query += (query.empty() ? "?" : "&") + PercentEncoding::encode(name) + "=" + PercentEncoding::encode(value);
     }
     return request.path + query;
 }
