@@ -30,8 +30,10 @@ struct AppContext {
     UserDefaults& defaults;
     Logger& logger;
     const Clock& clock;
-    // The person's calendar at this moment, asked afresh for each notification
-    // so that a change of time zone takes effect without a restart.
+    // The person's calendar, asked for each notification. The daemon's is in
+    // ICU's default zone (TZ, else the system's), which ICU reads once per
+    // process: a change of the system's time zone takes effect at the next
+    // start of the daemon.
     std::function<Calendar()> calendar = [] { return Calendar::userDefault(); };
 };
 

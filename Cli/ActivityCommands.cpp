@@ -2,8 +2,8 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Core/PercentEncoding.h"
 #include "Core/Text.h"
-#include "Daemon/ApiMessage.h"
 
 #include <fstream>
 #include <iostream>
@@ -47,7 +47,7 @@ int runEvents(std::span<const std::string> args, CommandContext& context) {
         return exitUsage;
     std::string target = "/v1/events";
     if (auto channel = arguments->value("channel"))
-        target += "?channel=" + percentEncode(*channel);
+        target += "?channel=" + PercentEncoding::encode(*channel);
     auto answer = callDaemon(context, "events", "GET", target);
     if (answer.exitCode)
         return *answer.exitCode;

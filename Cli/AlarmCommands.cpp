@@ -3,8 +3,8 @@
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
 #include "Core/Date.h"
+#include "Core/PercentEncoding.h"
 #include "Core/Uuid.h"
-#include "Daemon/ApiMessage.h"
 
 #include <iostream>
 
@@ -137,8 +137,9 @@ int runAlarmAction(std::span<const std::string> args, CommandContext& context,
         }
         body = json::Json{{"followUpIDs", followUps}};
     }
-    auto answer = callDaemon(context, command, "POST",
-                             "/v1/alarms/" + percentEncode(id) + "/" + std::string(action), body);
+    auto answer =
+        callDaemon(context, command, "POST",
+                   "/v1/alarms/" + PercentEncoding::encode(id) + "/" + std::string(action), body);
     return answer.exitCode.value_or(exitSuccess);
 }
 

@@ -2,7 +2,7 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
-#include "Daemon/ApiMessage.h"
+#include "Core/PercentEncoding.h"
 
 #include <charconv>
 #include <iostream>
@@ -37,7 +37,7 @@ int runChannels(std::span<const std::string> args, CommandContext& context) {
         return usageError(context, "channels", "--full goes with --json");
     std::string target = "/v1/channel-entities";
     if (!arguments->positionals.empty())
-        target += "?matching=" + percentEncode(arguments->positionals[0]);
+        target += "?matching=" + PercentEncoding::encode(arguments->positionals[0]);
     auto answer = callDaemon(context, "channels", "GET", target);
     if (answer.exitCode)
         return *answer.exitCode;
@@ -69,7 +69,7 @@ int runChannelShow(std::span<const std::string> args, CommandContext& context) {
     if (!arguments)
         return exitUsage;
     auto answer = callDaemon(context, "channel show", "GET",
-                             "/v1/channels/" + percentEncode(arguments->positionals[0]));
+                             "/v1/channels/" + PercentEncoding::encode(arguments->positionals[0]));
     if (answer.exitCode)
         return *answer.exitCode;
     printJson(context, answer.json);
@@ -128,8 +128,8 @@ int runChannelUpdate(std::span<const std::string> args, CommandContext& context)
         return usageError(context, "channel update",
                           "standard input must be a channel object with its \"id\"");
     std::string id = parsed.value()["id"].get<std::string>();
-    auto answer = callDaemon(context, "channel update", "PUT", "/v1/channels/" + percentEncode(id),
-                             parsed.value());
+    auto answer = callDaemon(context, "channel update", "PUT",
+                             "/v1/channels/" + PercentEncoding::encode(id), parsed.value());
     if (answer.exitCode)
         return *answer.exitCode;
     if (arguments->has("json"))
@@ -142,7 +142,7 @@ int runChannelDelete(std::span<const std::string> args, CommandContext& context)
     if (!arguments)
         return exitUsage;
     auto answer = callDaemon(context, "channel delete", "DELETE",
-                             "/v1/channels/" + percentEncode(arguments->positionals[0]));
+                             "/v1/channels/" + PercentEncoding::encode(arguments->positionals[0]));
     return answer.exitCode.value_or(exitSuccess);
 }
 
@@ -156,9 +156,10 @@ int runChannelMove(std::span<const std::string> args, CommandContext& context) {
     if (error != std::errc() || end != position.data() + position.size() || value < 1)
         return usageError(context, "channel move",
                           "POSITION must be a whole number from 1 (the top of the list)");
-    auto answer = callDaemon(context, "channel move", "POST",
-                             "/v1/channels/" + percentEncode(arguments->positionals[0]) + "/move",
-                             json::Json{{"position", value}});
+    auto answer =
+        callDaemon(context, "channel move", "POST",
+                   "/v1/channels/" + PercentEncoding::encode(arguments->positionals[0]) + "/move",
+                   json::Json{{"position", value}});
     return answer.exitCode.value_or(exitSuccess);
 }
 
@@ -177,8 +178,9 @@ int runPreview(std::span<const std::string> args, CommandContext& context) {
     auto arguments = parseCommand(context, "preview", args, jsonOnly, 1, 1);
     if (!arguments)
         return exitUsage;
-    auto answer = callDaemon(context, "preview", "GET",
-                             "/v1/preview?channel=" + percentEncode(arguments->positionals[0]));
+    auto answer =
+        callDaemon(context, "preview", "GET",
+                   "/v1/preview?channel=" + PercentEncoding::encode(arguments->positionals[0]));
     if (answer.exitCode)
         return *answer.exitCode;
     if (arguments->has("json")) {

@@ -1,31 +1,8 @@
 #include "Daemon/ApiMessage.h"
 
-#include "Core/Text.h"
+#include "Core/PercentEncoding.h"
 
 namespace ringwell {
-namespace {
-
-std::optional<std::string> percentDecode(std::string_view text, bool plusIsSpace) {
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        char c = text[i];
-        if (c == '+' && plusIsSpace) {
-            out.push_back(' ');
-        } else if (c == '%') {
-            int high = i + 1 < text.size() ? text::hexDigitValue(text[i + 1]) : -1;
-            int low = i + 2 < text.size() ? text::hexDigitValue(text[i + 2]) : -1;
-            if (high < 0 || low < 0)
-                return std::nullopt;
-            out.push_back(static_cast<char>(high * 16 + low));
-            i += 2;
-        } else {
-            out.push_back(c);
-        }
-    }
-    return out;
-}
-
-} // namespace
 
 std::optional<std::string> ApiRequest::queryValue(const std::string& name) const {
     auto found = query.find(name);
@@ -79,7 +56,7 @@ std::optional<ApiRequest> parseTarget(const std::string& method, const std::stri
     request.target = target;
     std::string_view view = target;
     auto question = view.find('?');
-    auto path = percentDecode(view.substr(0, question), false);
+    auto path = PercentEncoding::decode(view.substr(0, question), PercentEncoding::Plus::isItself);
     if (!path)
         return std::nullopt;
     request.path = *path;
@@ -93,33 +70,17 @@ std::optional<ApiRequest> parseTarget(const std::string& method, const std::stri
         if (pair.empty())
             continue;
         auto equals = pair.find('=');
-        auto name = percentDecode(pair.substr(0, equals), true);
-        auto value = equals == std::string_view::npos
-                         ? std::optional<std::string>("")
-                         : percentDecode(pair.substr(equals + 1), true);
+        auto name = PercentEncoding::decode(pair.substr(0, equals), PercentEncoding::Plus::isSpace);
+        auto value =
+            equals == std::string_view::npos
+                ? std::optional<std::string>("")
+                : PercentEncoding::decode(pair.substr(equals + 1), PercentEncoding::Plus::isSpace);
         if (!name || !value)
             return std::nullopt;
         request.query[*name] = *value;
         request.allQuery.emplace(*name, *value);
     }
     return request;
-}
-
-std::string percentEncode(const std::string& text) {
-    static constexpr char digits[] = "0123456789ABCDEF";
-    std::string out;
-    for (unsigned char c : text) {
-        bool unreserved = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-                          (c >= '0' && c <= '9') || c == '-' || c == '.' || c == '_' || c == '~';
-        if (unreserved) {
-            out.push_back(static_cast<char>(c));
-        } else {
-            out.push_back('%');
-            out.push_back(digits[c >> 4]);
-            out.push_back(digits[c & 0x0F]);
-        }
-    }
-    return out;
 }
 
 } // namespace ringwell

@@ -52,7 +52,4 @@ struct ApiResponse {
 // Fails on a malformed percent escape.
 std::optional<ApiRequest> parseTarget(const std::string& method, const std::string& target);
 
-// Percent-encodes a query value (RFC 3986 unreserved characters kept).
-std::string percentEncode(const std::string& text);
-
 } // namespace ringwell

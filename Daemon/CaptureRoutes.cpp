@@ -1,5 +1,12 @@
 #include "Daemon/CaptureRoutes.h"
 
+#include "Daemon/ApiRoutes.h"
+#include "Daemon/RouteSupport.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
 namespace ringwell {
 
 json::Json captureJson(const CaptureRelay& capture) {
@@ -15,32 +22,55 @@ json::Json captureJson(const CaptureRelay& capture) {
                       {"problem", status.problem}};
 }
 
-std::optional<ApiResponse> captureRoute(CaptureRelay* capture, const ApiRequest& request) {
-    if (request.path != "/v1/capture")
-        return std::nullopt;
-    if (!capture)
-        return ApiResponse::error(404, "this daemon does not capture notifications");
-    if (request.method == "GET")
-        return ApiResponse::json(captureJson(*capture));
-    if (request.method != "PUT")
-        return ApiResponse::error(405, "use GET or PUT");
-    try {
-        auto body = json::parse(request.body);
-        if (!body)
-            return ApiResponse::error(400, body.error().message);
-        json::requireObject(body.value(), "capture");
-        auto enabled = json::optionalBool(body.value(), "enabled");
-        std::optional<std::optional<std::vector<std::string>>> apps;
-        if (const json::Json* list = json::member(body.value(), "apps"))
-            apps = list->is_null() ? std::nullopt : std::optional(json::stringList(*list, "apps"));
-        if (apps)
-            capture->setApps(*apps);
-        if (enabled)
-            capture->setEnabled(*enabled);
-    } catch (const json::DecodeError& error) {
-        return ApiResponse::error(400, error.what());
-    }
-    return ApiResponse::json(captureJson(*capture));
+namespace routes {
+namespace {
+
+// Daemons built without a capture (some tests' daemons) have no such route.
+Result<CaptureRelay*> capture(ApiState& state) {
+    if (!state.services.capture)
+        return Error{"this daemon does not capture notifications", Error::Kind::notFound};
+    return state.services.capture;
 }
 
+// PUT's body: {"enabled": bool, "apps": [names] or null}, either key optional.
+struct CaptureChange {
+    std::optional<bool> enabled;
+    std::optional<std::optional<std::vector<std::string>>> apps;
+};
+
+CaptureChange captureChange(const json::Json& body) {
+    CaptureChange change;
+    change.enabled = json::optionalBool(body, "enabled");
+    if (const json::Json* list = json::member(body, "apps"))
+        change.apps = list->is_null() ? std::nullopt : std::optional(json::stringList(*list, "apps"));
+    return change;
+}
+
+} // namespace
+
+ApiResult captureState(const RouteRequest&, ApiState& state) {
+    auto relay = capture(state);
+    if (!relay)
+        return relay.error();
+    return ApiResponse::json(captureJson(*relay.value()));
+}
+
+ApiResult updateCapture(const RouteRequest& request, ApiState& state) {
+    auto relay = capture(state);
+    if (!relay)
+        return relay.error();
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    auto change = decoded([&] { return captureChange(body.value()); });
+    if (!change)
+        return change.error();
+    if (change.value().apps)
+        relay.value()->setApps(*change.value().apps);
+    if (change.value().enabled)
+        relay.value()->setEnabled(*change.value().enabled);
+    return ApiResponse::json(captureJson(*relay.value()));
+}
+
+} // namespace routes
 } // namespace ringwell

@@ -148,9 +148,8 @@ int run(const Options& options) {
     captureRelay.start();
 
     ChangeFeed feed(io, ctx);
-    Api::Services services{
-        {SystemInfo::osVersion(), SystemInfo::deviceModel()}, nullptr, previewTone, "",
-        &captureRelay};
+    Api::Services services{SystemInfo::osVersion(), SystemInfo::deviceModel(), nullptr, previewTone,
+                           "", &captureRelay};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());

@@ -1,12 +1,13 @@
-#include "Daemon/EditorRoutes.h"
-
 #include "Core/ChannelLimits.h"
 #include "Core/ConnectionStatus.h"
 #include "Core/RuleTemplate.h"
+#include "Daemon/ApiRoutes.h"
+#include "Daemon/RouteSupport.h"
 #include "Model/AlarmTone.h"
+#include "Model/ChannelPalette.h"
 #include "Model/FiringMode.h"
 
-namespace ringwell {
+namespace ringwell::routes {
 namespace {
 
 json::Json describe(const ChannelRule& rule) {
@@ -24,14 +25,83 @@ json::Json describe(const ChannelRule& rule) {
                       {"available", std::move(available)}};
 }
 
-ChannelRule ruleOf(const json::Json& body) {
-    const json::Json* rule = json::member(body, "rule");
-    if (!rule)
-        throw json::DecodeError("\"rule\" is required");
-    return ruleFromJson(*rule);
+// The body's "rule", which the rule routes require.
+Result<ChannelRule> ruleOf(const json::Json& body) {
+    return decoded([&] {
+        const json::Json* rule = json::member(body, "rule");
+        if (!rule)
+            throw json::DecodeError("\"rule\" is required");
+        return ruleFromJson(*rule);
+    });
 }
 
-json::Json channelViews(AppContext& ctx) {
+template <typename Container> json::Json numbers(const Container& values) {
+    json::Json out = json::Json::array();
+    for (auto value : values)
+        out.push_back(value);
+    return out;
+}
+
+json::Json limitsJson() {
+    return json::Json{
+        {"nameLimit", ChannelLimits::nameLimit},
+        {"countdownRange",
+         {ChannelLimits::countdownRange.lower, ChannelLimits::countdownRange.upper}},
+        {"snoozeRange", {ChannelLimits::snoozeRange.lower, ChannelLimits::snoozeRange.upper}},
+        {"countdownPresets", numbers(ChannelLimits::countdownPresets)},
+        {"snoozePresets", numbers(ChannelLimits::snoozePresets)},
+        {"cooldownPresets", numbers(ChannelRule::cooldownPresets())},
+        {"frequencyWindowPresets", numbers(FrequencyCondition::windowPresets())},
+        {"frequencyCountRange",
+         {FrequencyCondition::countRangeMin, FrequencyCondition::countRangeMax}}};
+}
+
+} // namespace
+
+ApiResult config(const RouteRequest&, ApiState&) {
+    json::Json palette = json::Json::array();
+    for (size_t i = 0; i < ChannelPalette::colors.size(); ++i)
+        palette.push_back(json::Json{{"hex", std::string(ChannelPalette::colors[i])},
+                                     {"name", std::string(ChannelPalette::names[i])}});
+    json::Json out{{"palette", std::move(palette)}};
+    out.update(limitsJson());
+    return ApiResponse::json(out);
+}
+
+ApiResult templates(const RouteRequest&, ApiState&) {
+    json::Json list = json::Json::array();
+    for (const auto& entry : RuleTemplate::all())
+        list.push_back(toJson(entry));
+    return ApiResponse::json(list);
+}
+
+ApiResult tones(const RouteRequest&, ApiState&) {
+    json::Json list = json::Json::array();
+    for (auto tone : AlarmTones::allCases) {
+        json::Json entry{{"id", rawValue(tone)}, {"label", label(tone)}};
+        if (auto file = AlarmTones::fileName(tone))
+            entry["fileName"] = *file;
+        list.push_back(std::move(entry));
+    }
+    return ApiResponse::json(list);
+}
+
+ApiResult previewTone(const RouteRequest& request, ApiState& state) {
+    const std::string& name = request.parameter("tone");
+    auto tone = alarmToneFromRaw(name);
+    if (!tone)
+        return Error{"unknown tone " + name, Error::Kind::notFound};
+    if (state.services.previewTone)
+        state.services.previewTone(*tone);
+    return ApiResponse::noContent();
+}
+
+ApiResult limits(const RouteRequest&, ApiState&) {
+    return ApiResponse::json(limitsJson());
+}
+
+ApiResult channelViews(const RouteRequest&, ApiState& state) {
+    AppContext& ctx = state.ctx;
     std::vector<ConnectionStatus::Trigger> triggers;
     for (const auto& event : ctx.store.events())
         triggers.push_back({event.channelID, event.receivedAt});
@@ -47,100 +117,56 @@ json::Json channelViews(AppContext& ctx) {
                                    {"ruleSummary", channel.rule.summary()},
                                    {"connection", std::move(connection)}});
     }
-    return views;
+    return ApiResponse::json(views);
 }
 
-json::Json tones() {
-    json::Json list = json::Json::array();
-    for (auto tone : AlarmTones::allCases) {
-        json::Json entry{{"id", rawValue(tone)}, {"label", label(tone)}};
-        if (auto file = AlarmTones::fileName(tone))
-            entry["fileName"] = *file;
-        list.push_back(std::move(entry));
-    }
-    return list;
+ApiResult knownApps(const RouteRequest&, ApiState& state) {
+    return ApiResponse::json(state.ctx.store.knownApps());
 }
 
-template <typename Container> json::Json numbers(const Container& values) {
-    json::Json out = json::Json::array();
-    for (auto value : values)
-        out.push_back(value);
-    return out;
+ApiResult knownSenders(const RouteRequest& request, ApiState& state) {
+    return ApiResponse::json(state.ctx.store.knownSenders(request.message.queryValues("app")));
 }
 
-json::Json limits() {
-    return json::Json{
-        {"nameLimit", ChannelLimits::nameLimit},
-        {"countdownRange",
-         {ChannelLimits::countdownRange.lower, ChannelLimits::countdownRange.upper}},
-        {"snoozeRange", {ChannelLimits::snoozeRange.lower, ChannelLimits::snoozeRange.upper}},
-        {"countdownPresets", numbers(ChannelLimits::countdownPresets)},
-        {"snoozePresets", numbers(ChannelLimits::snoozePresets)},
-        {"cooldownPresets", numbers(ChannelRule::cooldownPresets())},
-        {"frequencyWindowPresets", numbers(FrequencyCondition::windowPresets())},
-        {"frequencyCountRange",
-         {FrequencyCondition::countRangeMin, FrequencyCondition::countRangeMax}}};
+ApiResult appsToForward(const RouteRequest&, ApiState& state) {
+    auto apps = state.ctx.store.appsToForward();
+    return ApiResponse::json(json::Json{{"apps", apps ? json::Json(*apps) : json::Json()}});
 }
 
-json::Json templates() {
-    json::Json list = json::Json::array();
-    for (const auto& entry : RuleTemplate::all())
-        list.push_back(toJson(entry));
-    return list;
+ApiResult describeRule(const RouteRequest& request, ApiState&) {
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    auto rule = ruleOf(body.value());
+    if (!rule)
+        return rule.error();
+    return ApiResponse::json(describe(rule.value()));
 }
 
-} // namespace
-
-std::optional<ApiResponse> editorRoute(AppContext& ctx, const ApiRequest& request) {
-    const std::string& path = request.path;
-    const bool get = request.method == "GET";
-    const bool post = request.method == "POST";
-    try {
-        if (get && path == "/v1/templates")
-            return ApiResponse::json(templates());
-        if (get && path == "/v1/tones")
-            return ApiResponse::json(tones());
-        if (get && path == "/v1/limits")
-            return ApiResponse::json(limits());
-        if (get && path == "/v1/channel-views")
-            return ApiResponse::json(channelViews(ctx));
-        if (get && path == "/v1/known-apps")
-            return ApiResponse::json(ctx.store.knownApps());
-        if (get && path == "/v1/known-senders")
-            return ApiResponse::json(ctx.store.knownSenders(request.queryValues("app")));
-        if (get && path == "/v1/apps-to-forward") {
-            auto apps = ctx.store.appsToForward();
-            return ApiResponse::json(json::Json{{"apps", apps ? json::Json(*apps) : json::Json()}});
-        }
-        if (post && path == "/v1/rules/describe") {
-            auto body = json::parse(request.body);
-            if (!body)
-                return ApiResponse::error(400, body.error().message);
-            return ApiResponse::json(describe(ruleOf(body.value())));
-        }
-        if (post && path == "/v1/rules/condition") {
-            auto body = json::parse(request.body);
-            if (!body)
-                return ApiResponse::error(400, body.error().message);
-            ChannelRule rule = ruleOf(body.value());
-            auto condition = RuleConditions::fromId(json::requireString(body.value(), "condition"));
-            auto action = json::requireString(body.value(), "action");
-            if (!condition)
-                return ApiResponse::error(400, "unknown condition");
-            if (action == "seed")
-                RuleConditions::seed(*condition, rule);
-            else if (action == "clear")
-                RuleConditions::clear(*condition, rule);
-            else
-                return ApiResponse::error(400, "\"action\" must be \"seed\" or \"clear\"");
-            return ApiResponse::json(json::Json{{"rule", toJson(rule)}});
-        }
-    } catch (const json::DecodeError& error) {
-        return ApiResponse::error(400, error.what());
-    } catch (const nlohmann::json::exception& error) {
-        return ApiResponse::error(400, error.what());
-    }
-    return std::nullopt;
+ApiResult editRuleCondition(const RouteRequest& request, ApiState&) {
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    auto rule = ruleOf(body.value());
+    if (!rule)
+        return rule.error();
+    auto fields = decoded([&] {
+        return std::pair{json::requireString(body.value(), "condition"),
+                         json::requireString(body.value(), "action")};
+    });
+    if (!fields)
+        return fields.error();
+    const auto& [conditionId, action] = fields.value();
+    auto condition = RuleConditions::fromId(conditionId);
+    if (!condition)
+        return Error{"unknown condition", Error::Kind::invalidInput};
+    if (action == "seed")
+        RuleConditions::seed(*condition, rule.value());
+    else if (action == "clear")
+        RuleConditions::clear(*condition, rule.value());
+    else
+        return Error{"\"action\" must be \"seed\" or \"clear\"", Error::Kind::invalidInput};
+    return ApiResponse::json(json::Json{{"rule", toJson(rule.value())}});
 }
 
-} // namespace ringwell
+} // namespace ringwell::routes

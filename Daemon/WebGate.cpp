@@ -1,5 +1,6 @@
 #include "Daemon/WebGate.h"
 
+#include "Core/PercentEncoding.h"
 #include <algorithm>
 
 namespace ringwell::WebGate {
@@ -73,7 +74,7 @@ std::string withoutToken(const ApiRequest& request) {
     for (const auto& [name, value] : request.allQuery) {
         if (name == "token")
             continue;
-        query += (query.empty() ? "?" : "&") + percentEncode(name) + "=" + percentEncode(value);
+        query += (query.empty() ? "?" : "&") + PercentEncoding::encode(name) + "=" + PercentEncoding::encode(value);
     }
     return safePath(request.path) + query;
 }

@@ -26,14 +26,12 @@ std::optional<TintColor> tintColor(std::string_view hex);
 namespace ChannelPalette {
 
 inline constexpr std::array<std::string_view, 8> colors = {
-    "#FF3B30", // red
-    "#FF9500", // orange
-    "#FFCC00", // yellow
-    "#34C759", // green
-    "#00C7BE", // mint
-    "#007AFF", // blue
-    "#AF52DE", // purple
-    "#FF2D55", // pink
+    "#FF3B30", "#FF9500", "#FFCC00", "#34C759", "#00C7BE", "#007AFF", "#AF52DE", "#FF2D55",
+};
+
+// What the colour picker calls each of `colors`, in the same order.
+inline constexpr std::array<std::string_view, colors.size()> names = {
+    "Red", "Orange", "Yellow", "Green", "Teal", "Blue", "Purple", "Pink",
 };
 
 // Red: the first channel's colour and the colour of a channel whose file names none.

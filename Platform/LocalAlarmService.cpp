@@ -21,8 +21,10 @@ namespace {
 constexpr double longestTimerWait = 10.0;
 
 // Posts one notice and reports a refusal to the log. A free function, so that
-// the coroutine frame owns copies of everything it uses and never touches a
-// service that may be gone by the time the notice centre answers.
+// the coroutine never touches the service, which may be gone by the time the
+// notice centre answers. The frame owns the request; the notice centre and the
+// logger are only required to outlive the service, so the logger is used only
+// while `alive` says the service still exists.
 Awaitable<void> deliverNotice(NoticeCenter& notices, NoticeRequest request, Logger& logger,
                               std::weak_ptr<int> alive) {
     try {

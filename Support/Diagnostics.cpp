@@ -1,5 +1,6 @@
 #include "Support/Diagnostics.h"
 
+#include "Core/PercentEncoding.h"
 #include "Version.h"
 
 #include <map>
@@ -9,11 +10,6 @@ namespace {
 
 std::string orUnknown(std::string_view text) {
     return text.empty() ? std::string("?") : std::string(text);
-}
-
-bool isUnreserved(unsigned char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '.' || c == '_' || c == '~';
 }
 
 } // namespace
@@ -80,25 +76,9 @@ DiagnosticsReport report(const AppContext& ctx, std::string osVersion, std::stri
 std::string emailURL(const DiagnosticsReport& report) {
     const std::string subject = "Ringwell support (" + report.appVersion + ")";
     const std::string body = "Describe what happened:\n\n\n---\n" + report.text();
-    return "mailto:" + std::string(supportAddress) + "?subject=" + percentEncoded(subject) +
-           "&body=" + percentEncoded(body);
-}
-
-std::string percentEncoded(std::string_view text) {
-    static constexpr char hex[] = "0123456789ABCDEF";
-    std::string out;
-    out.reserve(text.size());
-    for (char ch : text) {
-        const auto byte = static_cast<unsigned char>(ch);
-        if (isUnreserved(byte)) {
-            out += ch;
-        } else {
-            out += '%';
-            out += hex[byte >> 4];
-            out += hex[byte & 0x0F];
-        }
-    }
-    return out;
+    return "mailto:" + std::string(supportAddress) +
+           "?subject=" + PercentEncoding::encode(subject) +
+           "&body=" + PercentEncoding::encode(body);
 }
 
 } // namespace ringwell::Diagnostics

@@ -34,8 +34,5 @@ DiagnosticsReport report(const AppContext& ctx, std::string osVersion, std::stri
 // characters of RFC 3986.
 std::string emailURL(const DiagnosticsReport& report);
 
-// Every byte except A-Z, a-z, 0-9, "-", ".", "_" and "~" as "%XX".
-std::string percentEncoded(std::string_view text);
-
 } // namespace Diagnostics
 } // namespace ringwell

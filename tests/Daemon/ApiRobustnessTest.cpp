@@ -1,5 +1,8 @@
 #include "DaemonFixture.h"
 
+#include "Core/ChannelLimits.h"
+#include "Model/ChannelPalette.h"
+
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -41,6 +44,11 @@ protected:
         return answer;
     }
 
+    std::string get(const std::string& path, const std::string& method = "GET") {
+        return exchange(method + " " + path +
+                        " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+    }
+
     std::string post(const std::string& path, const std::string& body) {
         return exchange("POST " + path + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: " +
                         std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
@@ -61,6 +69,36 @@ TEST_F(ApiRobustnessTest, MalformedRequestsGetJsonErrors) {
               std::string::npos);
     // Still serving.
     EXPECT_EQ(ringwell({"channels"}).exitCode, 0);
+}
+
+TEST_F(ApiRobustnessTest, UnknownRoutesAnswer404AndOtherMethods405) {
+    EXPECT_NE(get("/v2/status").find("HTTP/1.1 404"), std::string::npos);
+    auto refused = get("/v1/status", "DELETE");
+    EXPECT_NE(refused.find("HTTP/1.1 405"), std::string::npos) << refused;
+    EXPECT_NE(refused.find("Allow: GET\r\n"), std::string::npos) << refused;
+    auto unknownAction = post("/v1/alarms/" + std::string(36, '0') + "/wake", "");
+    EXPECT_NE(unknownAction.find("HTTP/1.1 404"), std::string::npos) << unknownAction;
+}
+
+// The web app takes the palette and the editors' presets from here.
+TEST_F(ApiRobustnessTest, TheConfigurationIsTheDaemonsOwn) {
+    auto answer = get("/v1/config");
+    ASSERT_NE(answer.find("HTTP/1.1 200"), std::string::npos) << answer;
+    auto config = json::parse(answer.substr(answer.find("\r\n\r\n") + 4));
+    ASSERT_TRUE(config) << answer;
+    const json::Json& palette = config.value()["palette"];
+    ASSERT_EQ(palette.size(), ChannelPalette::colors.size());
+    for (size_t i = 0; i < palette.size(); ++i) {
+        EXPECT_EQ(palette[i]["hex"], std::string(ChannelPalette::colors[i]));
+        EXPECT_EQ(palette[i]["name"], std::string(ChannelPalette::names[i]));
+    }
+    EXPECT_EQ(config.value()["countdownPresets"],
+              json::Json(std::vector<std::int64_t>(ChannelLimits::countdownPresets.begin(),
+                                                   ChannelLimits::countdownPresets.end())));
+    EXPECT_EQ(config.value()["snoozePresets"],
+              json::Json(std::vector<std::int64_t>(ChannelLimits::snoozePresets.begin(),
+                                                   ChannelLimits::snoozePresets.end())));
+    EXPECT_EQ(config.value()["nameLimit"], ChannelLimits::nameLimit);
 }
 
 TEST_F(ApiRobustnessTest, AClientThatStallsDoesNotBlockOthers) {

@@ -4,12 +4,12 @@
 
 import type {
   Alarm,
+  AppConfig,
   Channel,
   ChannelRule,
   ChannelView,
   DaemonStatus,
   FireEvent,
-  Limits,
   Permissions,
   Preview,
   RuleConditionId,
@@ -102,7 +102,7 @@ export const api = {
 
   tones: () => get<Tone[]>('/v1/tones'),
   previewTone: (toneId: string) => post<void>(`/v1/tones/${id(toneId)}/preview`),
-  limits: () => get<Limits>('/v1/limits'),
+  config: () => get<AppConfig>('/v1/config'),
 
   events: () => get<FireEvent[]>('/v1/events'),
   clearEvents: () => del('/v1/events'),

@@ -255,6 +255,16 @@ export interface DaemonStatus {
   saveProblem: string | null;
 }
 
+export interface PaletteColour {
+  hex: string;
+  name: string;
+}
+
+// GET /v1/config: the palette and every limit, asked for once.
+export interface AppConfig extends Limits {
+  palette: PaletteColour[];
+}
+
 // What one server-sent `change` event names; the client refetches it.
 export type Topic =
   'channels' | 'events' | 'setupWarning' | 'saveError' | 'alarms' | 'authorization' | 'setupTest' | 'settings';

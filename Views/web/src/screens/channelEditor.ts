@@ -6,11 +6,12 @@
 // automatic name and clamped values) replaces the draft.
 
 import { html, nothing, type TemplateResult } from 'lit-html';
+import { ifDefined } from 'lit-html/directives/if-defined.js';
 import { styleMap } from 'lit-html/directives/style-map.js';
 import { api, ApiError } from '../api/client';
-import type { Channel, ChannelRule, RuleConditionId, RuleDescription } from '../api/types';
+import type { Channel, ChannelRule, PaletteColour, RuleConditionId, RuleDescription } from '../api/types';
 import { navigate } from '../router';
-import { channelViewsQuery, limitsQuery, tonesQuery } from '../state/data';
+import { channelViewsQuery, configQuery, tonesQuery } from '../state/data';
 import { fetchSequence, forget, invalidate, query, requestRender } from '../state/store';
 import { confirmDialog, showToast } from '../ui/dialog';
 import { duration } from '../ui/format';
@@ -19,17 +20,6 @@ import { errorNote, linkRow, loadingNote, screenHeader, section, segmented, sele
 import { ruleEditor } from './ruleEditor';
 import { ChannelDraft } from '../state/channelDraft';
 import { errorMessage } from '../logic/errors';
-
-export const palette: readonly { hex: string; name: string }[] = [
-  { hex: '#FF3B30', name: 'Red' },
-  { hex: '#FF9500', name: 'Orange' },
-  { hex: '#FFCC00', name: 'Yellow' },
-  { hex: '#34C759', name: 'Green' },
-  { hex: '#00C7BE', name: 'Teal' },
-  { hex: '#007AFF', name: 'Blue' },
-  { hex: '#AF52DE', name: 'Purple' },
-  { hex: '#FF2D55', name: 'Pink' },
-];
 
 const repeatIntervals = [60, 120, 300, 600, 900, 1800];
 
@@ -199,7 +189,7 @@ function secondsChoices(presets: readonly number[], current: number) {
   return all.map((seconds) => ({ value: seconds, label: duration(seconds) }));
 }
 
-function colourPicker(editor: EditorState, channel: Channel): TemplateResult {
+function colourPicker(editor: EditorState, channel: Channel, palette: readonly PaletteColour[]): TemplateResult {
   const onKey = (event: KeyboardEvent) => {
     const index = palette.findIndex((colour) => colour.hex === channel.tintHex.toUpperCase());
     const step =
@@ -274,7 +264,8 @@ export function channelEditorScreen(
 ): TemplateResult {
   const editor = stateFor(channelId);
   const stored = query(`channel:${channelId}`, ['channels'], () => api.channel(channelId));
-  const limits = limitsQuery().data;
+  // The palette, presets and limits are the daemon's (GET /v1/config).
+  const config = configQuery().data;
   const views = channelViewsQuery().data;
   const backLink = { href: back, label: back.startsWith('/history') ? 'Event' : 'Channels' };
 
@@ -328,7 +319,7 @@ export function channelEditorScreen(
         <input
           id="channel-name"
           type="text"
-          maxlength=${limits?.nameLimit ?? 40}
+          maxlength=${ifDefined(config?.nameLimit)}
           .value=${nameValue}
           placeholder=${description?.suggestedName ?? channel.name}
           aria-describedby="channel-name-hint"
@@ -336,7 +327,7 @@ export function channelEditorScreen(
         />
         <p class="hint" id="channel-name-hint">Leave blank to name it after its conditions.</p>
       </div>
-      ${colourPicker(editor, channel)}
+      ${colourPicker(editor, channel, config?.palette ?? [])}
       ${switchRow({
         label: 'Enabled',
         detail: channel.isEnabled ? undefined : 'Matching notifications are skipped.',
@@ -351,7 +342,7 @@ export function channelEditorScreen(
       channelId: channel.id,
       rule: channel.rule,
       description,
-      limits,
+      limits: config,
       open: editor.open,
       blank,
       onRule: (rule) => edit(editor, (draft) => ({ ...draft, rule }), 300),
@@ -386,7 +377,7 @@ export function channelEditorScreen(
               id: 'countdown',
               label: 'Countdown',
               value: channel.countdownSeconds,
-              choices: secondsChoices(limits?.countdownPresets ?? [5, 10, 30, 60, 300], channel.countdownSeconds),
+              choices: secondsChoices(config?.countdownPresets ?? [], channel.countdownSeconds),
               onChange: (countdownSeconds) => edit(editor, (draft) => ({ ...draft, countdownSeconds })),
             })
           : nothing
@@ -402,7 +393,7 @@ export function channelEditorScreen(
               id: 'snooze',
               label: 'Snooze for',
               value: channel.snoozeSeconds,
-              choices: secondsChoices(limits?.snoozePresets ?? [60, 300, 600], channel.snoozeSeconds),
+              choices: secondsChoices(config?.snoozePresets ?? [], channel.snoozeSeconds),
               onChange: (snoozeSeconds) => edit(editor, (draft) => ({ ...draft, snoozeSeconds })),
             })
           : nothing

@@ -16,7 +16,7 @@ export const knownAppsQuery = () => query('known-apps', ['events'], api.knownApp
 export const appsToForwardQuery = () => query('apps-to-forward', ['channels'], api.appsToForward);
 export const templatesQuery = () => query('templates', [], api.templates);
 export const tonesQuery = () => query('tones', [], api.tones);
-export const limitsQuery = () => query('limits', [], api.limits);
+export const configQuery = () => query('config', [], api.config);
 
 export const knownSendersQuery = (apps: string[]) =>
   query(`known-senders:${JSON.stringify(apps)}`, ['events'], () => api.knownSenders(apps));

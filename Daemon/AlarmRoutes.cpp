@@ -1,0 +1,172 @@
+#include "Daemon/ApiJson.h"
+#include "Daemon/ApiRoutes.h"
+#include "Daemon/SaveBarrier.h"
+#include "Daemon/RouteSupport.h"
+#include "Intents/RingChannelIntent.h"
+#include "Intents/SendToRingwellIntent.h"
+#include "Intents/StopAllAlarmsIntent.h"
+#include "Shared/AlarmIntents.h"
+
+namespace ringwell::routes {
+namespace {
+
+json::Json permissionsJson(AppContext& ctx) {
+    return json::Json{{"alarms", rawValue(ctx.authorization.state())},
+                      {"notifications", ctx.notices.permissionStatus()}};
+}
+
+Result<RingChannelIntent> ringIntent(const json::Json& body, const RingwellStore& store) {
+    auto fields = decoded([&] {
+        RingChannelIntent intent;
+        intent.notificationTitle = json::optionalString(body, "title");
+        intent.notificationSubtitle = json::optionalString(body, "subtitle");
+        intent.notificationBody = json::optionalString(body, "body");
+        return std::pair{intent, json::optionalString(body, "receivedAt")};
+    });
+    auto channelText = decoded([&] { return json::requireString(body, "channel"); });
+    if (!channelText)
+        return channelText.error();
+    auto channel = resolveChannel(store, channelText.value());
+    if (!channel)
+        return channel.error();
+    if (!fields)
+        return fields.error();
+    auto [intent, receivedAt] = std::move(fields).value();
+    intent.channel = channel.value().id;
+    if (receivedAt) {
+        intent.receivedAt = parseIso8601(*receivedAt);
+        if (!intent.receivedAt)
+            return Error{"\"receivedAt\": not an ISO 8601 date-time", Error::Kind::invalidInput};
+    }
+    return intent;
+}
+
+using AlarmAction = void (*)(AppContext&, const Uuid&);
+
+ApiResult alarmAction(const RouteRequest& request, ApiState& state, AlarmAction action) {
+    auto id = uuidArgument(request.parameter("id"), "an alarm ID");
+    if (!id)
+        return id.error();
+    return alarmCall([&]() -> ApiResult {
+        action(state.ctx, id.value());
+        return ApiResponse::noContent();
+    });
+}
+
+} // namespace
+
+Awaitable<ApiResult> send(const RouteRequest& request, ApiState& state) {
+    auto body = bodyObject(request.message);
+    if (!body)
+        co_return body.error();
+    auto intent = decoded([&] { return sendIntentFromJson(body.value()); });
+    if (!intent)
+        co_return intent.error();
+    try {
+        FireEvent event = co_await intent.value().perform(state.ctx);
+        // No send is acknowledged before the save that holds its event.
+        co_await savedToDisk(state.ctx.store);
+        co_return ApiResponse::json(eventWithLabel(event));
+    } catch (const RingwellAlarmError& error) {
+        co_return errorOf(error);
+    } catch (const AlarmServiceError& error) {
+        co_return errorOf(error);
+    }
+}
+
+Awaitable<ApiResult> ring(const RouteRequest& request, ApiState& state) {
+    auto body = bodyObject(request.message);
+    if (!body)
+        co_return body.error();
+    auto intent = ringIntent(body.value(), state.ctx.store);
+    if (!intent)
+        co_return intent.error();
+    try {
+        FireEvent event = co_await intent.value().perform(state.ctx);
+        // No send is acknowledged before the save that holds its event.
+        co_await savedToDisk(state.ctx.store);
+        co_return ApiResponse::json(eventWithLabel(event));
+    } catch (const RingwellAlarmError& error) {
+        co_return errorOf(error);
+    } catch (const AlarmServiceError& error) {
+        co_return errorOf(error);
+    }
+}
+
+ApiResult stopAll(const RouteRequest&, ApiState& state) {
+    return alarmCall([&]() -> ApiResult {
+        StopAllAlarmsIntent{}.perform(state.ctx);
+        return ApiResponse::noContent();
+    });
+}
+
+ApiResult listAlarms(const RouteRequest&, ApiState& state) {
+    json::Json out = json::Json::array();
+    for (const auto& alarm : state.ctx.alarmService.alarms())
+        out.push_back(toJson(alarm));
+    return ApiResponse::json(out);
+}
+
+ApiResult stopAlarm(const RouteRequest& request, ApiState& state) {
+    auto id = uuidArgument(request.parameter("id"), "an alarm ID");
+    if (!id)
+        return id.error();
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    StopRingwellAlarmIntent intent{id.value().toString(), {}};
+    if (const json::Json* followUps = json::member(body.value(), "followUpIDs")) {
+        if (!followUps->is_array())
+            return Error{"\"followUpIDs\" must be an array of alarm IDs",
+                         Error::Kind::invalidInput};
+        auto ids = decoded([&] { return json::stringList(*followUps, "followUpIDs"); });
+        if (!ids)
+            return ids.error();
+        intent.followUpIDs = ids.value();
+    } else {
+        // Without a list, the alarm's own Stop button: its reminders go too.
+        for (const auto& alarm : state.ctx.alarmService.alarms()) {
+            if (alarm.id == id.value())
+                intent.followUpIDs = alarm.configuration.stopIntent.followUpIDs;
+        }
+    }
+    return alarmCall([&]() -> ApiResult {
+        intent.perform(state.ctx.alarmService);
+        return ApiResponse::noContent();
+    });
+}
+
+ApiResult pauseAlarm(const RouteRequest& request, ApiState& state) {
+    return alarmAction(request, state, [](AppContext& ctx, const Uuid& id) {
+        PauseRingwellAlarmIntent{id.toString()}.perform(ctx.alarmService);
+    });
+}
+
+ApiResult resumeAlarm(const RouteRequest& request, ApiState& state) {
+    return alarmAction(request, state, [](AppContext& ctx, const Uuid& id) {
+        ResumeRingwellAlarmIntent{id.toString()}.perform(ctx.alarmService);
+    });
+}
+
+ApiResult snoozeAlarm(const RouteRequest& request, ApiState& state) {
+    return alarmAction(request, state,
+                       [](AppContext& ctx, const Uuid& id) { ctx.alarmService.snooze(id); });
+}
+
+ApiResult permissions(const RouteRequest&, ApiState& state) {
+    return ApiResponse::json(permissionsJson(state.ctx));
+}
+
+ApiResult setAlarmPermission(const RouteRequest& request, ApiState& state) {
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    auto given = decoded([&] { return json::optionalString(body.value(), "state"); });
+    auto parsed = given && given.value() ? authorizationStateFromRaw(*given.value()) : std::nullopt;
+    if (!parsed || *parsed == AlarmAuthorizationState::notDetermined)
+        return Error{"\"state\" must be \"authorized\" or \"denied\"", Error::Kind::invalidInput};
+    state.ctx.alarmService.setAuthorization(*parsed);
+    return ApiResponse::json(permissionsJson(state.ctx));
+}
+
+} // namespace ringwell::routes

@@ -1,0 +1,129 @@
+#include "Daemon/ApiJson.h"
+#include "Daemon/ApiRoutes.h"
+#include "Daemon/CaptureRoutes.h"
+#include "Daemon/ChangeFeed.h"
+#include "Daemon/RouteSupport.h"
+#include "Support/Diagnostics.h"
+#include "Version.h"
+
+namespace ringwell::routes {
+namespace {
+
+json::Json settingsJson(AppContext& ctx) {
+    auto text = [&](std::string_view key) -> json::Json {
+        auto value = ctx.defaults.value(key);
+        return value && value->is_string() ? *value : json::Json();
+    };
+    auto onboarded = ctx.defaults.value(DefaultsKey::hasCompletedOnboarding);
+    return json::Json{
+        {"hasCompletedOnboarding", onboarded && onboarded->is_boolean() && onboarded->get<bool>()},
+        {"lastSetupTestResult", text(DefaultsKey::lastSetupTestResult)},
+        {"setupWarning",
+         ctx.store.setupWarning() ? json::Json(*ctx.store.setupWarning()) : json::Json()},
+        {"appVersion", std::string(version::shortVersion) + " (" + version::buildNumber + ")"}};
+}
+
+DiagnosticsReport diagnosticsReport(ApiState& state) {
+    return Diagnostics::report(state.ctx, state.services.osVersion, state.services.device);
+}
+
+} // namespace
+
+ApiResult status(const RouteRequest&, ApiState& state) {
+    AppContext& ctx = state.ctx;
+    const auto& saveError = ctx.store.saveError();
+    json::Json out{{"name", "Ringwell"},
+                   {"webAddress", state.services.webAddress},
+                   {"version", version::shortVersion},
+                   {"build", version::buildNumber},
+                   {"channels", ctx.store.channels().size()},
+                   {"events", ctx.store.events().size()},
+                   {"alarms", ctx.alarmService.alarms().size()},
+                   {"saveProblem", saveError ? json::Json(DiagnosticsReport::saveProblem(*saveError))
+                                             : json::Json()}};
+    if (state.services.capture)
+        out["capture"] = captureJson(*state.services.capture);
+    return ApiResponse::json(out);
+}
+
+ApiResult stream(const RouteRequest&, ApiState& state) {
+    if (!state.services.feed)
+        return Error{"live updates are served to the web app only", Error::Kind::notFound};
+    ApiResponse response;
+    response.stream = state.services.feed->open();
+    return response;
+}
+
+ApiResult settings(const RouteRequest&, ApiState& state) {
+    return ApiResponse::json(settingsJson(state.ctx));
+}
+
+ApiResult updateSettings(const RouteRequest& request, ApiState& state) {
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    auto onboarded =
+        decoded([&] { return json::optionalBool(body.value(), "hasCompletedOnboarding"); });
+    if (!onboarded)
+        return onboarded.error();
+    if (onboarded.value()) {
+        state.ctx.defaults.set(DefaultsKey::hasCompletedOnboarding, *onboarded.value());
+        if (state.services.feed)
+            state.services.feed->publish("settings");
+    }
+    return ApiResponse::json(settingsJson(state.ctx));
+}
+
+ApiResult events(const RouteRequest& request, ApiState& state) {
+    std::optional<Uuid> filter;
+    if (auto channel = request.message.queryValue("channel")) {
+        auto id = uuidArgument(*channel, "a channel ID");
+        if (!id)
+            return id.error();
+        filter = id.value();
+    }
+    json::Json out = json::Json::array();
+    for (const auto& event : state.ctx.store.events()) {
+        if (!filter || event.channelID == filter)
+            out.push_back(eventWithLabel(event));
+    }
+    return ApiResponse::json(out);
+}
+
+ApiResult clearEvents(const RouteRequest&, ApiState& state) {
+    state.ctx.store.clearEvents();
+    return ApiResponse::noContent();
+}
+
+ApiResult stats(const RouteRequest&, ApiState& state) {
+    AppContext& ctx = state.ctx;
+    return ApiResponse::json(toJson(weekStatistics(ctx.store, ctx.clock.now(), ctx.calendar())));
+}
+
+ApiResult diagnostics(const RouteRequest& request, ApiState& state) {
+    ApiResponse response = ApiResponse::text(diagnosticsReport(state).text());
+    if (request.message.queryValue("download"))
+        response.headers = {
+            {"Content-Disposition", "attachment; filename=\"Ringwell Diagnostics.txt\""}};
+    return response;
+}
+
+ApiResult diagnosticsEmail(const RouteRequest&, ApiState& state) {
+    return ApiResponse::json(json::Json{{"url", Diagnostics::emailURL(diagnosticsReport(state))}});
+}
+
+ApiResult setupTest(const RouteRequest&, ApiState& state) {
+    return ApiResponse::json(toJson(state.ctx.setupTest.state()));
+}
+
+ApiResult startSetupTest(const RouteRequest&, ApiState& state) {
+    state.ctx.setupTest.start(state.ctx.clock.now());
+    return ApiResponse::json(toJson(state.ctx.setupTest.state()));
+}
+
+ApiResult cancelSetupTest(const RouteRequest&, ApiState& state) {
+    state.ctx.setupTest.cancel();
+    return ApiResponse::json(toJson(state.ctx.setupTest.state()));
+}
+
+} // namespace ringwell::routes

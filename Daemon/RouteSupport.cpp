@@ -1,0 +1,81 @@
+#include "Daemon/RouteSupport.h"
+
+#include "Core/Text.h"
+#include "Intents/ChannelEntity.h"
+
+#include <algorithm>
+
+namespace ringwell::routes {
+
+Result<json::Json> bodyObject(const ApiRequest& request) {
+    if (request.body.empty())
+        return json::Json::object();
+    auto parsed = json::parse(request.body);
+    if (!parsed)
+        return Error{parsed.error().message, Error::Kind::invalidInput};
+    if (!parsed.value().is_object())
+        return Error{"the request body must be a JSON object", Error::Kind::invalidInput};
+    return parsed;
+}
+
+Result<Uuid> uuidArgument(const std::string& text, std::string_view what) {
+    auto id = Uuid::parse(text);
+    if (!id)
+        return Error{"\"" + text + "\" is not " + std::string(what), Error::Kind::invalidInput};
+    return *id;
+}
+
+Error noChannelWithId(const Uuid& id) {
+    return Error{"No channel has the ID " + id.toString() + ".", Error::Kind::notFound};
+}
+
+Result<Channel> resolveChannel(const RingwellStore& store, const std::string& text) {
+    if (auto id = Uuid::parse(text)) {
+        if (auto channel = store.channel(*id))
+            return *channel;
+        return Error{"No channel has the ID " + text + ".", Error::Kind::notFound};
+    }
+    auto matches = ChannelQuery::entities(store, text);
+    if (matches.size() > 1) {
+        auto exact = std::find_if(matches.begin(), matches.end(), [&](const ChannelEntity& entity) {
+            return text::equalsIgnoringCase(entity.name, text);
+        });
+        if (exact != matches.end())
+            matches = {*exact};
+    }
+    if (matches.empty())
+        return Error{"No channel matches \"" + text + "\".", Error::Kind::notFound};
+    if (matches.size() > 1) {
+        std::string names;
+        for (const auto& entity : matches)
+            names += (names.empty() ? "" : ", ") + entity.name;
+        return Error{"\"" + text + "\" matches several channels: " + names +
+                         ". Use a longer name or the channel's ID.",
+                     Error::Kind::conflict};
+    }
+    return *store.channel(matches.front().id);
+}
+
+Error errorOf(const RingwellAlarmError& error) {
+    switch (error.kind()) {
+    case RingwellAlarmError::Kind::channelNotFound:
+        return Error{error.what(), Error::Kind::notFound};
+    case RingwellAlarmError::Kind::notAuthorized:
+        return Error{error.what(), Error::Kind::notAllowed};
+    case RingwellAlarmError::Kind::tooManyAlarms:
+        return Error{error.what(), Error::Kind::conflict};
+    case RingwellAlarmError::Kind::schedulingFailed:
+        break;
+    }
+    return Error{error.what(), Error::Kind::failed};
+}
+
+Error errorOf(const AlarmServiceError& error) {
+    // The service refuses an operation on an alarm that is in the wrong state
+    // as a conflict, like the limit of alarms.
+    return Error{error.what(), error.kind() == AlarmServiceError::Kind::notFound
+                                   ? Error::Kind::notFound
+                                   : Error::Kind::conflict};
+}
+
+} // namespace ringwell::routes

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Alarms/RingwellAlarmError.h"
+#include "Core/Json.h"
+#include "Core/Result.h"
+#include "Core/Uuid.h"
+#include "Daemon/ApiRoute.h"
+#include "Model/RingwellStore.h"
+#include "Shared/AlarmService.h"
+
+#include <string>
+#include <string_view>
+
+// What several route handlers share: reading the request and turning the
+// exceptions of decoders and the alarm service into Errors, at the one place
+// they meet a request (docs/errors.md).
+namespace ringwell::routes {
+
+// The request body as a JSON object; an empty body is an empty object.
+Result<json::Json> bodyObject(const ApiRequest& request);
+
+// `text` as an ID; invalid input naming `what` ("a channel ID") otherwise.
+Result<Uuid> uuidArgument(const std::string& text, std::string_view what);
+
+// A channel named by its id, or by a name that identifies one channel: the
+// only one containing the text, or the one whose whole name it is. Not found
+// when none does; a conflict when several do.
+Result<Channel> resolveChannel(const RingwellStore& store, const std::string& text);
+
+Error noChannelWithId(const Uuid& id);
+
+// The value a decoder that throws json::DecodeError gives, or what it threw as
+// invalid input, after `context` ("\"rule\": ").
+template <typename Decode>
+auto decoded(Decode decode, std::string_view context = "") -> Result<decltype(decode())> {
+    try {
+        return decode();
+    } catch (const json::DecodeError& error) {
+        return Error{std::string(context) + error.what(), Error::Kind::invalidInput};
+    } catch (const nlohmann::json::exception& error) {
+        return Error{std::string(context) + error.what(), Error::Kind::invalidInput};
+    }
+}
+
+Error errorOf(const RingwellAlarmError& error);
+Error errorOf(const AlarmServiceError& error);
+
+// Runs an operation of the alarm service, which throws when it refuses.
+template <typename Operation> ApiResult alarmCall(Operation operation) {
+    try {
+        return operation();
+    } catch (const RingwellAlarmError& error) {
+        return errorOf(error);
+    } catch (const AlarmServiceError& error) {
+        return errorOf(error);
+    }
+}
+
+} // namespace ringwell::routes
