@@ -2,6 +2,7 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Core/Json.h"
 #include "Daemon/ApiMessage.h"
 
 #include <fstream>

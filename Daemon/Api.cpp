@@ -2,6 +2,7 @@
 
 #include "Alarms/RingwellAlarmError.h"
 #include "Core/ChannelLimits.h"
+#include "Core/Json.h"
 #include "Core/RulePreview.h"
 #include "Core/RuleTemplate.h"
 #include "Core/Text.h"

@@ -1,5 +1,6 @@
 #include "Daemon/ApiMessage.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 
 namespace ringwell {

@@ -2,6 +2,7 @@
 
 #include "Core/ChannelLimits.h"
 #include "Core/ConnectionStatus.h"
+#include "Core/Json.h"
 #include "Core/RuleTemplate.h"
 #include "Model/AlarmTone.h"
 #include "Model/FiringMode.h"

@@ -1,5 +1,6 @@
 #include "Support/Diagnostics.h"
 
+#include "Core/Json.h"
 #include "Version.h"
 
 #include <map>
