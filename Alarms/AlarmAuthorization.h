@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Alarms/ObserverList.h"
+#include "Core/ObserverList.h"
 #include "Shared/AlarmService.h"
 
 #include <cstdint>

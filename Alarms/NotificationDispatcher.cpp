@@ -3,6 +3,7 @@
 #include "Alarms/EventRecord.h"
 #include "Alarms/RingwellNotifications.h"
 #include "Core/Cooldown.h"
+#include "Core/Json.h"
 #include "Core/Router.h"
 #include "Core/SetupTest.h"
 #include "Core/Text.h"

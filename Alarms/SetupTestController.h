@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Alarms/ObserverList.h"
+#include "Core/ObserverList.h"
 #include "Alarms/UserDefaults.h"
 #include "Core/Date.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
 #include "Core/SetupTest.h"
 #include "Model/Clock.h"

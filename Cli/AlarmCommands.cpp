@@ -3,6 +3,7 @@
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
 #include "Core/Date.h"
+#include "Core/Json.h"
 #include "Core/PercentEncoding.h"
 #include "Core/Uuid.h"
 

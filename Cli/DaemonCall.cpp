@@ -2,6 +2,7 @@
 
 #include "Cli/DaemonClient.h"
 #include "Core/Date.h"
+#include "Core/Json.h"
 #include "Daemon/RuntimePaths.h"
 
 #include <unicode/smpdtfmt.h>

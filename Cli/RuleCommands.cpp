@@ -2,6 +2,7 @@
 
 #include "Cli/Arguments.h"
 #include "Core/Calendar.h"
+#include "Core/Json.h"
 #include "Core/RuleMatcher.h"
 #include "Core/RuleTemplate.h"
 

@@ -1,5 +1,6 @@
 #include "Core/ChannelRule.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 #include "Core/TextMatcher.h"
 
@@ -7,16 +8,6 @@
 
 namespace ringwell {
 namespace {
-
-std::string joined(const std::vector<std::string>& items, std::string_view separator) {
-    std::string out;
-    for (size_t i = 0; i < items.size(); ++i) {
-        if (i > 0)
-            out.append(separator);
-        out.append(items[i]);
-    }
-    return out;
-}
 
 std::string clock(std::int64_t minute) {
     char buffer[32];
@@ -85,7 +76,7 @@ std::string ActiveHours::summary() const {
             if (weekdays.contains(day))
                 names.emplace_back(dayShortNames[day - 1]);
         }
-        days = joined(names, ", ");
+        days = text::joined(names, ", ");
     }
     if (isAllDay())
         return days + " all day";
@@ -112,11 +103,11 @@ const std::vector<std::int64_t>& ChannelRule::cooldownPresets() {
 
 std::string ChannelRule::summary() const {
     std::vector<std::string> parts;
-    parts.push_back(apps.empty() ? "Any app" : joined(apps, ", "));
+    parts.push_back(apps.empty() ? "Any app" : text::joined(apps, ", "));
     if (!senders.empty())
-        parts.push_back("from " + joined(senders, ", "));
+        parts.push_back("from " + text::joined(senders, ", "));
     if (!keywords.empty())
-        parts.push_back("contains " + joined(keywords, ", "));
+        parts.push_back("contains " + text::joined(keywords, ", "));
     if (calls == CallFilter::incoming)
         parts.emplace_back("incoming calls");
     if (calls == CallFilter::missed)
@@ -125,7 +116,7 @@ std::string ChannelRule::summary() const {
         parts.push_back(activeHours->summary());
     if (frequency)
         parts.push_back(frequency->summary());
-    return joined(parts, " \u00B7 ");
+    return text::joined(parts, " \u00B7 ");
 }
 
 std::string ChannelRule::suggestedName() const {

@@ -1,19 +1,11 @@
 #include "Core/DiagnosticsReport.h"
 
+#include "Core/Text.h"
+
 #include <algorithm>
 
 namespace ringwell {
 namespace {
-
-std::string joined(const std::vector<std::string>& items, std::string_view separator) {
-    std::string out;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (i > 0)
-            out.append(separator);
-        out.append(items[i]);
-    }
-    return out;
-}
 
 // "1 sender", "3 senders": a plain plural, "s" unless the number is exactly one.
 std::string counted(std::size_t number, std::string_view noun) {
@@ -82,12 +74,12 @@ std::string DiagnosticsReport::text() const {
     for (const auto& report : performanceReports)
         lines.push_back("  " + report);
 
-    return joined(lines, "\n");
+    return text::joined(lines, "\n");
 }
 
 std::string DiagnosticsReport::redacted(const ChannelRule& rule) {
     std::vector<std::string> parts;
-    parts.push_back(rule.apps.empty() ? "any app" : "apps: " + joined(rule.apps, ", "));
+    parts.push_back(rule.apps.empty() ? "any app" : "apps: " + text::joined(rule.apps, ", "));
     if (!rule.senders.empty())
         parts.push_back(counted(rule.senders.size(), "sender"));
     if (!rule.keywords.empty())
@@ -104,7 +96,7 @@ std::string DiagnosticsReport::redacted(const ChannelRule& rule) {
         parts.push_back("active " + rule.activeHours->summary());
     if (rule.frequency)
         parts.push_back(rule.frequency->summary());
-    return joined(parts, ", ");
+    return text::joined(parts, ", ");
 }
 
 } // namespace ringwell

@@ -38,7 +38,7 @@ const Json& requireObject(const Json& value, std::string_view what) {
 
 const Json* member(const Json& object, std::string_view key) {
     auto found = object.find(std::string(key));
-    return found == object.end() ? nullptr : &*found;
+    return found == object.end() || found->is_null() ? nullptr : &*found;
 }
 
 std::string asString(const Json& value, std::string_view what) {
@@ -63,7 +63,7 @@ Date asDate(const Json& value, std::string_view what) {
 std::string requireString(const Json& object, std::string_view key) {
     const Json* value = member(object, key);
     if (!value)
-        fail(key, "a string, but the key is missing");
+        fail(key, "a string, but the key is missing or null");
     return asString(*value, key);
 }
 
@@ -77,7 +77,7 @@ std::optional<std::string> optionalString(const Json& object, std::string_view k
 bool requireBool(const Json& object, std::string_view key) {
     auto value = optionalBool(object, key);
     if (!value)
-        fail(key, "true or false, but the key is missing");
+        fail(key, "true or false, but the key is missing or null");
     return *value;
 }
 
@@ -93,7 +93,7 @@ std::optional<bool> optionalBool(const Json& object, std::string_view key) {
 std::int64_t requireInt(const Json& object, std::string_view key) {
     auto value = optionalInt(object, key);
     if (!value)
-        fail(key, "an integer, but the key is missing");
+        fail(key, "an integer, but the key is missing or null");
     return *value;
 }
 
@@ -111,7 +111,7 @@ std::optional<std::int64_t> optionalInt(const Json& object, std::string_view key
 Date requireDate(const Json& object, std::string_view key) {
     const Json* value = member(object, key);
     if (!value)
-        fail(key, "a date, but the key is missing");
+        fail(key, "a date, but the key is missing or null");
     return asDate(*value, key);
 }
 
@@ -125,7 +125,7 @@ std::optional<Date> optionalDate(const Json& object, std::string_view key) {
 Uuid requireUuid(const Json& object, std::string_view key) {
     const Json* value = member(object, key);
     if (!value)
-        fail(key, "a UUID, but the key is missing");
+        fail(key, "a UUID, but the key is missing or null");
     return asUuid(*value, key);
 }
 
@@ -146,7 +146,7 @@ const Json* optionalArray(const Json& object, std::string_view key) {
 const Json& requireArray(const Json& object, std::string_view key) {
     const Json* value = optionalArray(object, key);
     if (!value)
-        fail(key, "an array, but the key is missing");
+        fail(key, "an array, but the key is missing or null");
     return *value;
 }
 

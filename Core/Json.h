@@ -1,13 +1,13 @@
 #pragma once
 
 #include "Core/Date.h"
+#include "Core/JsonFwd.h"
 #include "Core/Result.h"
 #include "Core/Uuid.h"
 
 #include <nlohmann/json.hpp>
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,15 +15,6 @@
 // JSON forms of the records. Objects keep the order in which keys are written,
 // so encoded records show their keys in declaration order.
 namespace ringwell::json {
-
-using Json = nlohmann::ordered_json;
-
-// Thrown by the decoders in this project when a JSON value does not have the
-// required form. Callers at the edges (store, command line, API) catch it and
-// report the message; `decode` below turns it into a Result.
-struct DecodeError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 // Compact text; invalid UTF-8 in strings is written as U+FFFD instead of failing.
 std::string encode(const Json& value);
@@ -48,8 +39,10 @@ auto decode(std::string_view text, Decoder decoder) -> Result<decltype(decoder(J
     }
 }
 
-// Readers for keyed records. Each throws DecodeError naming the key when the
-// value has the wrong type; `require*` also when the key is missing.
+// Readers for keyed records. A null value reads as an absent key, so optional
+// keys may be left out or written as null alike. Each throws DecodeError naming
+// the key when the value has the wrong type; `require*` also when the key is
+// missing or null.
 const Json& requireObject(const Json& value, std::string_view what);
 const Json* member(const Json& object, std::string_view key);
 

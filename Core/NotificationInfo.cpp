@@ -1,5 +1,6 @@
 #include "Core/NotificationInfo.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 
 namespace ringwell {

@@ -1,5 +1,6 @@
 #include "Core/RuleMatcher.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 #include "Core/TextMatcher.h"
 

@@ -2,7 +2,7 @@
 
 #include "Core/Calendar.h"
 #include "Core/ChannelRule.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
 
 #include <optional>

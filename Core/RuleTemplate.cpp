@@ -1,4 +1,5 @@
 #include "Core/RuleTemplate.h"
+#include "Core/Json.h"
 
 namespace ringwell {
 namespace {

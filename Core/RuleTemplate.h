@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Core/ChannelRule.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 
 #include <optional>
 #include <string>

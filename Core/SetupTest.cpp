@@ -1,5 +1,6 @@
 #include "Core/SetupTest.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 
 #include <algorithm>

@@ -292,4 +292,14 @@ int compareForDisplay(std::string_view a, std::string_view b) {
     return a < b ? -1 : (a == b ? 0 : 1); // a stable tie-break for case variants
 }
 
+std::string joined(const std::vector<std::string>& items, std::string_view separator) {
+    std::string out;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i > 0)
+            out.append(separator);
+        out.append(items[i]);
+    }
+    return out;
+}
+
 } // namespace ringwell::text

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Text helpers shared by every layer. All texts are UTF-8; bytes that are not
 // valid UTF-8 are read as U+FFFD and never cause a failure.
@@ -54,6 +55,9 @@ bool isValidUtf8(std::string_view text);
 
 // The value of a hexadecimal digit (either case), or -1 for any other character.
 int hexDigitValue(char c);
+
+// The items with `separator` between each two.
+std::string joined(const std::vector<std::string>& items, std::string_view separator);
 
 // Orders texts as a person expects in a list: case-insensitive, root-locale
 // collation. Returns <0, 0 or >0.

@@ -1,5 +1,6 @@
 #include "Daemon/ApiJson.h"
 
+#include "Core/Json.h"
 #include "Core/RuleMatcher.h"
 
 namespace ringwell {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Core/ActivityStats.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/RulePreview.h"
 #include "Model/FireEvent.h"
 #include "Model/RingwellStore.h"

@@ -1,6 +1,8 @@
 #include "Daemon/ApiMessage.h"
 
+#include "Core/Json.h"
 #include "Core/PercentEncoding.h"
+#include "Core/Text.h"
 
 namespace ringwell {
 

@@ -26,7 +26,7 @@
 #include "Platform/NotifierDBus.h"
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
-#include "Platform/XdgPaths.h"
+#include "Model/XdgPaths.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>

@@ -1,5 +1,6 @@
 #include "Core/ChannelLimits.h"
 #include "Core/ConnectionStatus.h"
+#include "Core/Json.h"
 #include "Core/RuleTemplate.h"
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/RouteSupport.h"

@@ -1,5 +1,6 @@
 #include "Intents/ChannelEntity.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 
 #include <algorithm>

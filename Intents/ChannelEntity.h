@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/Uuid.h"
 #include "Model/Channel.h"
 #include "Model/RingwellStore.h"

@@ -1,4 +1,5 @@
 #include "Intents/RingwellShortcuts.h"
+#include "Core/Json.h"
 
 namespace ringwell {
 namespace {

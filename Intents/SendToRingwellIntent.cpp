@@ -1,6 +1,7 @@
 #include "Intents/SendToRingwellIntent.h"
 
 #include "Alarms/NotificationDispatcher.h"
+#include "Core/Json.h"
 
 namespace ringwell {
 namespace {

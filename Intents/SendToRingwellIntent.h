@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Alarms/AppContext.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
 #include "Model/FireEvent.h"
 #include "Shared/Asio.h"
@@ -62,9 +62,9 @@ struct SendToRingwellIntent {
     bool operator==(const SendToRingwellIntent&) const = default;
 };
 
-// An object whose keys are the property names, each optional; a value that is
-// not a string (null included) throws json::DecodeError. Unknown keys are
-// ignored.
+// An object whose keys are the property names, each optional (null reads as
+// absent); any other value that is not a string throws json::DecodeError.
+// Unknown keys are ignored.
 SendToRingwellIntent sendIntentFromJson(const json::Json& value);
 // The present parameters under their property names.
 json::Json toJson(const SendToRingwellIntent& intent);

@@ -1,4 +1,5 @@
 #include "Model/AlarmTone.h"
+#include "Core/Json.h"
 
 #include <algorithm>
 #include <array>

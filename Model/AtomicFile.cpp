@@ -163,6 +163,21 @@ void removeLeftovers(const fs::path& target) {
     ::closedir(dir);
 }
 
+std::filesystem::path quarantinePath(const std::filesystem::path& file) {
+    std::filesystem::path moved = file;
+    moved.replace_extension("corrupt.json");
+    return moved;
+}
+
+std::string quarantine(const std::filesystem::path& file, std::string_view reason) {
+    const std::filesystem::path moved = quarantinePath(file);
+    ::unlink(moved.c_str());
+    const std::string why = file.string() + " could not be read (" + std::string(reason) + ")";
+    if (::rename(file.c_str(), moved.c_str()) == 0)
+        return why + "; it was moved to " + moved.string();
+    return why + " nor moved aside: " + std::strerror(errno);
+}
+
 Result<std::optional<std::string>> read(const std::filesystem::path& path) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {

@@ -54,6 +54,15 @@ Result<bool> createPrivateDirectories(const std::filesystem::path& directory);
 // message naming the path and the system error).
 Result<std::optional<std::string>> read(const std::filesystem::path& path);
 
+// "<dir>/<stem>.corrupt.json" for "<dir>/<stem>.json": where a file that
+// cannot be read is kept for the user (or support) to recover.
+std::filesystem::path quarantinePath(const std::filesystem::path& file);
+
+// Moves the unreadable `file` to its quarantine path, replacing an older one,
+// and returns the line to log: "<file> could not be read (<reason>); it was
+// moved to <path>", or why it could not be moved.
+std::string quarantine(const std::filesystem::path& file, std::string_view reason);
+
 // Deletes temporary files that an interrupted `replace` of `target` left in its
 // directory. Only safe while no other `replace` of the same target runs.
 void removeLeftovers(const std::filesystem::path& target);

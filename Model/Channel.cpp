@@ -1,4 +1,5 @@
 #include "Model/Channel.h"
+#include "Core/Json.h"
 
 #include <utility>
 

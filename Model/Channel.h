@@ -2,7 +2,7 @@
 
 #include "Core/ChannelRule.h"
 #include "Core/Date.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/Uuid.h"
 #include "Model/AlarmTone.h"
 #include "Model/ChannelPalette.h"

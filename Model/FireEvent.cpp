@@ -1,4 +1,5 @@
 #include "Model/FireEvent.h"
+#include "Core/Json.h"
 
 namespace ringwell {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Core/Date.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
 #include "Core/Uuid.h"
 

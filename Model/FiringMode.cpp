@@ -1,4 +1,5 @@
 #include "Model/FiringMode.h"
+#include "Core/Json.h"
 
 #include <unicode/measfmt.h>
 #include <unicode/measunit.h>

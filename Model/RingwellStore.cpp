@@ -1,7 +1,9 @@
 #include "Model/RingwellStore.h"
 
+#include "Core/Json.h"
 #include "Core/Text.h"
 #include "Model/AtomicFile.h"
+#include "Model/XdgPaths.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -119,19 +121,44 @@ json::Json toJson(const StoreSnapshot& snapshot) {
     return out;
 }
 
-StoreSnapshot snapshotFromJson(const json::Json& value, Date now) {
+namespace {
+
+// Decodes each element of `array` with `decode`, leaving out (and telling
+// `dropped` about) the ones that throw DecodeError.
+template <typename Record, typename Decoder>
+std::vector<Record> decodeEach(const json::Json& array, std::string_view what, Decoder decode,
+                               const ErrorLog& dropped) {
+    std::vector<Record> records;
+    for (const auto& element : array) {
+        try {
+            records.push_back(decode(element));
+        } catch (const std::exception& error) { // DecodeError or nlohmann's own
+            if (dropped)
+                dropped("A " + std::string(what) + " could not be read (" + error.what() +
+                        ") and was left out: " + json::encode(element));
+        }
+    }
+    return records;
+}
+
+} // namespace
+
+StoreSnapshot snapshotFromJson(const json::Json& value, Date now, const ErrorLog& dropped) {
     json::requireObject(value, "store");
+    const auto& channels = json::requireArray(value, "channels");
+    const auto& events = json::requireArray(value, "events");
     StoreSnapshot snapshot;
-    for (const auto& channel : json::requireArray(value, "channels"))
-        snapshot.channels.push_back(channelFromJson(channel, now));
-    for (const auto& event : json::requireArray(value, "events"))
-        snapshot.events.push_back(fireEventFromJson(event));
+    snapshot.channels = decodeEach<Channel>(
+        channels, "channel", [now](const json::Json& channel) { return channelFromJson(channel, now); },
+        dropped);
+    snapshot.events = decodeEach<FireEvent>(events, "event", fireEventFromJson, dropped);
     return snapshot;
 }
 
-Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now) {
-    return json::decode(text,
-                        [now](const json::Json& value) { return snapshotFromJson(value, now); });
+Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now, const ErrorLog& dropped) {
+    return json::decode(text, [now, &dropped](const json::Json& value) {
+        return snapshotFromJson(value, now, dropped);
+    });
 }
 
 // MARK: Opening
@@ -142,15 +169,10 @@ std::optional<fs::path> RingwellStore::defaultFileLocation() {
 
 std::optional<fs::path> RingwellStore::defaultFileLocation(const char* xdgDataHome,
                                                            const char* home) {
-    // The XDG base directory rules: a relative or empty value is ignored.
-    fs::path base;
-    if (xdgDataHome && xdgDataHome[0] == '/')
-        base = xdgDataHome;
-    else if (home && home[0] == '/')
-        base = fs::path(home) / ".local" / "share";
-    else
+    auto base = XdgPaths::resolve(xdgDataHome, home, ".local/share");
+    if (!base)
         return std::nullopt;
-    const fs::path directory = base / "ringwell";
+    const fs::path directory = *base / "ringwell";
     if (!AtomicFile::createPrivateDirectories(directory))
         return std::nullopt;
     return directory / fileName;
@@ -211,7 +233,9 @@ Result<RingwellStore::Loaded> RingwellStore::load() {
     if (!contents.value())
         return Loaded::nothing;
 
-    auto snapshot = decodeSnapshot(*contents.value(), clock_.now());
+    auto snapshot = decodeSnapshot(*contents.value(), clock_.now(), [this](const std::string& message) {
+        report("The store file " + file_->string() + ": " + message);
+    });
     if (snapshot) {
         channels_ = std::move(snapshot.value().channels);
         events_ = std::move(snapshot.value().events);
@@ -223,16 +247,7 @@ Result<RingwellStore::Loaded> RingwellStore::load() {
 
     // Moved aside, not deleted: the user (or support) may still recover it. The
     // store starts empty and, as the file was there, seeds nothing.
-    fs::path quarantine = *file_;
-    quarantine.replace_extension("corrupt.json");
-    ::unlink(quarantine.c_str());
-    if (::rename(file_->c_str(), quarantine.c_str()) == 0) {
-        report("The store file " + file_->string() + " could not be read (" +
-               snapshot.error().message + "); it was moved to " + quarantine.string());
-    } else {
-        report("The store file " + file_->string() + " could not be read (" +
-               snapshot.error().message + ") nor moved aside: " + std::strerror(errno));
-    }
+    report("The store file " + AtomicFile::quarantine(*file_, snapshot.error().message));
     return Loaded::loaded;
 }
 
@@ -335,30 +350,15 @@ void RingwellStore::report(const std::string& message) const {
 }
 
 RingwellStore::ObserverToken RingwellStore::subscribe(Observer observer) {
-    const std::uint64_t token = nextObserver_++;
-    observers_.emplace(token, std::make_shared<Observer>(std::move(observer)));
-    return ObserverToken{token};
+    return ObserverToken{observers_.subscribe(std::move(observer))};
 }
 
 void RingwellStore::unsubscribe(ObserverToken token) {
-    observers_.erase(token.value);
+    observers_.unsubscribe(token.value);
 }
 
 void RingwellStore::notify(StoreChange change) {
-    // Observers may subscribe or unsubscribe while being told: walk a copy of
-    // the tokens, skip the ones removed meanwhile, and keep each callback
-    // alive while it runs even if it unsubscribes itself.
-    std::vector<std::uint64_t> tokens;
-    tokens.reserve(observers_.size());
-    for (const auto& entry : observers_)
-        tokens.push_back(entry.first);
-    for (auto token : tokens) {
-        auto found = observers_.find(token);
-        if (found == observers_.end())
-            continue;
-        std::shared_ptr<Observer> observer = found->second;
-        (*observer)(change);
-    }
+    observers_.notify(change);
 }
 
 // MARK: Changes

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "Core/ChannelRule.h"
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
+#include "Core/ObserverList.h"
 #include "Core/Result.h"
 #include "Core/Uuid.h"
 #include "Model/Channel.h"
@@ -34,11 +35,13 @@ struct StoreSnapshot {
 
 // {"channels": [...], "events": [...]}, compact, keys in that order.
 json::Json toJson(const StoreSnapshot& snapshot);
-// Both keys are required; one channel or event that does not decode fails the
-// whole snapshot (json::DecodeError). `now` is the creation date of channels
-// that name none.
-StoreSnapshot snapshotFromJson(const json::Json& value, Date now);
-Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now);
+// Both keys are required (json::DecodeError otherwise). A channel or event
+// that does not decode is left out and told to `dropped` with its JSON text, so
+// one bad record costs that record, not the file. `now` is the creation date of
+// channels that name none.
+StoreSnapshot snapshotFromJson(const json::Json& value, Date now, const ErrorLog& dropped = {});
+Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now,
+                                     const ErrorLog& dropped = {});
 
 // Which part of the store changed; `saveError` when a save failed or the
 // first save after failures succeeded.
@@ -234,8 +237,7 @@ private:
     std::vector<std::string> encodedEvents_; // the JSON text of each event, in step with events_
     std::optional<std::string> setupWarning_;
 
-    std::map<std::uint64_t, std::shared_ptr<Observer>> observers_;
-    std::uint64_t nextObserver_ = 1;
+    ObserverList<StoreChange> observers_;
     std::uint64_t saveCount_ = 0;
     std::optional<std::string> saveError_;
 

@@ -1,4 +1,5 @@
 #include "Platform/AlarmFile.h"
+#include "Core/Json.h"
 
 #include <set>
 

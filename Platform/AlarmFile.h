@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 #include "Shared/AlarmService.h"
 
 #include <vector>

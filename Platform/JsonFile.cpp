@@ -14,27 +14,12 @@ Result<bool> createPrivateDirectories(const fs::path& directory) {
     return AtomicFile::createPrivateDirectories(directory);
 }
 
-fs::path quarantinePath(const fs::path& file) {
-    fs::path moved = file;
-    moved.replace_extension("corrupt.json");
-    return moved;
-}
-
 Result<std::optional<std::string>> readText(const fs::path& file) {
     return AtomicFile::read(file);
 }
 
 void quarantine(const fs::path& file, const std::string& reason, const ErrorLog& log) {
-    const fs::path moved = quarantinePath(file);
-    ::unlink(moved.c_str());
-    std::string message;
-    if (::rename(file.c_str(), moved.c_str()) == 0) {
-        message = file.string() + " could not be read (" + reason + "); it was moved to " +
-                  moved.string();
-    } else {
-        message = file.string() + " could not be read (" + reason +
-                  ") nor moved aside: " + std::strerror(errno);
-    }
+    const std::string message = AtomicFile::quarantine(file, reason);
     if (log)
         log(message);
 }

@@ -21,12 +21,9 @@ namespace ringwell::JsonFile {
 // directories keep their mode.
 Result<bool> createPrivateDirectories(const std::filesystem::path& directory);
 
-// "<dir>/<stem>.corrupt.json" for "<dir>/<stem>.json".
-std::filesystem::path quarantinePath(const std::filesystem::path& file);
-
 // Reads and parses `file` and hands the JSON value to `decode`, which may throw
 // json::DecodeError. A missing file gives none. A file that cannot be read,
-// parsed or decoded is moved to its quarantine path (replacing an older one),
+// parsed or decoded is moved to its quarantine path (AtomicFile::quarantine),
 // `log` is told what happened, and the result is none, so the caller starts
 // afresh without losing the bad file.
 template <typename Decoder>

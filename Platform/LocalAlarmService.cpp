@@ -1,11 +1,12 @@
 #include "Platform/LocalAlarmService.h"
 
+#include "Core/Json.h"
 #include "Platform/AlarmFile.h"
 #include "Platform/AlarmNotice.h"
 #include "Platform/AlarmSoundFile.h"
 #include "Platform/BundledSounds.h"
 #include "Platform/JsonFile.h"
-#include "Platform/XdgPaths.h"
+#include "Model/XdgPaths.h"
 
 #include <algorithm>
 #include <chrono>
@@ -90,23 +91,15 @@ void LocalAlarmService::setAuthorization(AlarmAuthorizationState state) {
         return;
     authorization_ = state;
     save();
-    // A copy, so that an observer may stop observing (itself or another one)
-    // while it is told.
-    const auto observers = observers_;
-    for (const auto& [token, observer] : observers) {
-        if (observers_.count(token))
-            observer(state);
-    }
+    observers_.notify(state);
 }
 
 std::uint64_t LocalAlarmService::observeAuthorization(AuthorizationObserver observer) {
-    const std::uint64_t token = nextObserverToken_++;
-    observers_.emplace(token, std::move(observer));
-    return token;
+    return observers_.subscribe(std::move(observer));
 }
 
 void LocalAlarmService::stopObservingAuthorization(std::uint64_t token) {
-    observers_.erase(token);
+    observers_.unsubscribe(token);
 }
 
 // MARK: Alarms

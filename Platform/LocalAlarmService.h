@@ -2,6 +2,7 @@
 
 #include "Alarms/Logger.h"
 #include "Alarms/NoticeCenter.h"
+#include "Core/ObserverList.h"
 #include "Model/Clock.h"
 #include "Platform/AlarmBook.h"
 #include "Platform/AudioSink.h"
@@ -115,8 +116,7 @@ private:
 
     AlarmBook book_;
     AlarmAuthorizationState authorization_ = AlarmAuthorizationState::notDetermined;
-    std::map<std::uint64_t, AuthorizationObserver> observers_;
-    std::uint64_t nextObserverToken_ = 1;
+    ObserverList<AlarmAuthorizationState> observers_;
 
     // The alarm whose tone the sink plays now.
     std::optional<Uuid> sounding_;

@@ -1,8 +1,9 @@
 #include "Platform/SettingsFile.h"
 
+#include "Core/Json.h"
 #include "Model/AtomicFile.h"
 #include "Platform/JsonFile.h"
-#include "Platform/XdgPaths.h"
+#include "Model/XdgPaths.h"
 
 namespace ringwell {
 namespace {

@@ -1,5 +1,6 @@
 #include "Shared/AlarmIntents.h"
 
+#include "Core/Json.h"
 #include "Shared/AlarmService.h"
 
 namespace ringwell {

@@ -1,4 +1,5 @@
 #include "Shared/AlarmService.h"
+#include "Core/Json.h"
 
 namespace ringwell {
 namespace {

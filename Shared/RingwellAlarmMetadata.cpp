@@ -1,4 +1,5 @@
 #include "Shared/RingwellAlarmMetadata.h"
+#include "Core/Json.h"
 
 namespace ringwell {
 

@@ -1,5 +1,6 @@
 #include "Support/Diagnostics.h"
 
+#include "Core/Json.h"
 #include "Core/PercentEncoding.h"
 #include "Version.h"
 

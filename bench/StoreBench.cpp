@@ -4,6 +4,7 @@
 // write; both are dominated by fsync, so run them on the same file system.
 
 #include "Model/Clock.h"
+#include "Core/Json.h"
 #include "Model/RingwellStore.h"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,5 @@
 #include "Intents/ChannelEntity.h"
+#include "Core/Json.h"
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
 #include "Intents/StopAllAlarmsIntent.h"
@@ -54,7 +55,7 @@ TEST_F(SendToRingwellIntentTest, ItsJsonFormUsesThePropertyNames) {
 }
 
 TEST_F(SendToRingwellIntentTest, ANonTextParameterIsADecodeError) {
-    EXPECT_THROW(sendIntentFromJson(json::Json{{"sender", nullptr}}), json::DecodeError);
+    EXPECT_EQ(sendIntentFromJson(json::Json{{"sender", nullptr}}), SendToRingwellIntent{});
     EXPECT_THROW(sendIntentFromJson(json::Json{{"app", 3}}), json::DecodeError);
     EXPECT_THROW(sendIntentFromJson(json::Json::array()), json::DecodeError);
 }

@@ -1,6 +1,7 @@
 #include "Alarms/NotificationDispatcher.h"
 
 #include "AppTestSupport.h"
+#include "Core/Json.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 #include "Alarms/SetupTestController.h"
 
+#include "Core/Json.h"
 #include "TestSupport/Fakes/FakeClock.h"
 #include "TestSupport/Fakes/MemoryUserDefaults.h"
 #include "TestSupport/Helpers.h"

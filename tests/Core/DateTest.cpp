@@ -32,6 +32,23 @@ TEST(DateTest, RejectsIncompleteOrDecoratedDates) {
     }
 }
 
+TEST(DateTest, OverlongOrOutOfRangeFieldsAreRejectedBeforeIcuReadsThem) {
+    const std::string longFraction = "2025-12-31T23:59:59.1" + std::string(40, '0') + "Z";
+    EXPECT_FALSE(parseIso8601(longFraction));
+    EXPECT_FALSE(parseIso8601("2025-12-31T23:59:59.1234567890Z"));
+    for (const char* text : {"2025-12-31T24:00:00Z", "2025-12-31T23:60:00Z", "2025-00-10T00:00:00Z",
+                             "2025-12-32T00:00:00Z", "2025-12-31T23:59:59.Z", "20251-12-31T23:59:59Z",
+                             "2025-12-31T23:59:59+24:00", "2025-02-30T00:00:00Z"}) {
+        EXPECT_FALSE(parseIso8601(text)) << text;
+    }
+    auto nanoseconds = parseIso8601("2025-01-02T03:04:05.123456789Z");
+    ASSERT_TRUE(nanoseconds);
+    EXPECT_NEAR(nanoseconds->secondsSince(at("2025-01-02T03:04:05Z")), 0.123, 1e-6);
+    auto tenths = parseIso8601("2025-01-02T03:04:05.5-02:30");
+    ASSERT_TRUE(tenths);
+    EXPECT_NEAR(tenths->secondsSince(at("2025-01-02T05:34:05Z")), 0.5, 1e-6);
+}
+
 TEST(DateTest, FormatsUtcWholeSeconds) {
     EXPECT_EQ(formatIso8601(at("2025-01-02T03:04:05+02:00")), "2025-01-02T01:04:05Z");
     EXPECT_EQ(formatIso8601(Date{0.999}), "2001-01-01T00:00:00Z");

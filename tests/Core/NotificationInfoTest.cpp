@@ -1,5 +1,6 @@
 #include "Core/NotificationInfo.h"
 
+#include "Core/Json.h"
 #include "TestSupport/Helpers.h"
 
 #include <gtest/gtest.h>

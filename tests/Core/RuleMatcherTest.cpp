@@ -1,5 +1,6 @@
 #include "Core/RuleMatcher.h"
 
+#include "Core/Json.h"
 #include "TestSupport/Helpers.h"
 
 #include <gtest/gtest.h>

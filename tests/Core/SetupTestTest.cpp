@@ -1,4 +1,5 @@
 #include "Core/SetupTest.h"
+#include "Core/Json.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #include "DaemonFixture.h"
+#include "Core/Json.h"
 
 #include <sys/stat.h>
 

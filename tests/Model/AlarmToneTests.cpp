@@ -1,4 +1,5 @@
 #include "Model/AlarmTone.h"
+#include "Core/Json.h"
 #include "ModelTestSupport.h"
 
 #include <gtest/gtest.h>

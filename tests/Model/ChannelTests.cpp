@@ -1,4 +1,5 @@
 #include "Model/Channel.h"
+#include "Core/Json.h"
 #include "Model/ChannelPalette.h"
 #include "Model/FiringMode.h"
 #include "ModelTestSupport.h"
@@ -102,7 +103,6 @@ TEST(ChannelJsonTest, PresentKeyOfTheWrongTypeFails) {
     EXPECT_TRUE(decodeFails(withKey("countdownSeconds", R"("30")")));
     EXPECT_TRUE(decodeFails(withKey("repeatCount", "18446744073709551615")));
     EXPECT_TRUE(decodeFails(withKey("sound", "3")));
-    EXPECT_TRUE(decodeFails(withKey("reminderSound", "null")));
     EXPECT_TRUE(decodeFails(withKey("mode", "0")));
     EXPECT_TRUE(decodeFails(withKey("rule", "[]")));
     EXPECT_TRUE(decodeFails(withKey("rule", R"({"calls":"sometimes"})")));

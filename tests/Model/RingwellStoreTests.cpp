@@ -1,4 +1,5 @@
 #include "Core/Text.h"
+#include "Core/Json.h"
 #include "Model/AtomicFile.h"
 #include "Model/RingwellStore.h"
 #include "ModelTestSupport.h"
@@ -150,13 +151,7 @@ TEST_F(StoreTest, EveryKindOfUndecodableFileIsQuarantined) {
         R"({"channels":[]})",
         R"({"events":[]})",
         R"({"channels":{},"events":[]})",
-        "{\"channels\":[{" + id + R"(,"name":"A","mode":"delayed"}],"events":[]})",
-        "{\"channels\":[{" + id + R"(,"name":"A","isEnabled":"yes"}],"events":[]})",
-        "{\"channels\":[{" + id + R"(}],"events":[]})",
-        "{\"channels\":[],\"events\":[{" + id +
-            R"(,"receivedAt":1,"firedAt":1,"outcome":"rang","isTest":false}]})",
-        "{\"channels\":[],\"events\":[{" + id +
-            R"(,"receivedAt":1,"outcome":"fired","isTest":false}]})",
+        R"({"channels":[],"events":[],"limit":1e999})",
         "{\"channels\":[{" + id + ",\"name\":\"\xFF\"}],\"events\":[]}",
     };
     for (const auto& contents : bad) {
@@ -172,6 +167,48 @@ TEST_F(StoreTest, EveryKindOfUndecodableFileIsQuarantined) {
         }
         fs::remove(file());
     }
+}
+
+TEST_F(StoreTest, NullOptionalsReadAsAbsentAndABadRecordIsDroppedAlone) {
+    const std::string channel = R"({"id":"0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B","name":"Kept",
+        "usesAutomaticName":null,"tintHex":null,"isEnabled":null,"mode":null,"countdownSeconds":null,
+        "sound":null,"reminderSound":null,"createdAt":null,
+        "rule":{"apps":null,"senders":null,"keywords":null,"usesRegex":null,"calls":null,
+                "cooldownSeconds":null,"activeHours":null,"frequency":null}})";
+    const std::string event = R"({"id":"1B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B","channelID":null,
+        "channelName":null,"alarmID":null,"followUpAlarmIDs":null,"app":null,"received":null,
+        "receivedAt":1,"firedAt":2,"outcome":"fired","errorMessage":null,"isTest":false})";
+    const std::string id = R"("id":"2B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B")";
+    const std::string badChannels[] = {
+        "{" + id + R"(,"name":"A","mode":"delayed"})",
+        "{" + id + R"(,"name":"A","isEnabled":"yes"})",
+        "{" + id + R"(,"name":null})",
+    };
+    const std::string badEvents[] = {
+        "{" + id + R"(,"receivedAt":1,"firedAt":1,"outcome":"rang","isTest":false})",
+        "{" + id + R"(,"receivedAt":1,"outcome":"fired","isTest":false})",
+        "{" + id + R"(,"receivedAt":1,"firedAt":null,"outcome":"fired","isTest":false})",
+    };
+    std::string contents = "{\"channels\":[" + channel;
+    for (const auto& bad : badChannels)
+        contents += "," + bad;
+    contents += "],\"events\":[" + event;
+    for (const auto& bad : badEvents)
+        contents += "," + bad;
+    contents += "]}";
+    writeStoreFile(contents);
+
+    auto store = open();
+    ASSERT_TRUE(store);
+    EXPECT_FALSE(fs::exists(quarantine()));
+    EXPECT_EQ(names(*store), std::vector<std::string>{"Kept"});
+    EXPECT_TRUE(store->channels()[0].rule.apps.empty());
+    ASSERT_EQ(store->events().size(), 1u);
+    EXPECT_FALSE(store->events()[0].channelID);
+    // One line per dropped record, naming it so that it can be recovered.
+    ASSERT_EQ(messages.size(), 6u);
+    EXPECT_NE(messages[0].find("delayed"), std::string::npos) << messages[0];
+    EXPECT_NE(messages[3].find("rang"), std::string::npos) << messages[3];
 }
 
 TEST_F(StoreTest, EarlierQuarantineIsReplaced) {

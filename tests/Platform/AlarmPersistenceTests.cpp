@@ -1,4 +1,5 @@
 #include "Platform/AlarmFile.h"
+#include "Core/Json.h"
 #include "Platform/LocalAlarmService.h"
 #include "PlatformTestSupport.h"
 #include "TestSupport/Fakes/SilentAudioSink.h"
@@ -165,17 +166,22 @@ TEST_F(AlarmPersistenceTest, TheFileIsPrivate) {
 }
 
 TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
-    fs::create_directories(file().parent_path());
-    writeFile(file(), "{\"authorization\": \"authorized\", \"alarms\": [");
-    auto service = run();
-
-    EXPECT_TRUE(service->alarms().empty());
-    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
     const fs::path quarantined = file().parent_path() / "alarms.corrupt.json";
-    EXPECT_EQ(readFile(quarantined), "{\"authorization\": \"authorized\", \"alarms\": [");
-    EXPECT_FALSE(fs::exists(file()));
-    EXPECT_EQ(logger.count(quarantined.string()), 1);
+    for (const std::string contents : {"{\"authorization\": \"authorized\", \"alarms\": [",
+                                       "{\"authorization\": \"authorized\", \"alarms\": [], \"x\": 1e999}"}) {
+        SCOPED_TRACE(contents);
+        fs::create_directories(file().parent_path());
+        writeFile(file(), contents);
+        auto service = run();
 
+        EXPECT_TRUE(service->alarms().empty());
+        EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
+        EXPECT_EQ(readFile(quarantined), contents);
+        EXPECT_FALSE(fs::exists(file()));
+    }
+    EXPECT_EQ(logger.count(quarantined.string()), 2);
+
+    auto service = run();
     service->setAuthorization(AlarmAuthorizationState::authorized);
     EXPECT_TRUE(fs::exists(file()));
     EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::authorized);

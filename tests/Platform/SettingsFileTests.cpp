@@ -1,5 +1,6 @@
 #include "Platform/SettingsFile.h"
 
+#include "Core/Json.h"
 #include "PlatformTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -59,7 +60,8 @@ TEST_F(SettingsFileTest, SettingTheValueAKeyHasWritesNothing) {
 }
 
 TEST_F(SettingsFileTest, AnUnreadableFileIsMovedAsideAndTheSettingsStartEmpty) {
-    for (const std::string contents : {"{\"hasCompletedOnboarding\": tr", "[true]"}) {
+    for (const std::string contents :
+         {"{\"hasCompletedOnboarding\": tr", "[true]", "{\"hasCompletedOnboarding\": 1e999}"}) {
         SCOPED_TRACE(contents);
         fs::create_directories(file().parent_path());
         writeFile(file(), contents);
@@ -69,7 +71,7 @@ TEST_F(SettingsFileTest, AnUnreadableFileIsMovedAsideAndTheSettingsStartEmpty) {
         EXPECT_EQ(readFile(file().parent_path() / "settings.corrupt.json"), contents);
         EXPECT_FALSE(fs::exists(file()));
     }
-    EXPECT_EQ(logger.count("settings.corrupt.json"), 2);
+    EXPECT_EQ(logger.count("settings.corrupt.json"), 3);
 }
 
 TEST_F(SettingsFileTest, AFailedWriteIsLoggedAndTheValueKept) {

@@ -1,5 +1,4 @@
 #include "Platform/SystemInfo.h"
-#include "Platform/XdgPaths.h"
 
 #include <gtest/gtest.h>
 
@@ -51,15 +50,6 @@ TEST(SystemInfoTest, DeviceModelIgnoresFirmwarePlaceholders) {
     EXPECT_EQ(deviceModelFrom("LENOVO", "System Product Name"), "LENOVO");
     EXPECT_EQ(deviceModelFrom("System manufacturer", "  \n"), "Unknown");
     EXPECT_EQ(deviceModelFrom(std::nullopt, std::nullopt), "Unknown");
-}
-
-TEST(XdgPathsTest, OnlyAbsoluteDirectoriesCount) {
-    EXPECT_EQ(XdgPaths::resolve("/data", "/home/ada", ".local/share"), "/data");
-    EXPECT_EQ(XdgPaths::resolve("relative/data", "/home/ada", ".local/share"),
-              "/home/ada/.local/share");
-    EXPECT_EQ(XdgPaths::resolve(nullptr, "/home/ada", ".config"), "/home/ada/.config");
-    EXPECT_EQ(XdgPaths::resolve("", "home", ".config"), std::nullopt);
-    EXPECT_EQ(XdgPaths::resolve(nullptr, nullptr, ".config"), std::nullopt);
 }
 
 } // namespace

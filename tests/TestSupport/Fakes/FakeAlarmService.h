@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Core/ObserverList.h"
 #include "Shared/AlarmService.h"
 #include "Shared/Asio.h"
 
@@ -84,16 +85,13 @@ public:
 
     void setAuthorization(AlarmAuthorizationState newState) override {
         state = newState;
-        auto round = observers_;
-        for (const auto& [token, observer] : round)
-            observer(newState);
+        observers_.notify(newState);
     }
 
     std::uint64_t observeAuthorization(AuthorizationObserver observer) override {
-        observers_[nextToken_] = std::move(observer);
-        return nextToken_++;
+        return observers_.subscribe(std::move(observer));
     }
-    void stopObservingAuthorization(std::uint64_t token) override { observers_.erase(token); }
+    void stopObservingAuthorization(std::uint64_t token) override { observers_.unsubscribe(token); }
     std::size_t authorizationObserverCount() const { return observers_.size(); }
 
     std::vector<Alarm> alarms() const override {
@@ -162,8 +160,7 @@ private:
 
     std::map<std::size_t, std::exception_ptr> scheduleFailures_;
     std::size_t scheduleCalls_ = 0;
-    std::map<std::uint64_t, AuthorizationObserver> observers_;
-    std::uint64_t nextToken_ = 1;
+    ObserverList<AlarmAuthorizationState> observers_;
 };
 
 } // namespace ringwell::testing

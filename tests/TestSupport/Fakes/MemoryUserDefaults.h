@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Alarms/UserDefaults.h"
+#include "Core/Json.h"
 
 #include <map>
 #include <string>

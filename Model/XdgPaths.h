@@ -5,7 +5,7 @@
 #include <string_view>
 
 // The per-user base directories of the XDG base directory rules, which every
-// path of the daemon honours.
+// path of the daemon honours (the store, the alarm file, the settings file).
 namespace ringwell::XdgPaths {
 
 // The directory an XDG variable names: its value when that is an absolute

@@ -1,4 +1,4 @@
-#include "Platform/XdgPaths.h"
+#include "Model/XdgPaths.h"
 
 #include <cstdlib>
 

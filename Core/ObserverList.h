@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -8,7 +9,8 @@
 
 namespace ringwell {
 
-// The observers of one main-thread object. Observers are called synchronously,
+// The observers of one main-thread object (the store, the alarm service, the
+// authorisation and setup-test controllers, their fakes). Observers are called synchronously,
 // in the order they subscribed; an observer may subscribe or unsubscribe
 // (itself or another) while being called: one unsubscribed during a round is
 // not called later in that round, one subscribed during it waits for the next.
@@ -24,6 +26,8 @@ public:
     }
 
     void unsubscribe(Token token) { observers_.erase(token); }
+
+    std::size_t size() const { return observers_.size(); }
 
     void notify(const Args&... args) {
         std::vector<std::pair<Token, std::weak_ptr<Observer>>> round;
