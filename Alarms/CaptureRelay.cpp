@@ -1,3 +1,4 @@
+#include "Core/Json.h"
 #include "Alarms/CaptureRelay.h"
 
 #include "Alarms/NotificationDispatcher.h"

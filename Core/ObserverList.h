@@ -29,6 +29,9 @@ public:
 
     std::size_t size() const { return observers_.size(); }
 
+    // Forgets every observer, e.g. while the observed object is torn down.
+    void clear() { observers_.clear(); }
+
     void notify(const Args&... args) {
         std::vector<std::pair<Token, std::weak_ptr<Observer>>> round;
         for (const auto& [token, observer] : observers_)

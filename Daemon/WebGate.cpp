@@ -58,7 +58,7 @@ std::string safePath(const std::string& decoded) {
     while (start <= decoded.size()) {
         size_t slash = std::min(decoded.find('/', start), decoded.size());
         if (slash > start)
-            out += "/" + percentEncode(decoded.substr(start, slash - start));
+            out += "/" + PercentEncoding::encode(decoded.substr(start, slash - start));
         start = slash + 1;
     }
     if (out.empty())
