@@ -23,6 +23,7 @@
 #include "Platform/NotifierDBus.h"
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
+#include "Platform/SystemTimeZone.h"
 #include "Platform/XdgPaths.h"
 #include "Shared/Asio.h"
 
@@ -121,6 +122,7 @@ int run(const Options& options) {
     SetupTestController setupTest(defaults, clock);
     AppContext ctx{*store.value(), alarmService, scheduler, authorization, setupTest,
                    notices,        defaults,     logger,    clock};
+    ctx.calendar = SystemTimeZone::currentCalendar;
 
     // The tone picker's preview plays a few seconds of the real tone.
     AudioPulse previewAudio(io);
