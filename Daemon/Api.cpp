@@ -380,8 +380,11 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
             json::Json body = bodyObject(request);
             RingChannelIntent intent;
             try {
-                intent.channel =
-                    resolveChannel(ctx_.store, json::requireString(body, "channel")).id;
+                // An ID goes to the intent as it is: the intent looks it up and
+                // answers for a deleted channel with its own message.
+                const std::string named = json::requireString(body, "channel");
+                const auto id = Uuid::parse(named);
+                intent.channel = id ? *id : resolveChannel(ctx_.store, named).id;
                 intent.notificationTitle = json::optionalString(body, "title");
                 intent.notificationSubtitle = json::optionalString(body, "subtitle");
                 intent.notificationBody = json::optionalString(body, "body");

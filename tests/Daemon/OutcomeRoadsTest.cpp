@@ -140,6 +140,19 @@ TEST_F(OutcomeRoadsTest, EverySendRecordsItsDate) {
     EXPECT_TRUE(parsed.value()["lastSendToRingwell"].is_number());
 }
 
+TEST_F(OutcomeRoadsTest, RingingADeletedChannelSaysItNoLongerExists) {
+    allowAlarms();
+    std::string id = onlyChannel()["id"];
+    ASSERT_EQ(ringwell({"channel", "delete", id}).exitCode, 0);
+    auto refused = ringwell({"ring", id});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(
+        refused.err.find("Channel no longer exists. Pick a different channel in this automation."),
+        std::string::npos)
+        << refused.err;
+    EXPECT_TRUE(ringwellJson({"events", "--json"}).empty());
+}
+
 TEST_F(OutcomeRoadsTest, TheAlarmLimitFailsWithItsMessage) {
     allowAlarms();
     ASSERT_EQ(ringwell({"channel", "delete", onlyChannel()["id"]}).exitCode, 0);
