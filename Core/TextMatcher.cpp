@@ -62,10 +62,24 @@ std::shared_ptr<const icu::RegexPattern> regex(std::string_view pattern) {
     return compiled(std::string(pattern)).pattern;
 }
 
-bool matches(std::string_view pattern, std::string_view text, PatternKind kind) {
+namespace {
+
+// Called by ICU every few thousand steps of a search: a false answer stops it.
+UBool keepSearching(const void* context, int32_t) {
+    return static_cast<MatchBudget*>(const_cast<void*>(context))->hasTimeLeft();
+}
+
+} // namespace
+
+bool matches(std::string_view pattern, std::string_view text, PatternKind kind,
+             MatchBudget& budget) {
     std::string trimmedPattern = text::trimmedHorizontal(pattern);
     if (trimmedPattern.empty())
         return false;
+    if (!budget.hasTimeLeft()) {
+        budget.noteCutShort();
+        return false;
+    }
     if (kind == PatternKind::plain)
         return text::containsIgnoringCaseAndDiacritics(text, trimmedPattern);
 
@@ -75,12 +89,23 @@ bool matches(std::string_view pattern, std::string_view text, PatternKind kind) 
     icu::UnicodeString input = unicode(text);
     matcher->reset(input);
     UErrorCode status = U_ZERO_ERROR;
-    bool found = matcher->find(0, status);
-    // Detach the matcher from the local text before that goes away.
+    matcher->setMatchCallback(keepSearching, &budget, status);
+    bool found = U_SUCCESS(status) && matcher->find(0, status);
+    if (status == U_REGEX_STOPPED_BY_CALLER)
+        budget.noteCutShort();
+    // Detach the matcher from the local text and budget before they go away.
     static const icu::UnicodeString nothing;
     matcher->reset(nothing);
-    // A search that timed out or overflowed its stack counts as no match.
+    UErrorCode detached = U_ZERO_ERROR;
+    matcher->setMatchCallback(nullptr, nullptr, detached);
+    // A search that timed out, overflowed its stack or ran out of budget
+    // counts as no match.
     return U_SUCCESS(status) && found;
+}
+
+bool matches(std::string_view pattern, std::string_view text, PatternKind kind) {
+    MatchBudget unlimited = MatchBudget::unlimited();
+    return matches(pattern, text, kind, unlimited);
 }
 
 } // namespace ringwell::TextMatcher
