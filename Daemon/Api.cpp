@@ -2,6 +2,7 @@
 
 #include "Alarms/RingwellAlarmError.h"
 #include "Core/ChannelLimits.h"
+#include "Core/RuleLimits.h"
 #include "Core/RulePreview.h"
 #include "Core/RuleTemplate.h"
 #include "Core/Text.h"
@@ -134,6 +135,15 @@ std::optional<std::string> givenName(const json::Json& body) {
     return ChannelLimits::finalizedName(*name);
 }
 
+// A rule past RuleLimits is refused with every reason, before anything is saved.
+void rejectOverLimits(const ChannelRule& rule) {
+    std::string message;
+    for (const auto& problem : RuleLimits::problems(rule))
+        message += (message.empty() ? "" : " ") + problem;
+    if (!message.empty())
+        throw ApiFailure{400, "\"rule\": " + message};
+}
+
 ApiResponse addChannel(AppContext& ctx, const json::Json& body) {
     auto name = givenName(body);
     const json::Json* templateId = json::member(body, "template");
@@ -172,6 +182,7 @@ ApiResponse addChannel(AppContext& ctx, const json::Json& body) {
             throw ApiFailure{400, std::string("\"rule\": ") + error.what()};
         }
     }
+    rejectOverLimits(channelRule); // rule limits, checked on every channel add and update
     return ApiResponse::json(toJson(ctx.store.addChannel(name, channelRule)), 201);
 }
 
@@ -193,6 +204,7 @@ ApiResponse updateChannel(AppContext& ctx, const Uuid& id, const json::Json& bod
     channel.name = ChannelLimits::finalizedName(channel.name);
     channel.countdownSeconds = ChannelLimits::clampCountdown(channel.countdownSeconds);
     channel.snoozeSeconds = ChannelLimits::clampSnooze(channel.snoozeSeconds);
+    rejectOverLimits(channel.rule); // rule limits, checked on every channel add and update
     ctx.store.update(channel);
     return ApiResponse::json(toJson(*ctx.store.channel(id)));
 }
