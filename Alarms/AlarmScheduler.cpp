@@ -126,25 +126,16 @@ void AlarmScheduler::stopAll() {
 }
 
 bool AlarmScheduler::isActive(const Uuid& channelID) const {
-    std::set<Uuid> current;
+    // Every alarm carries the channel it rang for, so the service alone knows;
+    // the capped, clearable event log would forget a channel still ringing.
     try {
-        for (const Alarm& alarm : service_.alarms())
-            current.insert(alarm.id);
+        const std::vector<Alarm> alarms = service_.alarms();
+        return std::any_of(alarms.begin(), alarms.end(), [&](const Alarm& alarm) {
+            return alarm.configuration.attributes.metadata.channelID == channelID;
+        });
     } catch (const std::exception&) {
         return false;
     }
-    if (current.empty())
-        return false;
-    const auto& events = store_.events();
-    return std::any_of(events.begin(), events.end(), [&](const FireEvent& event) {
-        if (event.channelID != channelID || event.outcome != FireOutcome::fired)
-            return false;
-        if (event.alarmID && current.count(*event.alarmID))
-            return true;
-        const auto& followUps = event.followUpAlarmIDs;
-        return followUps && std::any_of(followUps->begin(), followUps->end(),
-                                        [&](const Uuid& id) { return current.count(id) > 0; });
-    });
 }
 
 FireEvent AlarmScheduler::record(const Channel& channel, const NotificationInfo& payload,

@@ -8,6 +8,7 @@
 #include "Core/SetupTest.h"
 #include "Core/Text.h"
 
+#include <chrono>
 #include <exception>
 
 namespace ringwell::NotificationDispatcher {
@@ -32,6 +33,13 @@ FireEvent record(AppContext& ctx, const NotificationInfo& notification, FireOutc
 bool isOwnFailureNotice(const NotificationInfo& notification) {
     return text::equalsIgnoringCase(notification.app, ownAppName) &&
            notification.title.starts_with(RingwellNotifications::failureTitle);
+}
+
+// The time source of a routing's matching budget: the steady clock, which a
+// change of the wall clock cannot stretch or shrink.
+MatchBudget::Duration steadyTime() {
+    return std::chrono::duration_cast<MatchBudget::Duration>(
+        std::chrono::steady_clock::now().time_since_epoch());
 }
 
 } // namespace
@@ -89,8 +97,9 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
     std::vector<RoutableChannel> channels;
     for (const Channel& channel : ctx.store.channels())
         channels.push_back({channel.id, channel.isEnabled, channel.rule});
-    const RouteResult verdict =
-        Router::route(notification, channels, ctx.store.notificationHistory(), ctx.calendar());
+    MatchBudget budget(MatchBudget::routingLimit, steadyTime);
+    const RouteResult verdict = Router::route(notification, channels,
+                                              ctx.store.notificationHistory(), ctx.calendar(), budget);
 
     switch (verdict.kind()) {
     case RouteResult::Kind::channel: {

@@ -2,6 +2,7 @@
 
 #include "Core/Calendar.h"
 #include "Core/ChannelRule.h"
+#include "Core/MatchBudget.h"
 #include "Core/NotificationInfo.h"
 #include "Core/Uuid.h"
 
@@ -55,13 +56,24 @@ namespace Router {
 // channel never hides a later enabled match; when nothing enabled matches, the
 // earliest matching disabled channel is reported. `history` holds the earlier
 // notifications for frequency conditions; `calendar` judges active hours.
+// `budget` bounds the pattern matching of the whole routing: once it is spent,
+// the remaining patterns count as not matching, so a rule that needs one of
+// them does not match.
+RouteResult route(const NotificationInfo& notification,
+                  const std::vector<RoutableChannel>& channels,
+                  const std::vector<NotificationInfo>& history, const Calendar& calendar,
+                  MatchBudget& budget);
+// The same without a deadline.
 RouteResult route(const NotificationInfo& notification,
                   const std::vector<RoutableChannel>& channels,
                   const std::vector<NotificationInfo>& history, const Calendar& calendar);
 
 // Whether one rule matches the notification, with the same verdict as
 // RuleMatcher::matches. The preview shares it so that both walk the channels
-// the same way.
+// the same way; without a budget there is no deadline.
+bool ruleMatches(const ChannelRule& rule, const NotificationInfo& notification,
+                 const std::vector<NotificationInfo>& history, const Calendar& calendar,
+                 MatchBudget& budget);
 bool ruleMatches(const ChannelRule& rule, const NotificationInfo& notification,
                  const std::vector<NotificationInfo>& history, const Calendar& calendar);
 

@@ -37,19 +37,21 @@ bool appMatches(const ChannelRule& rule, const NotificationInfo& notification) {
     });
 }
 
-const std::string* matchingSender(const ChannelRule& rule, const NotificationInfo& notification) {
+const std::string* matchingSender(const ChannelRule& rule, const NotificationInfo& notification,
+                                  MatchBudget& budget) {
     for (const auto& pattern : rule.senders) {
-        if (TextMatcher::matches(pattern, notification.from(), patternKind(rule)))
+        if (TextMatcher::matches(pattern, notification.from(), patternKind(rule), budget))
             return &pattern;
     }
     return nullptr;
 }
 
-const std::string* matchingKeyword(const ChannelRule& rule, const NotificationInfo& notification) {
+const std::string* matchingKeyword(const ChannelRule& rule, const NotificationInfo& notification,
+                                   MatchBudget& budget) {
     for (const auto& keyword : rule.keywords) {
         for (const std::string* text :
              {&notification.title, &notification.subtitle, &notification.body}) {
-            if (TextMatcher::matches(keyword, *text, patternKind(rule)))
+            if (TextMatcher::matches(keyword, *text, patternKind(rule), budget))
                 return &keyword;
         }
     }
@@ -64,12 +66,12 @@ bool callMatches(ChannelRule::CallFilter wanted, CallKind kind) {
 // The same verdict as "every content check passes", without building the
 // explanations: the frequency condition asks it of every history entry.
 bool contentPasses(const ChannelRule& rule, const NotificationInfo& notification,
-                   const Calendar& calendar) {
+                   const Calendar& calendar, MatchBudget& budget) {
     if (!rule.apps.empty() && !appMatches(rule, notification))
         return false;
-    if (!rule.senders.empty() && !matchingSender(rule, notification))
+    if (!rule.senders.empty() && !matchingSender(rule, notification, budget))
         return false;
-    if (!rule.keywords.empty() && !matchingKeyword(rule, notification))
+    if (!rule.keywords.empty() && !matchingKeyword(rule, notification, budget))
         return false;
     auto kind = notification.callKind();
     if (rule.calls != ChannelRule::CallFilter::any && kind && !callMatches(rule.calls, *kind))
@@ -77,6 +79,13 @@ bool contentPasses(const ChannelRule& rule, const NotificationInfo& notification
     if (rule.activeHours && !rule.activeHours->contains(notification.date, calendar))
         return false;
     return true;
+}
+
+// Added to the detail of a check whose patterns were not all tried.
+std::string cutShortNote(const MatchBudget& budget, std::size_t cutShortBefore) {
+    return budget.cutShortCount() > cutShortBefore
+               ? " (cut short: the rules' patterns took too long to check)"
+               : "";
 }
 
 } // namespace
@@ -116,7 +125,7 @@ json::Json toJson(const RuleEvaluation& evaluation) {
 namespace RuleMatcher {
 
 std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const NotificationInfo& notification,
-                                     const Calendar& calendar) {
+                                     const Calendar& calendar, MatchBudget& budget) {
     using Condition = RuleCheck::Condition;
     std::vector<RuleCheck> checks;
 
@@ -129,19 +138,24 @@ std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const Notification
 
     if (!rule.senders.empty()) {
         const std::string& from = notification.from();
-        if (const std::string* pattern = matchingSender(rule, notification))
+        const std::size_t cutShortBefore = budget.cutShortCount();
+        if (const std::string* pattern = matchingSender(rule, notification, budget))
             checks.push_back(
                 {Condition::sender, true, shown(from) + " matches \"" + *pattern + "\""});
         else
-            checks.push_back(
-                {Condition::sender, false, shown(from) + " matches none of the senders"});
+            checks.push_back({Condition::sender, false,
+                              shown(from) + " matches none of the senders" +
+                                  cutShortNote(budget, cutShortBefore)});
     }
 
     if (!rule.keywords.empty()) {
-        if (const std::string* keyword = matchingKeyword(rule, notification))
+        const std::size_t cutShortBefore = budget.cutShortCount();
+        if (const std::string* keyword = matchingKeyword(rule, notification, budget))
             checks.push_back({Condition::keywords, true, "Text contains \"" + *keyword + "\""});
         else
-            checks.push_back({Condition::keywords, false, "Text contains none of the keywords"});
+            checks.push_back({Condition::keywords, false,
+                              "Text contains none of the keywords" +
+                                  cutShortNote(budget, cutShortBefore)});
     }
 
     // A notification that is not a call is not held back by the calls
@@ -165,28 +179,43 @@ std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const Notification
 }
 
 RuleEvaluation evaluate(const ChannelRule& rule, const NotificationInfo& notification,
-                        const std::vector<NotificationInfo>& history, const Calendar& calendar) {
-    RuleEvaluation evaluation{contentChecks(rule, notification, calendar)};
+                        const std::vector<NotificationInfo>& history, const Calendar& calendar,
+                        MatchBudget& budget) {
+    RuleEvaluation evaluation{contentChecks(rule, notification, calendar, budget)};
     if (!rule.frequency)
         return evaluation;
 
     const auto& frequency = *rule.frequency;
     const Date windowStart =
         notification.date.addingSeconds(-static_cast<double>(frequency.windowSeconds));
+    const std::size_t cutShortBefore = budget.cutShortCount();
     std::int64_t total = 1; // the notification always counts itself
     for (const auto& earlier : history) {
         if (earlier.date < windowStart || earlier.date > notification.date)
             continue;
         if (earlier == notification)
             continue;
-        if (contentPasses(rule, earlier, calendar))
+        if (contentPasses(rule, earlier, calendar, budget))
             ++total;
     }
     evaluation.checks.push_back({RuleCheck::Condition::frequency, total >= frequency.count,
                                  std::to_string(total) + " matching in the last " +
                                      std::to_string(frequency.windowSeconds / 60) +
-                                     " min, rule wants " + std::to_string(frequency.count)});
+                                     " min, rule wants " + std::to_string(frequency.count) +
+                                     cutShortNote(budget, cutShortBefore)});
     return evaluation;
+}
+
+RuleEvaluation evaluate(const ChannelRule& rule, const NotificationInfo& notification,
+                        const std::vector<NotificationInfo>& history, const Calendar& calendar) {
+    MatchBudget unlimited = MatchBudget::unlimited();
+    return evaluate(rule, notification, history, calendar, unlimited);
+}
+
+bool matches(const ChannelRule& rule, const NotificationInfo& notification,
+             const std::vector<NotificationInfo>& history, const Calendar& calendar,
+             MatchBudget& budget) {
+    return evaluate(rule, notification, history, calendar, budget).matches();
 }
 
 bool matches(const ChannelRule& rule, const NotificationInfo& notification,

@@ -3,6 +3,7 @@
 #include "Core/Calendar.h"
 #include "Core/ChannelRule.h"
 #include "Core/JsonFwd.h"
+#include "Core/MatchBudget.h"
 #include "Core/NotificationInfo.h"
 
 #include <optional>
@@ -40,19 +41,28 @@ struct RuleEvaluation {
 json::Json toJson(const RuleEvaluation& evaluation);
 
 // Decides whether a notification satisfies a rule, and explains why. Pure: the
-// caller passes the history of earlier notifications and the calendar. The
-// cooldown is not judged here; it depends on when the channel last rang.
+// caller passes the history of earlier notifications, the calendar and the
+// budget for pattern matching; a sender, keyword or frequency check whose
+// patterns were cut short by the budget says so in its detail. The cooldown is
+// not judged here; it depends on when the channel last rang.
 namespace RuleMatcher {
 
 RuleEvaluation evaluate(const ChannelRule& rule, const NotificationInfo& notification,
-                        const std::vector<NotificationInfo>& history, const Calendar& calendar);
+                        const std::vector<NotificationInfo>& history, const Calendar& calendar,
+                        MatchBudget& budget);
+bool matches(const ChannelRule& rule, const NotificationInfo& notification,
+             const std::vector<NotificationInfo>& history, const Calendar& calendar,
+             MatchBudget& budget);
 
+// The same without a deadline, for explaining one rule.
+RuleEvaluation evaluate(const ChannelRule& rule, const NotificationInfo& notification,
+                        const std::vector<NotificationInfo>& history, const Calendar& calendar);
 bool matches(const ChannelRule& rule, const NotificationInfo& notification,
              const std::vector<NotificationInfo>& history, const Calendar& calendar);
 
 // The checks of every condition but frequency.
 std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const NotificationInfo& notification,
-                                     const Calendar& calendar);
+                                     const Calendar& calendar, MatchBudget& budget);
 
 } // namespace RuleMatcher
 } // namespace ringwell

@@ -26,13 +26,19 @@ Result<RingChannelIntent> ringIntent(const json::Json& body, const RingwellStore
     auto channelText = decoded([&] { return json::requireString(body, "channel"); });
     if (!channelText)
         return channelText.error();
-    auto channel = resolveChannel(store, channelText.value());
-    if (!channel)
-        return channel.error();
+    // An ID goes to the intent as it is: the intent looks it up and answers
+    // for a deleted channel with its own message. Names are resolved here.
+    std::optional<Uuid> channelId = Uuid::parse(channelText.value());
+    if (!channelId) {
+        auto channel = resolveChannel(store, channelText.value());
+        if (!channel)
+            return channel.error();
+        channelId = channel.value().id;
+    }
     if (!fields)
         return fields.error();
     auto [intent, receivedAt] = std::move(fields).value();
-    intent.channel = channel.value().id;
+    intent.channel = *channelId;
     if (receivedAt) {
         intent.receivedAt = parseIso8601(*receivedAt);
         if (!intent.receivedAt)

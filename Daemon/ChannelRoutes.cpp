@@ -1,4 +1,5 @@
 #include "Core/ChannelLimits.h"
+#include "Core/RuleLimits.h"
 #include "Core/RulePreview.h"
 #include "Core/RuleTemplate.h"
 #include "Daemon/ApiJson.h"
@@ -7,10 +8,22 @@
 #include "Intents/ChannelEntity.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace ringwell::routes {
 namespace {
+
+// A rule past RuleLimits is refused with every reason, before anything is saved.
+std::optional<Error> overLimits(const ChannelRule& rule) {
+    std::string message;
+    for (const auto& problem : RuleLimits::problems(rule))
+        message += (message.empty() ? "" : " ") + problem;
+    if (message.empty())
+        return std::nullopt;
+    return Error{"\"rule\": " + message, Error::Kind::invalidInput};
+}
 
 json::Json channelList(const RingwellStore& store) {
     json::Json out = json::Json::array();
@@ -45,7 +58,9 @@ ApiResult channelLikeEvent(AppContext& ctx, const json::Json& likeEvent,
     if (name) {
         channel.name = *name;
         channel.usesAutomaticName = false;
-        ctx.store.update(channel);
+        if (auto refused = overLimits(channel.rule))
+        return *refused;
+    ctx.store.update(channel);
     }
     return ApiResponse::json(toJson(*ctx.store.channel(channel.id)), 201);
 }
@@ -102,6 +117,8 @@ ApiResult addChannel(const RouteRequest& request, ApiState& state) {
     auto channelRule = newChannelRule(templateId, rule);
     if (!channelRule)
         return channelRule.error();
+    if (auto refused = overLimits(channelRule.value()))
+        return *refused;
     return ApiResponse::json(toJson(state.ctx.store.addChannel(name, channelRule.value())), 201);
 }
 
@@ -130,6 +147,8 @@ ApiResult updateChannel(const RouteRequest& request, ApiState& state) {
     channel.name = ChannelLimits::finalizedName(channel.name);
     channel.countdownSeconds = ChannelLimits::clampCountdown(channel.countdownSeconds);
     channel.snoozeSeconds = ChannelLimits::clampSnooze(channel.snoozeSeconds);
+    if (auto refused = overLimits(channel.rule))
+        return *refused;
     ctx.store.update(channel);
     return ApiResponse::json(toJson(*ctx.store.channel(id.value())));
 }

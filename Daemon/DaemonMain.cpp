@@ -27,6 +27,7 @@
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
 #include "Model/XdgPaths.h"
+#include "Platform/SystemTimeZone.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>
@@ -126,6 +127,7 @@ int run(const Options& options) {
     SetupTestController setupTest(defaults, clock);
     AppContext ctx{*store.value(), alarmService, scheduler, authorization, setupTest,
                    notices,        defaults,     logger,    clock};
+    ctx.calendar = SystemTimeZone::currentCalendar;
 
     // The tone picker's preview plays a few seconds of the real tone.
     AudioPulse previewAudio(io);

@@ -3,6 +3,7 @@
 #include "Core/JsonFwd.h"
 #include "Shared/AlarmService.h"
 
+#include <string>
 #include <vector>
 
 namespace ringwell {
@@ -20,11 +21,20 @@ struct AlarmServiceState {
 // their JSON form from Shared/AlarmService.h.
 json::Json toJson(const AlarmServiceState& state);
 
-// Both keys are required. Besides the alarms' own form, every alarm must be
-// consistent with its state (a countdown or alerting alarm has a fireDate, a
-// paused one its remainingSeconds) and ids must be unique: a file that breaks
-// that would make the service misbehave later, so it fails here instead.
-// Throws json::DecodeError.
-AlarmServiceState alarmServiceStateFromJson(const json::Json& value);
+// What an alarm file held, and a line for every part of it that had to be left
+// out.
+struct DecodedAlarmFile {
+    AlarmServiceState state;
+    std::vector<std::string> dropped;
+};
+
+// Decodes the permission and each alarm on its own, so that one bad entry
+// costs only itself: an unknown or missing permission reads as
+// `notDetermined`, and an alarm is left out when it does not decode, when it
+// contradicts its state (a countdown or alerting alarm needs a fireDate, a
+// paused one its remainingSeconds: the service would misbehave later) or when
+// an earlier alarm has its id. Throws json::DecodeError only when the value is
+// not an object at all.
+DecodedAlarmFile alarmFileFromJson(const json::Json& value);
 
 } // namespace ringwell

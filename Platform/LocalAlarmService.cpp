@@ -244,13 +244,25 @@ void LocalAlarmService::armTimer() {
 
 void LocalAlarmService::load() {
     AtomicFile::removeLeftovers(files_.alarms);
-    auto state = JsonFile::loadOrQuarantine(
-        files_.alarms, alarmServiceStateFromJson,
-        [this](const std::string& message) { log(LogLevel::error, "The alarm file " + message); });
-    if (!state)
+    const ErrorLog fileLog = [this](const std::string& message) {
+        log(LogLevel::error, "The alarm file " + message);
+    };
+    auto file = JsonFile::loadOrQuarantine(files_.alarms, alarmFileFromJson, fileLog);
+    if (!file)
         return;
-    authorization_ = state->authorization;
-    book_ = AlarmBook(std::move(state->alarms));
+    authorization_ = file->state.authorization;
+    book_ = AlarmBook(std::move(file->state.alarms));
+    if (file->dropped.empty())
+        return;
+    // What could be read is kept; the file as it was is moved aside for a
+    // closer look, and the readable part written back in its place.
+    for (const auto& problem : file->dropped)
+        log(LogLevel::error, "The alarm file: " + problem + "; left out");
+    JsonFile::quarantine(files_.alarms,
+                         "had " + std::to_string(file->dropped.size()) +
+                             " unreadable part" + (file->dropped.size() == 1 ? "" : "s"),
+                         fileLog);
+    save();
 }
 
 void LocalAlarmService::save() {

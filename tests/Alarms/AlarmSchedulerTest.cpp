@@ -195,20 +195,19 @@ TEST_F(AlarmSchedulerTest, AHeldReminderAloneKeepsTheChannelActive) {
     EXPECT_EQ(fire(urgent()).outcome, FireOutcome::fired);
 }
 
-TEST_F(AlarmSchedulerTest, OnlyFiredEventsOfTheChannelMakeItActive) {
-    const Uuid alarm = Uuid::random();
-    service.hold(alarm);
-    FireEvent coalesced =
-        EventRecord::make(payload(), FireOutcome::coalesced, clock.now(), urgent());
-    coalesced.alarmID = alarm;
-    store.log(coalesced);
-    EXPECT_FALSE(scheduler.isActive(urgent().id));
+TEST_F(AlarmSchedulerTest, ARingingChannelStaysActiveAfterItsEventLeavesTheHistory) {
+    fire(urgent());
+    store.clearEvents();
+    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::coalesced);
+    EXPECT_EQ(service.held.size(), 1u);
+}
 
-    FireEvent otherChannel = coalesced;
-    otherChannel.id = Uuid::random();
-    otherChannel.channelID = Uuid::random();
-    otherChannel.outcome = FireOutcome::fired;
-    store.log(otherChannel);
+TEST_F(AlarmSchedulerTest, OnlyAlarmsNamingTheChannelMakeItActive) {
+    service.hold(Uuid::random());
+    EXPECT_FALSE(scheduler.isActive(urgent().id));
+    AlarmConfiguration otherChannel;
+    otherChannel.attributes.metadata.channelID = Uuid::random();
+    service.held.push_back(Alarm{Uuid::random(), AlarmState::alerting, otherChannel, {}, {}});
     EXPECT_FALSE(scheduler.isActive(urgent().id));
 }
 

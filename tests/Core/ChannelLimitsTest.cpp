@@ -1,4 +1,5 @@
 #include "Core/ChannelLimits.h"
+#include "Core/RuleLimits.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,6 +73,20 @@ TEST(ChannelLimitsTest, OptionsLeavePresetsHoldingTheValueAsTheyAre) {
     // Not re-sorted when the value is already there.
     EXPECT_THAT(options(std::vector<std::int64_t>{30, 10, 20}, 10), ElementsAre(30, 10, 20));
     EXPECT_THAT(options(std::vector<std::int64_t>{}, 7), ElementsAre(7));
+}
+
+TEST(ChannelLimitsTest, RuleLimitsNameEveryListAndPatternOverTheBounds) {
+    ChannelRule rule;
+    rule.keywords.assign(RuleLimits::patternsPerList, "ok");
+    rule.senders = {std::string(RuleLimits::patternLength, 'x')};
+    EXPECT_TRUE(RuleLimits::problems(rule).empty());
+
+    rule.keywords.push_back("one too many");
+    rule.senders.push_back(std::string(RuleLimits::patternLength + 1, 'y'));
+    EXPECT_EQ(RuleLimits::problems(rule),
+              (std::vector<std::string>{
+                  "The sender \"yyyyyyyyyyyyyyyyyyyy…\" is longer than 200 characters.",
+                  "A rule can have at most 100 keywords; this one has 101."}));
 }
 
 } // namespace

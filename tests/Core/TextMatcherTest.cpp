@@ -54,6 +54,15 @@ TEST(TextMatcherTest, CachedExpressionsGiveTheSameAnswers) {
                                          PatternKind::regex));
 }
 
+TEST(TextMatcherTest, SearchesSurviveTheCacheFillingWithCompiledOnlyPatterns) {
+    // The rule editor compiles every pattern it describes without searching.
+    EXPECT_TRUE(TextMatcher::matches("ring+", "ringgg", PatternKind::regex));
+    for (int i = 0; i < 600; ++i)
+        EXPECT_TRUE(TextMatcher::regex("typed " + std::to_string(i)));
+    EXPECT_TRUE(TextMatcher::matches("ring+", "ringgg", PatternKind::regex));
+    EXPECT_FALSE(TextMatcher::matches("ring+", "rin", PatternKind::regex));
+}
+
 TEST(TextMatcherTest, InvalidUtf8TextNeverFails) {
     EXPECT_TRUE(TextMatcher::matches("bad", "bad \xFF\xFE byte", PatternKind::regex));
     EXPECT_TRUE(TextMatcher::matches("byte", "bad \xFF\xFE byte", PatternKind::plain));

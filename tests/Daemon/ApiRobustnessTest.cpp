@@ -101,6 +101,27 @@ TEST_F(ApiRobustnessTest, TheConfigurationIsTheDaemonsOwn) {
     EXPECT_EQ(config.value()["nameLimit"], ChannelLimits::nameLimit);
 }
 
+TEST_F(ApiRobustnessTest, ARuleOverTheLimitsIsRefusedOnAddAndUpdate) {
+    const auto channelsBefore = ringwellJson({"channels", "--json"});
+    json::Json keywords = json::Json::array();
+    for (int i = 0; i < 101; ++i)
+        keywords.push_back("k" + std::to_string(i));
+    const json::Json rule{{"keywords", keywords}};
+    const std::string added = post("/v1/channels", json::encode(json::Json{{"rule", rule}}));
+    EXPECT_NE(added.find("HTTP/1.1 400"), std::string::npos) << added;
+    EXPECT_NE(added.find("A rule can have at most 100 keywords; this one has 101."),
+              std::string::npos)
+        << added;
+
+    auto channel = ringwellJson({"channel", "show", "Urgent"});
+    channel["rule"]["senders"] = json::Json::array({std::string(201, 'x')});
+    auto updated = ringwell({"channel", "update"}, json::encode(channel));
+    EXPECT_NE(updated.exitCode, 0);
+    EXPECT_NE(updated.err.find("is longer than 200 characters."), std::string::npos)
+        << updated.err;
+    EXPECT_EQ(ringwellJson({"channels", "--json"}), channelsBefore);
+}
+
 TEST_F(ApiRobustnessTest, AClientThatStallsDoesNotBlockOthers) {
     int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};

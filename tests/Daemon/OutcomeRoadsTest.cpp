@@ -94,6 +94,19 @@ TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
     EXPECT_NE(saved.find("failed: Body, Is Time Sensitive ("), std::string::npos) << saved;
 }
 
+TEST_F(OutcomeRoadsTest, RingingADeletedChannelSaysItNoLongerExists) {
+    allowAlarms();
+    std::string id = onlyChannel()["id"];
+    ASSERT_EQ(ringwell({"channel", "delete", id}).exitCode, 0);
+    auto refused = ringwell({"ring", id});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(
+        refused.err.find("Channel no longer exists. Pick a different channel in this automation."),
+        std::string::npos)
+        << refused.err;
+    EXPECT_TRUE(ringwellJson({"events", "--json"}).empty());
+}
+
 TEST_F(OutcomeRoadsTest, TheAlarmLimitFailsWithItsMessage) {
     allowAlarms();
     ASSERT_EQ(ringwell({"channel", "delete", onlyChannel()["id"]}).exitCode, 0);

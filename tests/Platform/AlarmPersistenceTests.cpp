@@ -187,22 +187,44 @@ TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
     EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::authorized);
 }
 
-TEST_F(AlarmPersistenceTest, AnAlarmThatContradictsItsStateIsQuarantined) {
-    Alarm broken{id, AlarmState::countdown, configuration(60), std::nullopt, std::nullopt};
+TEST_F(AlarmPersistenceTest, ABadAlarmIsLeftOutAndTheOthersAndThePermissionAreKept) {
+    const Alarm good{id, AlarmState::countdown, configuration(60), clock.now().addingSeconds(60),
+                     std::nullopt};
+    Alarm noDeadline = good;
+    noDeadline.id = Uuid::random();
+    noDeadline.fireDate.reset();
+    json::Json saved = toJson(AlarmServiceState{AlarmAuthorizationState::authorized,
+                                                {good, noDeadline, good}});
+    saved["alarms"].push_back(42);
+    const std::string original = json::encode(saved);
     fs::create_directories(file().parent_path());
-    writeFile(file(), json::encode(toJson(
-                          AlarmServiceState{AlarmAuthorizationState::authorized, {broken}})));
-    auto service = run();
+    writeFile(file(), original);
 
-    EXPECT_TRUE(service->alarms().empty());
-    EXPECT_TRUE(fs::exists(file().parent_path() / "alarms.corrupt.json"));
+    auto service = run();
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
+    EXPECT_EQ(only(*service).id, id);
     EXPECT_EQ(logger.count("has no fireDate"), 1);
+    EXPECT_EQ(logger.count("appears twice"), 1);
+    EXPECT_EQ(logger.count("alarm 4: "), 1);
+    // The file as it was is kept aside; the readable part is what loads next time.
+    EXPECT_EQ(readFile(file().parent_path() / "alarms.corrupt.json"), original);
+    service.reset();
+    const auto lines = logger.lines().size();
+    service = run();
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
+    EXPECT_EQ(only(*service).id, id);
+    EXPECT_EQ(logger.lines().size(), lines);
 }
 
-TEST_F(AlarmPersistenceTest, AFileThatNamesAnAlarmTwiceDoesNotDecode) {
+TEST_F(AlarmPersistenceTest, AnUnreadablePermissionCostsOnlyItself) {
     const Alarm paused{id, AlarmState::paused, configuration(60), std::nullopt, 12.5};
-    const AlarmServiceState twice{AlarmAuthorizationState::denied, {paused, paused}};
-    EXPECT_FALSE(json::decode(json::encode(toJson(twice)), alarmServiceStateFromJson).ok());
+    json::Json saved = toJson(AlarmServiceState{AlarmAuthorizationState::denied, {paused}});
+    saved["authorization"] = "maybe";
+    const auto decoded = json::decode(json::encode(saved), alarmFileFromJson);
+    ASSERT_TRUE(decoded.ok());
+    EXPECT_EQ(decoded.value().state.authorization, AlarmAuthorizationState::notDetermined);
+    EXPECT_EQ(decoded.value().state.alarms, std::vector<Alarm>{paused});
+    EXPECT_EQ(decoded.value().dropped.size(), 1u);
 }
 
 } // namespace
