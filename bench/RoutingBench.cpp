@@ -1,8 +1,11 @@
 // Routing and preview cost at the sizes Ringwell meets in use: 50 channels and
 // the full 200-entry activity log. Targets: one routing under 1 ms, one preview
-// of 200 notifications under 50 ms.
+// of 200 notifications under 50 ms. Hostile channel sets (hundreds of
+// catastrophic expressions, thousands of keywords) must keep one routing near
+// its matching budget, MatchBudget::routingLimit.
 #include "Core/Calendar.h"
 #include "Core/Date.h"
+#include "Core/MatchBudget.h"
 #include "Core/NotificationInfo.h"
 #include "Core/Router.h"
 #include "Core/RulePreview.h"
@@ -10,6 +13,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -22,6 +27,11 @@ constexpr int historySize = 200;
 
 // 2025-06-02 10:00:00 UTC, a Monday.
 const Date now = Date::fromUnixSeconds(1748858400);
+
+MatchBudget::Duration steadyNow() {
+    return std::chrono::duration_cast<MatchBudget::Duration>(
+        std::chrono::steady_clock::now().time_since_epoch());
+}
 
 Calendar benchCalendar() {
     return Calendar::inTimeZone("Europe/Berlin").value();
@@ -87,17 +97,69 @@ void BM_RouteThroughFiftyChannels(benchmark::State& state) {
     const auto history = recentNotifications();
     NotificationInfo incoming = notificationAt(0, now); // Mail, "server is down"
 
-    if (Router::route(incoming, routable, history, calendar) !=
+    MatchBudget check(MatchBudget::routingLimit, steadyNow);
+    if (Router::route(incoming, routable, history, calendar, check) !=
         RouteResult::channel(routable.back().id)) {
         state.SkipWithError("the last channel should win");
         return;
     }
     for (auto _ : state) {
-        auto result = Router::route(incoming, routable, history, calendar);
+        MatchBudget budget(MatchBudget::routingLimit, steadyNow);
+        auto result = Router::route(incoming, routable, history, calendar, budget);
         benchmark::DoNotOptimize(result);
     }
 }
 BENCHMARK(BM_RouteThroughFiftyChannels)->Unit(benchmark::kMicrosecond);
+
+// 300 channels, each with a distinct expression that backtracks
+// catastrophically on the notification's text, before a channel that takes
+// everything. Each search alone stops at its step limit, so without a budget
+// one routing would take seconds.
+std::vector<RoutableChannel> hostileChannels() {
+    std::vector<RoutableChannel> result;
+    for (int i = 0; i < 300; ++i) {
+        ChannelRule rule;
+        rule.usesRegex = true;
+        rule.keywords = {"(a+)+b{" + std::to_string(i + 1) + "}"};
+        result.push_back({Uuid::random(), true, rule});
+    }
+    result.push_back({Uuid::random(), true, ChannelRule{}});
+    return result;
+}
+
+void BM_RouteThroughThreeHundredCatastrophicPatterns(benchmark::State& state) {
+    const Calendar calendar = benchCalendar();
+    const auto routable = hostileChannels();
+    NotificationInfo incoming = notificationAt(0, now);
+    incoming.body = std::string(40, 'a') + "!";
+    std::size_t cutShort = 0;
+    for (auto _ : state) {
+        MatchBudget budget(MatchBudget::routingLimit, steadyNow);
+        auto result = Router::route(incoming, routable, {}, calendar, budget);
+        benchmark::DoNotOptimize(result);
+        cutShort = budget.cutShortCount();
+    }
+    state.counters["patternsCutShort"] = static_cast<double>(cutShort);
+}
+BENCHMARK(BM_RouteThroughThreeHundredCatastrophicPatterns)->Unit(benchmark::kMillisecond);
+
+// One rule with 10,000 expression keywords that never match (rules saved
+// before the per-rule limits existed can hold that many).
+void BM_RouteTenThousandRegexKeywords(benchmark::State& state) {
+    const Calendar calendar = benchCalendar();
+    ChannelRule rule;
+    rule.usesRegex = true;
+    for (int i = 0; i < 10000; ++i)
+        rule.keywords.push_back("word" + std::to_string(i) + "[0-9]");
+    const std::vector<RoutableChannel> routable{{Uuid::random(), true, rule}};
+    const NotificationInfo incoming = notificationAt(0, now);
+    for (auto _ : state) {
+        MatchBudget budget(MatchBudget::routingLimit, steadyNow);
+        auto result = Router::route(incoming, routable, {}, calendar, budget);
+        benchmark::DoNotOptimize(result);
+    }
+}
+BENCHMARK(BM_RouteTenThousandRegexKeywords)->Unit(benchmark::kMillisecond);
 
 void BM_PreviewTwoHundredNotifications(benchmark::State& state) {
     const Calendar calendar = benchCalendar();
