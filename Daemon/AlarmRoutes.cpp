@@ -1,6 +1,5 @@
 #include "Daemon/ApiJson.h"
 #include "Daemon/ApiRoutes.h"
-#include "Daemon/SaveBarrier.h"
 #include "Daemon/RouteSupport.h"
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
@@ -70,8 +69,6 @@ Awaitable<ApiResult> send(const RouteRequest& request, ApiState& state) {
         co_return intent.error();
     try {
         FireEvent event = co_await intent.value().perform(state.ctx);
-        // No send is acknowledged before the save that holds its event.
-        co_await savedToDisk(state.ctx.store);
         co_return ApiResponse::json(eventWithLabel(event));
     } catch (const RingwellAlarmError& error) {
         co_return errorOf(error);
@@ -89,8 +86,6 @@ Awaitable<ApiResult> ring(const RouteRequest& request, ApiState& state) {
         co_return intent.error();
     try {
         FireEvent event = co_await intent.value().perform(state.ctx);
-        // No send is acknowledged before the save that holds its event.
-        co_await savedToDisk(state.ctx.store);
         co_return ApiResponse::json(eventWithLabel(event));
     } catch (const RingwellAlarmError& error) {
         co_return errorOf(error);

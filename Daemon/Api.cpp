@@ -1,6 +1,7 @@
 #include "Daemon/Api.h"
 
 #include "Daemon/RouteTable.h"
+#include "Daemon/SaveBarrier.h"
 
 #include <exception>
 
@@ -12,7 +13,12 @@ Awaitable<ApiResponse> Api::handle(ApiRequest request) {
     ApiState state{ctx_, services_};
     std::string failure;
     try {
-        co_return co_await dispatch(apiRoutes(), request, state);
+        ApiResponse response = co_await dispatch(apiRoutes(), request, state);
+        // Whatever a request changed is on disk before it is acknowledged,
+        // so a client never hears of a send or an edit that a crash can undo.
+        if (request.method != "GET" && request.method != "HEAD")
+            co_await savedToDisk(ctx_.store);
+        co_return response;
     } catch (const std::exception& error) {
         failure = error.what();
     }

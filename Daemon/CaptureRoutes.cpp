@@ -41,8 +41,11 @@ struct CaptureChange {
 CaptureChange captureChange(const json::Json& body) {
     CaptureChange change;
     change.enabled = json::optionalBool(body, "enabled");
-    if (const json::Json* list = json::member(body, "apps"))
-        change.apps = list->is_null() ? std::nullopt : std::optional(json::stringList(*list, "apps"));
+    // Unlike elsewhere, a null "apps" is a value of its own: every app.
+    if (body.contains("apps")) {
+        const json::Json& list = body.at("apps");
+        change.apps = list.is_null() ? std::nullopt : std::optional(json::stringList(list, "apps"));
+    }
     return change;
 }
 

@@ -83,11 +83,13 @@ TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
     auto bad = ringwellJson({"setup-test", "status", "--json"});
     EXPECT_EQ(bad["allPassed"], false);
     auto text = ringwell({"setup-test", "status"});
-    EXPECT_NE(
-        text.out.find("Has the same value as another field. Set Body to Shortcut Input › Body."),
-        std::string::npos);
-    EXPECT_NE(text.out.find("Set Is Time Sensitive to Shortcut Input › Is Time Sensitive."),
-              std::string::npos);
+    EXPECT_NE(text.out.find("Has the same value as another field. Set Body from the notification "
+                            "with --body or the JSON field \"notificationBody\"."),
+              std::string::npos)
+        << text.out;
+    EXPECT_NE(text.out.find("Set Is Time Sensitive from the notification with --time-sensitive"),
+              std::string::npos)
+        << text.out;
 
     std::ifstream settings(root / "config" / "ringwell" / "settings.json");
     std::string saved((std::istreambuf_iterator<char>(settings)), {});
