@@ -42,12 +42,15 @@ interface AppFixtures {
 export const test = base.extend<AppFixtures>({
   expectedConsoleError: [null, { option: true }],
   onboarded: [false, { option: true }],
-  daemon: async ({ onboarded }, use) => {
+  daemon: async ({ onboarded, page }, use) => {
     const daemon = await startDaemon();
     try {
       if (onboarded) await skipOnboarding(daemon);
       await use(daemon);
     } finally {
+      // The page goes first: requests it still has under way (a debounced
+      // save, a refetch) must not meet a daemon that is already gone.
+      await page.close();
       await daemon.stop();
     }
   },
