@@ -170,15 +170,17 @@ async function deleteChannel(channel: Channel, back: string): Promise<void> {
     destructive: true,
   });
   if (!confirmed) return;
+  if (state?.channelId === channel.id) {
+    state.draft.discard();
+    state = null;
+  }
+  // Leave the editor first: the live update of the deletion can arrive before
+  // the answer, and the editor would ask again for the channel that is gone.
+  navigate(back);
   try {
-    if (state?.channelId === channel.id) {
-      state.draft.discard();
-      state = null;
-    }
     await api.deleteChannel(channel.id);
     forget(`channel:${channel.id}`);
     invalidate('channels');
-    navigate(back);
   } catch (error) {
     showToast(errorMessage(error));
   }
