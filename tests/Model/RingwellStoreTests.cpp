@@ -3,6 +3,7 @@
 #include "Model/AtomicFile.h"
 #include "Model/RingwellStore.h"
 #include "ModelTestSupport.h"
+#include "TestSupport/EnvironmentGuard.h"
 
 #include <gtest/gtest.h>
 
@@ -907,18 +908,9 @@ TEST_F(DefaultLocationTest, NoLocationWhenTheDirectoryCannotBeCreated) {
 }
 
 TEST_F(DefaultLocationTest, OpenDefaultRunsInMemoryWithoutALocation) {
-    const char* savedHome = std::getenv("HOME");
-    const char* savedXdg = std::getenv("XDG_DATA_HOME");
-    const std::string home = savedHome ? savedHome : "";
-    const std::string xdg = savedXdg ? savedXdg : "";
-    ::unsetenv("HOME");
-    ::unsetenv("XDG_DATA_HOME");
+    testing::EnvironmentGuard home("HOME", std::nullopt), xdg("XDG_DATA_HOME", std::nullopt);
     FakeClock clock;
     auto store = RingwellStore::openDefault(clock);
-    if (savedHome)
-        ::setenv("HOME", home.c_str(), 1);
-    if (savedXdg)
-        ::setenv("XDG_DATA_HOME", xdg.c_str(), 1);
     ASSERT_TRUE(store.ok());
     EXPECT_FALSE(store.value()->fileLocation().has_value());
     EXPECT_EQ(store.value()->channels().size(), 1u);
