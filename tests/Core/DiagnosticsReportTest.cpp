@@ -138,27 +138,6 @@ TEST_F(DiagnosticsReportTest, NothingPrivateAppearsAnywhere) {
               std::string::npos);
 }
 
-TEST(DiagnosticsRedactedTest, AnyAppAndCountedSenders) {
-    ChannelRule rule;
-    EXPECT_EQ(DiagnosticsReport::redacted(rule), "any app");
-    rule.senders = {"Mom"};
-    EXPECT_EQ(DiagnosticsReport::redacted(rule), "any app, 1 sender");
-    rule.senders = {"Mom", "Dad", " "};
-    EXPECT_EQ(DiagnosticsReport::redacted(rule), "any app, 3 senders");
-}
-
-TEST(DiagnosticsRedactedTest, KeywordsRegexAndInvalidPatternsAreCounted) {
-    ChannelRule rule;
-    rule.apps = {"Slack"};
-    rule.keywords = {"urgent"};
-    EXPECT_EQ(DiagnosticsReport::redacted(rule), "apps: Slack, 1 keyword");
-    rule.usesRegex = true;
-    rule.senders = {"["};
-    rule.keywords = {"(", "ok", ")"};
-    EXPECT_EQ(DiagnosticsReport::redacted(rule),
-              "apps: Slack, 1 sender, 3 keywords, regex, 3 invalid patterns");
-}
-
 TEST(DiagnosticsRedactedTest, EveryConditionInItsPlace) {
     ChannelRule rule;
     rule.apps = {"PagerDuty", "Opsgenie"};

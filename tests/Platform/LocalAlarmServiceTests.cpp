@@ -282,22 +282,6 @@ TEST_F(LocalAlarmServiceTest, AnAlarmPastItsDeadlineIsAlertingEvenBeforeTheTimer
     EXPECT_TRUE(sink.playing().has_value());
 }
 
-TEST_F(LocalAlarmServiceTest, PauseAndResumeMoveTheDeadline) {
-    auto service = authorizedService();
-    schedule(*service, first, configuration(60));
-    clock.advance(15);
-    service->pause(first);
-    EXPECT_EQ(service->nextDeadline(), std::nullopt);
-
-    clock.advance(100);
-    service->resume(first);
-    EXPECT_EQ(service->nextDeadline(), clock.now().addingSeconds(45));
-    pass(*service, 44);
-    EXPECT_EQ(stateOf(*service, first), AlarmState::countdown);
-    pass(*service, 1);
-    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
-}
-
 TEST_F(LocalAlarmServiceTest, FailuresReachTheCallerAsServiceErrors) {
     auto service = authorizedService();
     for (std::size_t i = 0; i < AlarmBook::limit; ++i)

@@ -6,13 +6,13 @@
 #include "Model/Clock.h"
 #include "Shared/AlarmService.h"
 #include "Shared/Asio.h"
+#include "TestSupport/EnvironmentGuard.h"
 #include "TestSupport/Fakes/FakeClock.h"
 #include "TestSupport/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -23,13 +23,13 @@
 #include <string>
 #include <vector>
 
-#include <stdlib.h>
 
 // Small fakes and helpers for the platform tests, kept here so that this
 // suite depends on nothing but the platform layer.
 namespace ringwell::platformtest {
 
 using TestClock = testing::FakeClock;
+using testing::EnvironmentGuard;
 using testing::readFile;
 using testing::TemporaryDirectory;
 using testing::writeFile;
@@ -78,31 +78,6 @@ public:
 
     std::vector<NoticeRequest> requests;
     bool refuse = false;
-};
-
-// Sets (or, with none, unsets) an environment variable for a scope.
-class EnvironmentGuard {
-public:
-    EnvironmentGuard(const char* name, std::optional<std::string> value) : name_(name) {
-        if (const char* old = std::getenv(name))
-            previous_ = old;
-        if (value)
-            ::setenv(name, value->c_str(), 1);
-        else
-            ::unsetenv(name);
-    }
-    ~EnvironmentGuard() {
-        if (previous_)
-            ::setenv(name_.c_str(), previous_->c_str(), 1);
-        else
-            ::unsetenv(name_.c_str());
-    }
-    EnvironmentGuard(const EnvironmentGuard&) = delete;
-    EnvironmentGuard& operator=(const EnvironmentGuard&) = delete;
-
-private:
-    std::string name_;
-    std::optional<std::string> previous_;
 };
 
 // Runs the io_context's handlers until `done` holds or `limit` passes; true

@@ -1,7 +1,6 @@
 #include "Platform/SystemTimeZone.h"
 
 #include "PlatformTestSupport.h"
-#include "TestSupport/Helpers.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +11,7 @@ using namespace platformtest;
 namespace fs = std::filesystem;
 
 TEST(SystemTimeZoneTest, TheCalendarFollowsAChangeOfTz) {
-    testing::TimeZoneGuard zone("Asia/Tokyo");
+    EnvironmentGuard zone("TZ", "Asia/Tokyo");
     EXPECT_EQ(SystemTimeZone::currentCalendar().timeZoneId(), "Asia/Tokyo");
     setenv("TZ", ":America/New_York", 1);
     EXPECT_EQ(SystemTimeZone::currentCalendar().timeZoneId(), "America/New_York");
