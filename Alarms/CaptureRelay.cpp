@@ -1,5 +1,5 @@
-#include "Core/Json.h"
 #include "Alarms/CaptureRelay.h"
+#include "Core/Json.h"
 
 #include "Alarms/NotificationDispatcher.h"
 #include "Core/Text.h"

@@ -98,8 +98,8 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
     for (const Channel& channel : ctx.store.channels())
         channels.push_back({channel.id, channel.isEnabled, channel.rule});
     MatchBudget budget(MatchBudget::routingLimit, steadyTime);
-    const RouteResult verdict = Router::route(notification, channels,
-                                              ctx.store.notificationHistory(), ctx.calendar(), budget);
+    const RouteResult verdict = Router::route(
+        notification, channels, ctx.store.notificationHistory(), ctx.calendar(), budget);
 
     switch (verdict.kind()) {
     case RouteResult::Kind::channel: {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Core/ObserverList.h"
 #include "Alarms/UserDefaults.h"
 #include "Core/Date.h"
 #include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
+#include "Core/ObserverList.h"
 #include "Core/SetupTest.h"
 #include "Model/Clock.h"
 

@@ -58,9 +58,9 @@ DaemonClient::Outcome DaemonClient::request(const std::string& method, const std
         outcome.reply = DaemonReply{response.result_int(), response.body(),
                                     std::string(response[http::field::content_type])};
     };
-    asio::co_spawn(io, exchange(),
-                   reportEscaped([&outcome](const std::string& m) { outcome.failure = m; },
-                                 "the request"));
+    asio::co_spawn(
+        io, exchange(),
+        reportEscaped([&outcome](const std::string& m) { outcome.failure = m; }, "the request"));
     io.run();
     return outcome;
 }

@@ -34,9 +34,8 @@ std::optional<Date> parseWith(icu::SimpleDateFormat* format, const icu::UnicodeS
 }
 
 bool isDigits(std::string_view text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return c >= '0' && c <= '9';
-    });
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 int number(std::string_view digits) {

@@ -153,9 +153,9 @@ std::vector<RuleCheck> contentChecks(const ChannelRule& rule, const Notification
         if (const std::string* keyword = matchingKeyword(rule, notification, budget))
             checks.push_back({Condition::keywords, true, "Text contains \"" + *keyword + "\""});
         else
-            checks.push_back({Condition::keywords, false,
-                              "Text contains none of the keywords" +
-                                  cutShortNote(budget, cutShortBefore)});
+            checks.push_back(
+                {Condition::keywords, false,
+                 "Text contains none of the keywords" + cutShortNote(budget, cutShortBefore)});
     }
 
     // A notification that is not a call is not held back by the calls

@@ -39,8 +39,9 @@ ApiResult status(const RouteRequest&, ApiState& state) {
                    {"channels", ctx.store.channels().size()},
                    {"events", ctx.store.events().size()},
                    {"alarms", ctx.alarmService.alarms().size()},
-                   {"saveProblem", saveError ? json::Json(DiagnosticsReport::saveProblem(*saveError))
-                                             : json::Json()}};
+                   {"saveProblem", saveError
+                                       ? json::Json(DiagnosticsReport::saveProblem(*saveError))
+                                       : json::Json()}};
     if (state.services.capture)
         out["capture"] = captureJson(*state.services.capture);
     return ApiResponse::json(out);

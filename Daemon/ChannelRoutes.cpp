@@ -59,8 +59,8 @@ ApiResult channelLikeEvent(AppContext& ctx, const json::Json& likeEvent,
         channel.name = *name;
         channel.usesAutomaticName = false;
         if (auto refused = overLimits(channel.rule))
-        return *refused;
-    ctx.store.update(channel);
+            return *refused;
+        ctx.store.update(channel);
     }
     return ApiResponse::json(toJson(*ctx.store.channel(channel.id)), 201);
 }

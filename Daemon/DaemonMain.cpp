@@ -18,6 +18,7 @@
 #include "Model/AlarmTone.h"
 #include "Model/DirectoryLock.h"
 #include "Model/RingwellStore.h"
+#include "Model/XdgPaths.h"
 #include "Platform/AudioPulse.h"
 #include "Platform/BundledSounds.h"
 #include "Platform/JournalLogger.h"
@@ -26,7 +27,6 @@
 #include "Platform/NotifierDBus.h"
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
-#include "Model/XdgPaths.h"
 #include "Platform/SystemTimeZone.h"
 #include "Shared/Asio.h"
 
@@ -150,8 +150,12 @@ int run(const Options& options) {
     captureRelay.start();
 
     ChangeFeed feed(io, ctx);
-    Api::Services services{SystemInfo::osVersion(), SystemInfo::deviceModel(), nullptr, previewTone,
-                           "", &captureRelay};
+    Api::Services services{SystemInfo::osVersion(),
+                           SystemInfo::deviceModel(),
+                           nullptr,
+                           previewTone,
+                           "",
+                           &captureRelay};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());

@@ -3,8 +3,8 @@
 #include "Daemon/EventStream.h"
 
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -254,10 +254,10 @@ Awaitable<void> acceptLoop(std::shared_ptr<HttpServer::State> state,
         if (failing)
             state->report("accepting connections again");
         failing = false;
-        asio::co_spawn(acceptor.get_executor(),
-                       serveConnection<Protocol>(ConnectionSlot(state), std::move(socket)),
-                       reportEscaped([state](const std::string& m) { state->report(m); },
-                                     "a connection"));
+        asio::co_spawn(
+            acceptor.get_executor(),
+            serveConnection<Protocol>(ConnectionSlot(state), std::move(socket)),
+            reportEscaped([state](const std::string& m) { state->report(m); }, "a connection"));
     }
 }
 
@@ -291,9 +291,10 @@ std::unique_ptr<HttpServer> HttpServer::onSocket(asio::io_context& io, std::file
                                 "cannot listen on " + path.string());
     ::chmod(path.c_str(), 0600);
     acceptor.listen(asio::socket_base::max_listen_connections);
-    asio::co_spawn(io, acceptLoop<Local>(server->state_, acceptor),
-                   reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
-                                 "the accept loop"));
+    asio::co_spawn(
+        io, acceptLoop<Local>(server->state_, acceptor),
+        reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
+                      "the accept loop"));
     return server;
 }
 
@@ -317,9 +318,10 @@ std::unique_ptr<HttpServer> HttpServer::onLoopback(asio::io_context& io, std::ui
         throw std::system_error(ec.value(), std::generic_category(),
                                 "cannot listen on 127.0.0.1:" + std::to_string(port));
     server->port_ = acceptor.local_endpoint().port();
-    asio::co_spawn(io, acceptLoop<Tcp>(server->state_, acceptor),
-                   reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
-                                 "the accept loop"));
+    asio::co_spawn(
+        io, acceptLoop<Tcp>(server->state_, acceptor),
+        reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
+                      "the accept loop"));
     return server;
 }
 

@@ -19,7 +19,7 @@ Awaitable<void> savedToDisk(RingwellStore& store) {
         store.whenSaved([shared] { asio::post(std::move(*shared)); });
     };
     co_await asio::async_initiate<const asio::use_awaitable_t<>&, void()>(initiate,
-                                                                         asio::use_awaitable);
+                                                                          asio::use_awaitable);
 }
 
 } // namespace ringwell

@@ -74,7 +74,8 @@ std::string withoutToken(const ApiRequest& request) {
     for (const auto& [name, value] : request.allQuery) {
         if (name == "token")
             continue;
-        query += (query.empty() ? "?" : "&") + PercentEncoding::encode(name) + "=" + PercentEncoding::encode(value);
+        query += (query.empty() ? "?" : "&") + PercentEncoding::encode(name) + "=" +
+                 PercentEncoding::encode(value);
     }
     return safePath(request.path) + query;
 }

@@ -149,8 +149,8 @@ StoreSnapshot snapshotFromJson(const json::Json& value, Date now, const ErrorLog
     const auto& events = json::requireArray(value, "events");
     StoreSnapshot snapshot;
     snapshot.channels = decodeEach<Channel>(
-        channels, "channel", [now](const json::Json& channel) { return channelFromJson(channel, now); },
-        dropped);
+        channels, "channel",
+        [now](const json::Json& channel) { return channelFromJson(channel, now); }, dropped);
     snapshot.events = decodeEach<FireEvent>(events, "event", fireEventFromJson, dropped);
     return snapshot;
 }
@@ -233,9 +233,10 @@ Result<RingwellStore::Loaded> RingwellStore::load() {
     if (!contents.value())
         return Loaded::nothing;
 
-    auto snapshot = decodeSnapshot(*contents.value(), clock_.now(), [this](const std::string& message) {
-        report("The store file " + file_->string() + ": " + message);
-    });
+    auto snapshot =
+        decodeSnapshot(*contents.value(), clock_.now(), [this](const std::string& message) {
+            report("The store file " + file_->string() + ": " + message);
+        });
     if (snapshot) {
         channels_ = std::move(snapshot.value().channels);
         events_ = std::move(snapshot.value().events);

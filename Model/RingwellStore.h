@@ -40,8 +40,7 @@ json::Json toJson(const StoreSnapshot& snapshot);
 // one bad record costs that record, not the file. `now` is the creation date of
 // channels that name none.
 StoreSnapshot snapshotFromJson(const json::Json& value, Date now, const ErrorLog& dropped = {});
-Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now,
-                                     const ErrorLog& dropped = {});
+Result<StoreSnapshot> decodeSnapshot(std::string_view text, Date now, const ErrorLog& dropped = {});
 
 // Which part of the store changed; `saveError` when a save failed or the
 // first save after failures succeeded.

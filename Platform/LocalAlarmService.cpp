@@ -1,12 +1,12 @@
 #include "Platform/LocalAlarmService.h"
 
 #include "Core/Json.h"
+#include "Model/XdgPaths.h"
 #include "Platform/AlarmFile.h"
 #include "Platform/AlarmNotice.h"
 #include "Platform/AlarmSoundFile.h"
 #include "Platform/BundledSounds.h"
 #include "Platform/JsonFile.h"
-#include "Model/XdgPaths.h"
 
 #include <algorithm>
 #include <chrono>
@@ -259,8 +259,8 @@ void LocalAlarmService::load() {
     for (const auto& problem : file->dropped)
         log(LogLevel::error, "The alarm file: " + problem + "; left out");
     JsonFile::quarantine(files_.alarms,
-                         "had " + std::to_string(file->dropped.size()) +
-                             " unreadable part" + (file->dropped.size() == 1 ? "" : "s"),
+                         "had " + std::to_string(file->dropped.size()) + " unreadable part" +
+                             (file->dropped.size() == 1 ? "" : "s"),
                          fileLog);
     save();
 }

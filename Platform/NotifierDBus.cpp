@@ -118,10 +118,11 @@ NotifierDBus::NotifierDBus(asio::io_context& context, Logger& logger)
     descriptor_.emplace(context_, copy);
     status_ = "unknown";
     watch();
-    asio::co_spawn(context_, probeServer(),
-                   reportEscaped([this](const std::string& m) {
-                       logger_.log(LogLevel::error, logCategory, m);
-                   }, "Probing the notification server"));
+    asio::co_spawn(
+        context_, probeServer(),
+        reportEscaped(
+            [this](const std::string& m) { logger_.log(LogLevel::error, logCategory, m); },
+            "Probing the notification server"));
 }
 
 NotifierDBus::~NotifierDBus() {

@@ -2,8 +2,8 @@
 
 #include "Core/Json.h"
 #include "Model/AtomicFile.h"
-#include "Platform/JsonFile.h"
 #include "Model/XdgPaths.h"
+#include "Platform/JsonFile.h"
 
 namespace ringwell {
 namespace {

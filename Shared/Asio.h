@@ -22,16 +22,17 @@ template <typename T = void> using Awaitable = asio::awaitable<T>;
 // A co_spawn completion that reports an exception escaping the coroutine
 // instead of dropping it as asio::detached does. `report` takes one message.
 template <typename Report> auto reportEscaped(Report report, std::string what) {
-    return [report = std::move(report), what = std::move(what)](std::exception_ptr error, auto&&...) {
-        if (!error)
-            return;
-        try {
-            std::rethrow_exception(error);
-        } catch (const std::exception& escaped) {
-            report(what + " failed: " + escaped.what());
-        } catch (...) {
-            report(what + " failed with an unknown exception");
-        }
-    };
+    return
+        [report = std::move(report), what = std::move(what)](std::exception_ptr error, auto&&...) {
+            if (!error)
+                return;
+            try {
+                std::rethrow_exception(error);
+            } catch (const std::exception& escaped) {
+                report(what + " failed: " + escaped.what());
+            } catch (...) {
+                report(what + " failed with an unknown exception");
+            }
+        };
 }
 } // namespace ringwell

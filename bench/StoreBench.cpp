@@ -3,8 +3,8 @@
 // sync, no encoding and no retry logic. The target is within 2x of the bare
 // write; both are dominated by fsync, so run them on the same file system.
 
-#include "Model/Clock.h"
 #include "Core/Json.h"
+#include "Model/Clock.h"
 #include "Model/RingwellStore.h"
 
 #include <benchmark/benchmark.h>

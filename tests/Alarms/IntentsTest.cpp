@@ -1,5 +1,5 @@
-#include "Intents/ChannelEntity.h"
 #include "Core/Json.h"
+#include "Intents/ChannelEntity.h"
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
 #include "Intents/StopAllAlarmsIntent.h"

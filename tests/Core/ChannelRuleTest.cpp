@@ -190,9 +190,9 @@ TEST(ChannelRuleJsonTest, DecodingIsLenientAboutMissingKeys) {
 }
 
 TEST(ChannelRuleJsonTest, DecodingFailsOnUnknownOrMistypedValues) {
-    for (const char* bad : {R"({"calls":"sometimes"})", R"({"apps":[1]})",
-                            R"({"cooldownSeconds":1.5})", R"({"activeHours":{"weekdays":[1]}})",
-                            R"({"frequency":{"count":3}})", "[]"}) {
+    for (const char* bad :
+         {R"({"calls":"sometimes"})", R"({"apps":[1]})", R"({"cooldownSeconds":1.5})",
+          R"({"activeHours":{"weekdays":[1]}})", R"({"frequency":{"count":3}})", "[]"}) {
         EXPECT_THROW(fromJson(bad), json::DecodeError) << bad;
     }
 }

@@ -1,6 +1,6 @@
 #include "Core/MatchBudget.h"
-#include "Core/RuleMatcher.h"
 #include "Core/Router.h"
+#include "Core/RuleMatcher.h"
 #include "Core/TextMatcher.h"
 
 #include "TestSupport/Helpers.h"

@@ -42,7 +42,7 @@ TEST(ShortcutInputTest, TextsAreBoundedAfterTrimmingAtACharacterBoundary) {
     const std::size_t limit = ShortcutInputFields::textLimit;
     Input input;
     input.body = std::string(limit - 1, 'b') + "\u00e9" + "tail"; // é straddles the limit
-    input.title = "  " + std::string(limit, 't') + "\n"; // fits once trimmed: kept as sent
+    input.title = "  " + std::string(limit, 't') + "\n";          // fits once trimmed: kept as sent
     input.recipients = std::string(3 * limit, 'r');
     input.app = " Mail ";
     auto fields = input.fields();

@@ -197,8 +197,8 @@ TEST_F(SetupTestTest, AllPassedCountsUnverifiableAsNoFailure) {
 
 TEST_F(SetupTestTest, ACheckEncodesWithItsHintOnlyWhenPresent) {
     EXPECT_TRUE(toJson(evaluate(ShortcutInputFields{})[0]).contains("hint"));
-    EXPECT_FALSE(toJson(SetupCheck{Field::sender, Status::passed, "Alice", std::nullopt})
-                     .contains("hint"));
+    EXPECT_FALSE(
+        toJson(SetupCheck{Field::sender, Status::passed, "Alice", std::nullopt}).contains("hint"));
 }
 
 class SetupDiagnosticsTest : public ::testing::Test {};

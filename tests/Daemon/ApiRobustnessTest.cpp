@@ -114,8 +114,7 @@ TEST_F(ApiRobustnessTest, ARuleOverTheLimitsIsRefusedOnAddAndUpdate) {
     channel["rule"]["senders"] = json::Json::array({std::string(201, 'x')});
     auto updated = ringwell({"channel", "update"}, json::encode(channel));
     EXPECT_NE(updated.exitCode, 0);
-    EXPECT_NE(updated.err.find("is longer than 200 characters."), std::string::npos)
-        << updated.err;
+    EXPECT_NE(updated.err.find("is longer than 200 characters."), std::string::npos) << updated.err;
     EXPECT_EQ(ringwellJson({"channels", "--json"}), channelsBefore);
 }
 

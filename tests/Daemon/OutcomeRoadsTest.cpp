@@ -1,5 +1,5 @@
-#include "DaemonFixture.h"
 #include "Core/Json.h"
+#include "DaemonFixture.h"
 
 #include <fstream>
 

@@ -83,8 +83,8 @@ TEST(WebGateTest, TokenInTheAddressBecomesACookie) {
              {"/%2F%2Fevil.example?token=" + token, "/evil.example"},
              {"/a%0d%0aSet-Cookie:%20x=1?token=" + token, "/a%0D%0ASet-Cookie%3A%20x%3D1"},
              {"/?token=" + token, "/"}}) {
-        auto redirect = WebGate::check(request("GET", target, {{"host", "127.0.0.1:7383"}}),
-                                       token, port);
+        auto redirect =
+            WebGate::check(request("GET", target, {{"host", "127.0.0.1:7383"}}), token, port);
         ASSERT_TRUE(redirect);
         EXPECT_EQ(redirect->headers[0].second, location) << target;
     }

@@ -1,5 +1,5 @@
-#include "Model/AlarmTone.h"
 #include "Core/Json.h"
+#include "Model/AlarmTone.h"
 #include "ModelTestSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "Model/Channel.h"
 #include "Core/Json.h"
+#include "Model/Channel.h"
 #include "Model/ChannelPalette.h"
 #include "Model/FiringMode.h"
 #include "ModelTestSupport.h"

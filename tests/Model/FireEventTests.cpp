@@ -1,5 +1,5 @@
-#include "Model/FireEvent.h"
 #include "Core/Json.h"
+#include "Model/FireEvent.h"
 #include "ModelTestSupport.h"
 
 #include <gtest/gtest.h>

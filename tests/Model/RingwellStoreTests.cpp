@@ -1,5 +1,5 @@
-#include "Core/Text.h"
 #include "Core/Json.h"
+#include "Core/Text.h"
 #include "Model/AtomicFile.h"
 #include "Model/RingwellStore.h"
 #include "ModelTestSupport.h"
@@ -394,8 +394,12 @@ TEST_F(BatchedSaveTest, ChangesMadeTogetherShareOneSaveAndWaitersHearItAfterward
     EXPECT_EQ(saved, 1);
 
     for (int i = 0; i < 3; ++i) {
-        store->log(makeEvent(FireOutcome::fired, "Mail", "Sender " + std::to_string(i), clock.now()));
-        store->whenSaved([&] { EXPECT_EQ(onDisk().events.size(), 3u); ++saved; });
+        store->log(
+            makeEvent(FireOutcome::fired, "Mail", "Sender " + std::to_string(i), clock.now()));
+        store->whenSaved([&] {
+            EXPECT_EQ(onDisk().events.size(), 3u);
+            ++saved;
+        });
     }
     EXPECT_EQ(flushes.size(), 1u);
     EXPECT_EQ(store->saveCount(), before);

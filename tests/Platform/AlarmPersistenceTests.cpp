@@ -1,5 +1,5 @@
-#include "Platform/AlarmFile.h"
 #include "Core/Json.h"
+#include "Platform/AlarmFile.h"
 #include "Platform/LocalAlarmService.h"
 #include "PlatformTestSupport.h"
 #include "TestSupport/Fakes/SilentAudioSink.h"
@@ -167,8 +167,9 @@ TEST_F(AlarmPersistenceTest, TheFileIsPrivate) {
 
 TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
     const fs::path quarantined = file().parent_path() / "alarms.corrupt.json";
-    for (const std::string contents : {"{\"authorization\": \"authorized\", \"alarms\": [",
-                                       "{\"authorization\": \"authorized\", \"alarms\": [], \"x\": 1e999}"}) {
+    for (const std::string contents :
+         {"{\"authorization\": \"authorized\", \"alarms\": [",
+          "{\"authorization\": \"authorized\", \"alarms\": [], \"x\": 1e999}"}) {
         SCOPED_TRACE(contents);
         fs::create_directories(file().parent_path());
         writeFile(file(), contents);
@@ -193,8 +194,8 @@ TEST_F(AlarmPersistenceTest, ABadAlarmIsLeftOutAndTheOthersAndThePermissionAreKe
     Alarm noDeadline = good;
     noDeadline.id = Uuid::random();
     noDeadline.fireDate.reset();
-    json::Json saved = toJson(AlarmServiceState{AlarmAuthorizationState::authorized,
-                                                {good, noDeadline, good}});
+    json::Json saved =
+        toJson(AlarmServiceState{AlarmAuthorizationState::authorized, {good, noDeadline, good}});
     saved["alarms"].push_back(42);
     const std::string original = json::encode(saved);
     fs::create_directories(file().parent_path());

@@ -194,11 +194,11 @@ private:
         SD_BUS_METHOD("GetServerInformation", "", "ssss", onServerInformation,
                       SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END};
-    static constexpr sd_bus_vtable addVtable[] = {
-        SD_BUS_VTABLE_START(0),
-        SD_BUS_METHOD("AddNotification", "ssa{sv}", "", onAddNotification,
-                      SD_BUS_VTABLE_UNPRIVILEGED),
-        SD_BUS_VTABLE_END};
+    static constexpr sd_bus_vtable addVtable[] = {SD_BUS_VTABLE_START(0),
+                                                  SD_BUS_METHOD("AddNotification", "ssa{sv}", "",
+                                                                onAddNotification,
+                                                                SD_BUS_VTABLE_UNPRIVILEGED),
+                                                  SD_BUS_VTABLE_END};
 
     sd_bus* bus_ = nullptr;
     std::thread thread_;

@@ -23,7 +23,6 @@
 #include <string>
 #include <vector>
 
-
 // Small fakes and helpers for the platform tests, kept here so that this
 // suite depends on nothing but the platform layer.
 namespace ringwell::platformtest {
