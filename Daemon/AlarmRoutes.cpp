@@ -58,6 +58,18 @@ ApiResult alarmAction(const RouteRequest& request, ApiState& state, AlarmAction 
     });
 }
 
+// Runs a Send or Ring intent: its fire event, or the alarm service's refusal.
+template <typename Intent> Awaitable<ApiResult> performed(Intent& intent, ApiState& state) {
+    try {
+        FireEvent event = co_await intent.perform(state.ctx);
+        co_return ApiResponse::json(eventWithLabel(event));
+    } catch (const RingwellAlarmError& error) {
+        co_return errorOf(error);
+    } catch (const AlarmServiceError& error) {
+        co_return errorOf(error);
+    }
+}
+
 } // namespace
 
 Awaitable<ApiResult> send(const RouteRequest& request, ApiState& state) {
@@ -67,14 +79,7 @@ Awaitable<ApiResult> send(const RouteRequest& request, ApiState& state) {
     auto intent = decoded([&] { return sendIntentFromJson(body.value()); });
     if (!intent)
         co_return intent.error();
-    try {
-        FireEvent event = co_await intent.value().perform(state.ctx);
-        co_return ApiResponse::json(eventWithLabel(event));
-    } catch (const RingwellAlarmError& error) {
-        co_return errorOf(error);
-    } catch (const AlarmServiceError& error) {
-        co_return errorOf(error);
-    }
+    co_return co_await performed(intent.value(), state);
 }
 
 Awaitable<ApiResult> ring(const RouteRequest& request, ApiState& state) {
@@ -84,14 +89,7 @@ Awaitable<ApiResult> ring(const RouteRequest& request, ApiState& state) {
     auto intent = ringIntent(body.value(), state.ctx.store);
     if (!intent)
         co_return intent.error();
-    try {
-        FireEvent event = co_await intent.value().perform(state.ctx);
-        co_return ApiResponse::json(eventWithLabel(event));
-    } catch (const RingwellAlarmError& error) {
-        co_return errorOf(error);
-    } catch (const AlarmServiceError& error) {
-        co_return errorOf(error);
-    }
+    co_return co_await performed(intent.value(), state);
 }
 
 ApiResult stopAll(const RouteRequest&, ApiState& state) {
