@@ -63,27 +63,18 @@ protected:
 
 // MARK: Start-up
 
-TEST_F(StoreTest, FirstStartSeedsUrgentAndWritesTheFile) {
+TEST_F(StoreTest, FirstStartSeedsUrgentAndWritesTheFileOwnerOnly) {
     auto store = open();
     ASSERT_TRUE(store);
     ASSERT_EQ(store->channels().size(), 1u);
     const Channel& urgent = store->channels()[0];
     EXPECT_EQ(urgent.name, "Urgent");
-    EXPECT_FALSE(urgent.usesAutomaticName);
     EXPECT_EQ(urgent.rule, ChannelRule());
-    EXPECT_EQ(urgent.createdAt, clock.now());
-    EXPECT_TRUE(store->events().empty());
-    EXPECT_FALSE(store->setupWarning().has_value());
 
     EXPECT_EQ(store->saveCount(), 1u);
-    StoreSnapshot disk = onDisk();
-    EXPECT_EQ(disk.channels, store->channels());
-    EXPECT_TRUE(disk.events.empty());
+    EXPECT_EQ(onDisk().channels, store->channels());
     EXPECT_TRUE(messages.empty());
-}
 
-TEST_F(StoreTest, DirectoriesAreCreatedOwnerOnly) {
-    auto store = open();
     struct stat info {};
     ASSERT_EQ(::stat(directory().c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0700u);
@@ -91,7 +82,7 @@ TEST_F(StoreTest, DirectoriesAreCreatedOwnerOnly) {
     EXPECT_EQ(info.st_mode & 0777, 0600u);
 }
 
-TEST_F(StoreTest, ReopeningLoadsTheFileWithoutSeeding) {
+TEST_F(StoreTest, ReopeningLoadsTheFileAndNeverSeedsAgain) {
     std::vector<Channel> channels;
     {
         auto store = open();
@@ -100,43 +91,23 @@ TEST_F(StoreTest, ReopeningLoadsTheFileWithoutSeeding) {
         channels = store->channels();
     }
     clock.advance(3600);
-    auto store = open();
-    EXPECT_EQ(store->channels(), channels);
-    EXPECT_EQ(store->events().size(), 1u);
-    EXPECT_EQ(store->saveCount(), 0u);
-}
-
-TEST_F(StoreTest, StoreWithoutChannelsStaysEmptyAfterRestart) {
     {
         auto store = open();
-        store->deleteChannel(store->channels()[0].id);
+        EXPECT_EQ(store->channels(), channels);
+        EXPECT_EQ(store->events().size(), 1u);
+        EXPECT_EQ(store->saveCount(), 0u);
+        while (!store->channels().empty())
+            store->deleteChannel(store->channels()[0].id);
     }
-    auto store = open();
-    EXPECT_TRUE(store->channels().empty());
+    // A store whose channels were all deleted is not seeded again.
+    EXPECT_TRUE(open()->channels().empty());
 }
 
-TEST_F(StoreTest, CorruptFileIsQuarantinedAndNothingIsSeeded) {
-    const std::string garbage = R"({"channels":[{"id":)";
-    writeStoreFile(garbage);
-    auto store = open();
-    ASSERT_TRUE(store);
-    EXPECT_TRUE(store->channels().empty());
-    EXPECT_TRUE(store->events().empty());
-    EXPECT_EQ(readFile(quarantine()), garbage);
-    EXPECT_FALSE(fs::exists(file()));
-    EXPECT_EQ(store->saveCount(), 0u);
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_NE(messages[0].find("ringwell.corrupt.json"), std::string::npos) << messages[0];
-
-    // The next change writes a fresh file; the quarantined one stays.
-    store->addChannel(std::string("Fresh"), ChannelRule());
-    EXPECT_EQ(onDisk().channels.size(), 1u);
-    EXPECT_EQ(readFile(quarantine()), garbage);
-}
-
-TEST_F(StoreTest, EveryKindOfUndecodableFileIsQuarantined) {
+// Each bad file replaces the previous quarantine; the next change writes a fresh file.
+TEST_F(StoreTest, UndecodableFileIsQuarantinedAndNothingIsSeeded) {
     const std::string id = R"("id":"0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B")";
     const std::string bad[] = {
+        R"({"channels":[{"id":)",
         "",
         "null",
         "[]",
@@ -154,8 +125,14 @@ TEST_F(StoreTest, EveryKindOfUndecodableFileIsQuarantined) {
             ASSERT_TRUE(store) << contents;
             EXPECT_TRUE(store->channels().empty()) << contents;
             EXPECT_TRUE(store->events().empty()) << contents;
+            EXPECT_FALSE(fs::exists(file()));
             EXPECT_EQ(readFile(quarantine()), contents);
-            EXPECT_EQ(messages.size(), 1u) << contents;
+            ASSERT_EQ(messages.size(), 1u) << contents;
+            EXPECT_NE(messages[0].find("ringwell.corrupt.json"), std::string::npos) << messages[0];
+
+            store->addChannel(std::string("Fresh"), ChannelRule());
+            EXPECT_EQ(onDisk().channels.size(), 1u);
+            EXPECT_EQ(readFile(quarantine()), contents);
         }
         fs::remove(file());
     }
@@ -203,29 +180,20 @@ TEST_F(StoreTest, NullOptionalsReadAsAbsentAndABadRecordIsDroppedAlone) {
     EXPECT_NE(messages[3].find("rang"), std::string::npos) << messages[3];
 }
 
-TEST_F(StoreTest, EarlierQuarantineIsReplaced) {
-    writeStoreFile("first bad file");
-    open().reset();
-    writeStoreFile("second bad file");
-    open().reset();
-    EXPECT_EQ(readFile(quarantine()), "second bad file");
-}
-
-TEST_F(StoreTest, FileThatExistsButCannotBeReadFailsToOpen) {
+TEST_F(StoreTest, UnreadableFileOrUncreatableDirectoryFailsToOpen) {
     // Starting empty would overwrite the user's file on the next change.
     fs::create_directories(file());
-    auto store = RingwellStore::open(file(), clock);
-    ASSERT_FALSE(store.ok());
-    EXPECT_NE(store.error().message.find("Cannot read"), std::string::npos)
-        << store.error().message;
-}
+    auto unreadable = RingwellStore::open(file(), clock);
+    ASSERT_FALSE(unreadable.ok());
+    EXPECT_NE(unreadable.error().message.find("Cannot read"), std::string::npos)
+        << unreadable.error().message;
 
-TEST_F(StoreTest, UncreatableDirectoryFailsToOpen) {
+    fs::remove_all(root.path() / "data");
     fs::create_directories(root.path() / "data");
     writeFile(directory(), "a file where the directory should be");
-    auto store = RingwellStore::open(file(), clock);
-    ASSERT_FALSE(store.ok());
-    EXPECT_NE(store.error().message.find("Cannot create"), std::string::npos);
+    auto uncreatable = RingwellStore::open(file(), clock);
+    ASSERT_FALSE(uncreatable.ok());
+    EXPECT_NE(uncreatable.error().message.find("Cannot create"), std::string::npos);
 }
 
 TEST_F(StoreTest, LeftoverTemporaryFilesAreRemovedOnOpen) {
@@ -262,69 +230,14 @@ TEST_F(StoreTest, HandWrittenFileInTheDocumentedFormLoads) {
     ASSERT_EQ(store->channels().size(), 2u);
     const Channel& family = store->channels()[0];
     EXPECT_EQ(family.id.toString(), "0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B");
-    EXPECT_EQ(family.mode, FiringMode::countdown);
     EXPECT_EQ(family.modeBadge(), "Countdown 1m 30s");
-    EXPECT_EQ(family.sound, AlarmTone::chime);
-    EXPECT_EQ(family.reminderSound, AlarmTone::system);
-    EXPECT_EQ(family.rule.senders, (std::vector<std::string>{"Mum", "Dad"}));
-    EXPECT_EQ(family.rule.calls, ChannelRule::CallFilter::missed);
+    EXPECT_EQ(family.reminderSound, AlarmTone::system); // unknown tone names fall back
     EXPECT_EQ(family.rule.activeHours->startMinute, 480);
-    EXPECT_EQ(family.createdAt, Date{760000000});
-    EXPECT_FALSE(store->channels()[1].isEnabled);
     EXPECT_EQ(store->channels()[1].createdAt, clock.now());
     ASSERT_EQ(store->events().size(), 2u);
     EXPECT_EQ(store->events()[0].channelID, family.id);
-    EXPECT_TRUE(store->events()[0].followUpAlarmIDs->empty());
-    EXPECT_EQ(store->events()[1].outcome, FireOutcome::noMatch);
     EXPECT_EQ(store->saveCount(), 0u);
     EXPECT_TRUE(messages.empty());
-}
-
-TEST_F(StoreTest, EveryRecordRoundTripsThroughTheFile) {
-    StoreSnapshot written;
-    {
-        auto store = open();
-        ChannelRule rule;
-        rule.apps = {"Signal", "  WhatsApp"};
-        rule.keywords = {"urgent"};
-        rule.usesRegex = true;
-        rule.calls = ChannelRule::CallFilter::incoming;
-        rule.cooldownSeconds = 300;
-        rule.activeHours = ActiveHours{{2, 3, 4, 5, 6}, 1320, 420};
-        rule.frequency = FrequencyCondition{3, 600};
-        Channel channel = store->addChannel(std::nullopt, rule);
-        channel.isEnabled = false;
-        channel.mode = FiringMode::countdown;
-        channel.countdownSeconds = 45;
-        channel.snoozeEnabled = true;
-        channel.snoozeSeconds = 900;
-        channel.showNotificationText = false;
-        channel.repeatEnabled = true;
-        channel.repeatIntervalSeconds = 60;
-        channel.repeatCount = 5;
-        channel.sound = AlarmTone::rise;
-        channel.reminderSound = AlarmTone::pulse;
-        channel.createdAt = Date{123.5};
-        store->update(channel);
-
-        FireEvent event = makeEvent(FireOutcome::failed, "Signal", "Ann", Date{760000000.125});
-        event.channelID = channel.id;
-        event.channelName = channel.name;
-        event.alarmID = Uuid::random();
-        event.followUpAlarmIDs = std::vector<Uuid>{Uuid::random()};
-        event.subtitle = "sub";
-        event.body = "body";
-        event.isTimeSensitive = false;
-        event.received = std::vector<ReceivedField>{{"Title", "Hello"}, {"Name", ""}};
-        event.errorMessage = "Not authorised";
-        event.isTest = true;
-        store->log(event);
-        store->log(makeEvent(FireOutcome::setupTest, std::nullopt, std::nullopt, Date{1}, {}));
-        written = StoreSnapshot{store->channels(), store->events()};
-    }
-    auto store = open();
-    EXPECT_EQ(store->channels(), written.channels);
-    EXPECT_EQ(store->events(), written.events);
 }
 
 TEST_F(StoreTest, InMemoryStoreSeedsAndWritesNothing) {
@@ -458,43 +371,31 @@ TEST_F(StoreTest, AddChannelLikeNotificationBuildsTheRule) {
     EXPECT_EQ(fromNothing.name, "All Notifications");
 }
 
-TEST_F(StoreTest, UpdateWithAnUnchangedChannelWritesNothing) {
+// An update writes and notifies only when it changes something.
+TEST_F(StoreTest, UpdateReplacesInPlaceAndWritesOnlyRealChanges) {
     auto store = open();
-    Channel urgent = store->channels()[0];
-    const auto inode = inodeOf(file());
-    const auto saves = store->saveCount();
+    store->addChannel(std::string("Second"), ChannelRule());
     int notified = 0;
     auto token = store->subscribe([&](StoreChange) { ++notified; });
-    store->update(urgent);
+    const auto inode = inodeOf(file());
+    const auto saves = store->saveCount();
+    store->update(store->channels()[0]);
+    store->update(Channel::make(std::string("Stranger"), ChannelRule(), "#FF3B30", Date{}));
     EXPECT_EQ(inodeOf(file()), inode);
     EXPECT_EQ(store->saveCount(), saves);
     EXPECT_EQ(notified, 0);
-    store->unsubscribe(token);
-}
+    EXPECT_EQ(names(*store), (std::vector<std::string>{"Urgent", "Second"}));
 
-TEST_F(StoreTest, UpdateOfAnUnknownIdDoesNothing) {
-    auto store = open();
-    Channel stranger = Channel::make(std::string("Stranger"), ChannelRule(), "#FF3B30", Date{});
-    const auto before = store->channels();
-    const auto inode = inodeOf(file());
-    store->update(stranger);
-    EXPECT_EQ(store->channels(), before);
-    EXPECT_EQ(inodeOf(file()), inode);
-    EXPECT_EQ(store->saveCount(), 1u);
-}
-
-TEST_F(StoreTest, UpdateReplacesInPlaceAndWrites) {
-    auto store = open();
-    store->addChannel(std::string("Second"), ChannelRule());
     Channel urgent = store->channels()[0];
     urgent.isEnabled = false;
     urgent.name = "Very urgent";
-    const auto inode = inodeOf(file());
     store->update(urgent);
     EXPECT_EQ(store->channels()[0], urgent);
     EXPECT_EQ(store->channels()[1].name, "Second");
     EXPECT_NE(inodeOf(file()), inode);
     EXPECT_EQ(onDisk().channels, store->channels());
+    EXPECT_EQ(notified, 1);
+    store->unsubscribe(token);
 }
 
 TEST_F(StoreTest, UpdateRenamesAChannelWithAutomaticName) {
@@ -524,31 +425,21 @@ TEST_F(StoreTest, UpdateRenamesAChannelWithAutomaticName) {
     EXPECT_EQ(store->channel(channel.id)->name, "Parents");
 }
 
+// Hand-edited files can hold an id twice; deleting removes every copy.
 TEST_F(StoreTest, DeleteRemovesEveryChannelWithTheIdAndWritesOnlyThen) {
-    auto store = open();
-    Channel urgent = store->channels()[0];
-    const auto inode = inodeOf(file());
-    store->deleteChannel(Uuid::random());
-    EXPECT_EQ(inodeOf(file()), inode);
-    EXPECT_EQ(store->channels().size(), 1u);
-
-    store->deleteChannel(urgent.id);
-    EXPECT_TRUE(store->channels().empty());
-    EXPECT_NE(inodeOf(file()), inode);
-    EXPECT_TRUE(onDisk().channels.empty());
-    EXPECT_FALSE(store->channel(urgent.id).has_value());
-}
-
-TEST_F(StoreTest, DeleteRemovesDuplicatesOfTheId) {
     const std::string id = R"("id":"0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B")";
     writeStoreFile("{\"channels\":[{" + id + ",\"name\":\"A\"},{\"id\":" +
                    R"("11111111-2222-4333-8444-555555555555","name":"B"},{)" + id +
                    ",\"name\":\"C\"}],\"events\":[]}");
     auto store = open();
-    ASSERT_EQ(store->channels().size(), 3u);
-    EXPECT_EQ(store->channel(*Uuid::parse("0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B"))->name, "A");
-    store->deleteChannel(*Uuid::parse("0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B"));
+    const Uuid duplicated = *Uuid::parse("0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B");
+    EXPECT_EQ(store->channel(duplicated)->name, "A");
+    store->deleteChannel(Uuid::random());
+    EXPECT_EQ(store->saveCount(), 0u);
+    store->deleteChannel(duplicated);
     EXPECT_EQ(names(*store), (std::vector<std::string>{"B"}));
+    EXPECT_FALSE(store->channel(duplicated).has_value());
+    EXPECT_EQ(onDisk().channels, store->channels());
 }
 
 class MoveTest : public StoreTest {
@@ -580,9 +471,7 @@ TEST_F(MoveTest, DestinationCountsInTheListBeforeTheMove) {
     EXPECT_EQ(moved({1, 3}, 5), (Names{"A", "C", "E", "B", "D"}));
     EXPECT_EQ(moved({0, 2}, 2), (Names{"B", "A", "C", "D", "E"}));
     EXPECT_EQ(moved({2}, 3), (Names{"A", "B", "C", "D", "E"}));
-}
-
-TEST_F(MoveTest, OutOfRangePositionsAreIgnoredAndTheDestinationClamped) {
+    // Out-of-range positions are ignored and the destination clamped.
     EXPECT_EQ(moved({1, 9}, 99), (Names{"A", "C", "D", "E", "B"}));
 }
 
@@ -601,7 +490,7 @@ TEST_F(MoveTest, MoveAlwaysWritesAndNotifies) {
 
 // MARK: Events
 
-TEST_F(StoreTest, LogKeepsNewestFirstAndCapsAt200) {
+TEST_F(StoreTest, LogKeepsNewestFirstCapsAt200AndClears) {
     auto store = open();
     std::vector<Uuid> ids;
     for (int i = 0; i < 200; ++i) {
@@ -621,6 +510,13 @@ TEST_F(StoreTest, LogKeepsNewestFirstAndCapsAt200) {
     EXPECT_EQ(store->events().front(), newest);
     EXPECT_EQ(store->events().back().id, ids[1]); // the oldest went
     EXPECT_EQ(onDisk().events, store->events());
+
+    store->clearEvents();
+    EXPECT_TRUE(store->events().empty());
+    EXPECT_TRUE(onDisk().events.empty());
+    const auto inode = inodeOf(file());
+    store->clearEvents(); // always writes
+    EXPECT_NE(inodeOf(file()), inode);
 }
 
 TEST_F(StoreTest, OverfullFileIsTrimmedByTheNextLog) {
@@ -637,17 +533,6 @@ TEST_F(StoreTest, OverfullFileIsTrimmedByTheNextLog) {
     store->log(makeEvent(FireOutcome::noMatch, "A", "B", Date{2}));
     EXPECT_EQ(store->events().size(), 200u);
     EXPECT_EQ(store->events().front().receivedAt, Date{2});
-}
-
-TEST_F(StoreTest, ClearEventsEmptiesTheLogAndAlwaysWrites) {
-    auto store = open();
-    store->log(makeEvent(FireOutcome::noMatch, "Mail", "Bob", clock.now()));
-    store->clearEvents();
-    EXPECT_TRUE(store->events().empty());
-    EXPECT_TRUE(onDisk().events.empty());
-    const auto inode = inodeOf(file());
-    store->clearEvents();
-    EXPECT_NE(inodeOf(file()), inode);
 }
 
 // MARK: Invalid UTF-8
@@ -669,15 +554,12 @@ TEST_F(StoreTest, InvalidUtf8IsStoredRepairedAndReloadsEqual) {
 
         const FireEvent& stored = store->events()[0];
         EXPECT_EQ(*stored.app, "Ma" + replacement + "il");
-        EXPECT_TRUE(text::isValidUtf8(*stored.sender));
-        EXPECT_TRUE(text::isValidUtf8(*stored.title));
-        EXPECT_TRUE(text::isValidUtf8(stored.received->at(0).value));
-        EXPECT_NE(stored.title->find(replacement), std::string::npos);
+        for (const auto& text : {*stored.sender, *stored.title, stored.received->at(0).value})
+            EXPECT_TRUE(text::isValidUtf8(text));
         EXPECT_EQ(store->channels()[1].name, "Zo" + replacement);
         EXPECT_EQ(store->channels()[1].rule.senders[0], "Zo" + replacement);
         EXPECT_EQ(store->channels()[2].name, "Caf" + replacement);
         EXPECT_EQ(*store->setupWarning(), "bad " + replacement);
-        EXPECT_EQ(onDisk().events, store->events());
         events = store->events();
         channels = store->channels();
         EXPECT_TRUE(messages.empty());
@@ -685,17 +567,12 @@ TEST_F(StoreTest, InvalidUtf8IsStoredRepairedAndReloadsEqual) {
     auto store = open();
     EXPECT_EQ(store->events(), events);
     EXPECT_EQ(store->channels(), channels);
-}
 
-TEST_F(StoreTest, InvalidUtf8InAnUpdateIsRepaired) {
-    auto store = open();
+    // Updating twice with the same broken text is one change.
     Channel urgent = store->channels()[0];
-    urgent.rule.keywords = {"\xFF"};
     urgent.name = "Ur\xFFgent";
     store->update(urgent);
     EXPECT_EQ(store->channels()[0].name, "Ur" + replacement + "gent");
-    EXPECT_EQ(onDisk().channels, store->channels());
-    // Updating again with the same broken text is no change.
     const auto saves = store->saveCount();
     store->update(urgent);
     EXPECT_EQ(store->saveCount(), saves);
@@ -816,9 +693,6 @@ TEST_F(DerivedListsTest, NotificationHistoryHoldsForwardedNotificationsNewestFir
     EXPECT_EQ(newest.sender, "");
     EXPECT_EQ(newest.title, "Hello");
     EXPECT_EQ(newest.date, store->events().front().receivedAt);
-}
-
-TEST_F(DerivedListsTest, ForwardedAppsAreLowerCased) {
     EXPECT_EQ(store->forwardedApps(), (std::set<std::string>{"mail", "telegram", "whatsapp"}));
 }
 
@@ -890,22 +764,14 @@ TEST_F(DefaultLocationTest, UsesXdgDataHome) {
     EXPECT_EQ(info.st_mode & 0777, 0700u);
 }
 
-TEST_F(DefaultLocationTest, FallsBackToHomeWhenXdgIsUnsetEmptyOrRelative) {
+TEST_F(DefaultLocationTest, FallsBackToHomeAndElseToNoLocation) {
     const fs::path expected = root / "home" / ".local" / "share" / "ringwell" / "ringwell.json";
-    EXPECT_EQ(RingwellStore::defaultFileLocation(nullptr, (root / "home").c_str()), expected);
-    EXPECT_EQ(RingwellStore::defaultFileLocation("", (root / "home").c_str()), expected);
-    EXPECT_EQ(RingwellStore::defaultFileLocation("relative/dir", (root / "home").c_str()),
-              expected);
+    for (const char* xdg : {static_cast<const char*>(nullptr), "", "relative/dir"})
+        EXPECT_EQ(RingwellStore::defaultFileLocation(xdg, (root / "home").c_str()), expected);
     EXPECT_TRUE(fs::is_directory(expected.parent_path()));
-}
 
-TEST_F(DefaultLocationTest, NoLocationWithoutXdgAndHome) {
     EXPECT_FALSE(RingwellStore::defaultFileLocation(nullptr, nullptr).has_value());
-    EXPECT_FALSE(RingwellStore::defaultFileLocation("", "").has_value());
-    EXPECT_FALSE(RingwellStore::defaultFileLocation(nullptr, "relative").has_value());
-}
-
-TEST_F(DefaultLocationTest, NoLocationWhenTheDirectoryCannotBeCreated) {
+    EXPECT_FALSE(RingwellStore::defaultFileLocation("", "relative").has_value());
     writeFile(root / "blocker", "a file");
     EXPECT_FALSE(
         RingwellStore::defaultFileLocation((root / "blocker").c_str(), nullptr).has_value());

@@ -106,26 +106,17 @@ protected:
     FakeClock clock;
 };
 
-TEST_F(StoreProcessTest, LockHeldByAnotherProcessGivesAClearError) {
-    auto store = RingwellStore::open(file(), clock);
-    ASSERT_TRUE(store.ok());
-    EXPECT_EQ(openInChild(), "Another Ringwell process is using " + directory().string());
-}
-
-TEST_F(StoreProcessTest, LockIsReleasedWhenTheStoreCloses) {
+TEST_F(StoreProcessTest, LockRefusesAnotherStoreUntilTheStoreCloses) {
+    const std::string refusal = "Another Ringwell process is using " + directory().string();
     {
         auto store = RingwellStore::open(file(), clock);
         ASSERT_TRUE(store.ok());
+        EXPECT_EQ(openInChild(), refusal);
+        auto second = RingwellStore::open(file(), clock); // in this process too
+        ASSERT_FALSE(second.ok());
+        EXPECT_EQ(second.error().message, refusal);
     }
     EXPECT_EQ(openInChild(), "ok");
-}
-
-TEST_F(StoreProcessTest, SecondStoreInTheSameProcessIsRefusedToo) {
-    auto first = RingwellStore::open(file(), clock);
-    ASSERT_TRUE(first.ok());
-    auto second = RingwellStore::open(file(), clock);
-    ASSERT_FALSE(second.ok());
-    EXPECT_EQ(second.error().message, "Another Ringwell process is using " + directory().string());
 }
 
 TEST_F(StoreProcessTest, LockOfAKilledProcessIsReleased) {
