@@ -53,6 +53,9 @@ public:
                           const std::string& message = "the service said no") {
         failScheduleCall(scheduleCalls_, kind, message);
     }
+    void failNextSchedule(std::exception_ptr error) {
+        failScheduleCall(scheduleCalls_, std::move(error));
+    }
 
     // An alarm held from elsewhere (another ring, an earlier run).
     void hold(const Uuid& id) { held.push_back(Alarm{id, AlarmState::alerting, {}, {}, {}}); }
@@ -109,6 +112,12 @@ public:
         }
         if (auto failure = scheduleFailures_.find(call); failure != scheduleFailures_.end())
             std::rethrow_exception(failure->second);
+        // Like the real service: nothing is scheduled without permission or twice.
+        if (state != AlarmAuthorizationState::authorized)
+            throw AlarmServiceError(AlarmServiceError::Kind::failed, "alarms are not allowed");
+        if (std::any_of(held.begin(), held.end(), [&](const Alarm& a) { return a.id == id; }))
+            throw AlarmServiceError(AlarmServiceError::Kind::failed,
+                                    "alarm " + id.toString() + " is already scheduled");
         scheduled.push_back({id, configuration});
         held.push_back(Alarm{id, AlarmState::countdown, std::move(configuration), {}, {}});
     }
