@@ -35,12 +35,7 @@ protected:
     }
 
     void schedule(LocalAlarmService& service, const Uuid& id, AlarmConfiguration config) {
-        std::exception_ptr failure;
-        asio::co_spawn(context, service.schedule(id, std::move(config)),
-                       [&](std::exception_ptr error) { failure = error; });
-        drain(context);
-        if (failure)
-            std::rethrow_exception(failure);
+        scheduleNow(context, service, id, std::move(config));
     }
 
     const Alarm& only(const LocalAlarmService& service) {
@@ -86,37 +81,28 @@ TEST_F(AlarmPersistenceTest, ARestartResumesACountdownWithTheTimeThatIsLeft) {
     EXPECT_EQ(only(*service).state, AlarmState::alerting);
 }
 
-TEST_F(AlarmPersistenceTest, ADeadlinePassedWhileTheDaemonWasDownAlertsAtStart) {
-    {
-        auto service = run();
-        service->setAuthorization(AlarmAuthorizationState::authorized);
-        schedule(*service, id, configuration(60));
-    }
-    clock.advance(3600);
-    auto service = run();
-    drain(context);
-
-    EXPECT_EQ(only(*service).state, AlarmState::alerting);
-    EXPECT_EQ(sink.playing(), directory / "default.caf");
-    EXPECT_EQ(notices.requests.size(), 1u);
-}
-
-TEST_F(AlarmPersistenceTest, AnAlertingAlarmAlertsAgainAfterARestart) {
+// One alarm was alerting when the daemon stopped, one fell due while it was down.
+TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
+    const Uuid later = Uuid::random();
     {
         auto service = run();
         service->setAuthorization(AlarmAuthorizationState::authorized);
         schedule(*service, id, configuration(1));
+        schedule(*service, later, configuration(60));
         clock.advance(1);
         service->processDueAlarms();
         drain(context);
     }
     EXPECT_EQ(sink.playing(), std::nullopt); // the old run went quiet as it ended
+    clock.advance(3600);
     auto service = run();
     drain(context);
 
-    EXPECT_EQ(only(*service).state, AlarmState::alerting);
-    EXPECT_TRUE(sink.playing().has_value());
-    EXPECT_EQ(notices.requests.size(), 2u);
+    ASSERT_EQ(service->alarms().size(), 2u);
+    for (const Alarm& alarm : service->alarms())
+        EXPECT_EQ(alarm.state, AlarmState::alerting);
+    EXPECT_EQ(sink.playing(), directory / "default.caf");
+    EXPECT_EQ(notices.requests.size(), 3u);
 }
 
 TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
@@ -136,7 +122,7 @@ TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
     EXPECT_EQ(sink.playing(), std::nullopt);
 }
 
-TEST_F(AlarmPersistenceTest, StoppedAlarmsAndTheAnswerToThePermissionAreRemembered) {
+TEST_F(AlarmPersistenceTest, StoppedAlarmsAndThePermissionAreRememberedInAPrivateFile) {
     {
         auto service = run();
         service->setAuthorization(AlarmAuthorizationState::authorized);
@@ -144,6 +130,12 @@ TEST_F(AlarmPersistenceTest, StoppedAlarmsAndTheAnswerToThePermissionAreRemember
         schedule(*service, Uuid::random(), configuration(60));
         service->cancel(id);
     }
+    struct stat info {};
+    ASSERT_EQ(::stat(file().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    ASSERT_EQ(::stat(file().parent_path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+
     auto service = run();
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
     ASSERT_EQ(service->alarms().size(), 1u);
@@ -152,17 +144,6 @@ TEST_F(AlarmPersistenceTest, StoppedAlarmsAndTheAnswerToThePermissionAreRemember
     service->setAuthorization(AlarmAuthorizationState::denied);
     service.reset();
     EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::denied);
-}
-
-TEST_F(AlarmPersistenceTest, TheFileIsPrivate) {
-    auto service = run();
-    service->setAuthorization(AlarmAuthorizationState::authorized);
-
-    struct stat info {};
-    ASSERT_EQ(::stat(file().c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600u);
-    ASSERT_EQ(::stat(file().parent_path().c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0700u);
 }
 
 TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {

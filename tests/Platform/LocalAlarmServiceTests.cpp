@@ -43,19 +43,8 @@ protected:
         return service;
     }
 
-    // Runs `schedule` to its end; rethrows what it threw.
     void schedule(LocalAlarmService& service, const Uuid& id, AlarmConfiguration config) {
-        std::exception_ptr failure;
-        bool finished = false;
-        asio::co_spawn(context, service.schedule(id, std::move(config)),
-                       [&](std::exception_ptr error) {
-                           failure = error;
-                           finished = true;
-                       });
-        drain(context);
-        EXPECT_TRUE(finished);
-        if (failure)
-            std::rethrow_exception(failure);
+        scheduleNow(context, service, id, std::move(config));
     }
 
     AlarmAuthorizationState request(LocalAlarmService& service) {
@@ -95,22 +84,34 @@ protected:
 
 // MARK: Authorization
 
-TEST_F(LocalAlarmServiceTest, AnUnansweredRequestIsDeniedAtOnceAndTheHintLoggedOnce) {
+TEST_F(LocalAlarmServiceTest, WithoutPermissionARequestIsDeniedAtOnceAndNothingIsScheduled) {
     auto service = makeService();
-
     EXPECT_EQ(request(*service), AlarmAuthorizationState::denied);
     EXPECT_EQ(request(*service), AlarmAuthorizationState::denied);
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
     EXPECT_EQ(logger.count(LocalAlarmService::permissionHint), 1);
+    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(1)); }),
+              AlarmServiceError::Kind::failed);
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(1)); }),
+              AlarmServiceError::Kind::failed);
+    EXPECT_TRUE(service->alarms().empty());
 
     service->setAuthorization(AlarmAuthorizationState::authorized);
     EXPECT_EQ(request(*service), AlarmAuthorizationState::authorized);
 }
 
+// An observer may stop observing while it is told.
 TEST_F(LocalAlarmServiceTest, ObserversHearEveryChangeAndOnlyChanges) {
     auto service = makeService();
     std::vector<AlarmAuthorizationState> heard;
-    const auto token = service->observeAuthorization(
+    std::uint64_t token = 0;
+    int leaverCalls = 0;
+    const std::uint64_t leaver = service->observeAuthorization([&](AlarmAuthorizationState) {
+        ++leaverCalls;
+        service->stopObservingAuthorization(leaver);
+    });
+    token = service->observeAuthorization(
         [&](AlarmAuthorizationState state) { heard.push_back(state); });
 
     service->setAuthorization(AlarmAuthorizationState::authorized);
@@ -121,30 +122,7 @@ TEST_F(LocalAlarmServiceTest, ObserversHearEveryChangeAndOnlyChanges) {
 
     EXPECT_EQ(heard, (std::vector<AlarmAuthorizationState>{AlarmAuthorizationState::authorized,
                                                            AlarmAuthorizationState::denied}));
-}
-
-TEST_F(LocalAlarmServiceTest, AnObserverMayStopObservingWhileItIsTold) {
-    auto service = makeService();
-    int calls = 0;
-    std::uint64_t token = 0;
-    token = service->observeAuthorization([&](AlarmAuthorizationState) {
-        ++calls;
-        service->stopObservingAuthorization(token);
-    });
-
-    service->setAuthorization(AlarmAuthorizationState::authorized);
-    service->setAuthorization(AlarmAuthorizationState::denied);
-    EXPECT_EQ(calls, 1);
-}
-
-TEST_F(LocalAlarmServiceTest, NothingIsScheduledWithoutPermission) {
-    auto service = makeService();
-    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(1)); }),
-              AlarmServiceError::Kind::failed);
-    service->setAuthorization(AlarmAuthorizationState::denied);
-    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(1)); }),
-              AlarmServiceError::Kind::failed);
-    EXPECT_TRUE(service->alarms().empty());
+    EXPECT_EQ(leaverCalls, 1);
 }
 
 // MARK: Alerting
@@ -167,35 +145,18 @@ TEST_F(LocalAlarmServiceTest, AnAlertingAlarmPlaysItsToneAndPostsItsOwnNotice) {
     EXPECT_EQ(logger.count("Alarm " + first.toString() + " is alerting: Urgent: Mom"), 1);
 }
 
-TEST_F(LocalAlarmServiceTest, AMissingNamedToneAndTheDefaultSoundPlayTheDefaultTone) {
-    auto service = authorizedService();
-    schedule(*service, first, configuration(1, std::nullopt, "ringwell-bark.caf"));
-    pass(*service, 1);
-    EXPECT_EQ(sink.playing(), defaultTone());
-
-    service->stop(first);
-    schedule(*service, second, configuration(1, std::nullopt, std::nullopt));
-    pass(*service, 1);
-    EXPECT_EQ(sink.playing(), defaultTone());
-}
-
-TEST_F(LocalAlarmServiceTest, ANameThatLeavesTheSoundsDirectoryPlaysTheDefaultTone) {
+// A name that leaves the sounds directory must not play what it points at.
+TEST_F(LocalAlarmServiceTest, AMissingOrEscapingToneNameAndTheDefaultSoundPlayTheDefaultTone) {
     writeFile(directory / "secret.caf", "not a tone");
     auto service = authorizedService();
-    schedule(*service, first, configuration(1, std::nullopt, "../secret.caf"));
-    pass(*service, 1);
-    EXPECT_EQ(sink.playing(), defaultTone());
-}
-
-TEST_F(LocalAlarmServiceTest, StopSilencesTheToneAndEndsTheAlarm) {
-    auto service = authorizedService();
-    schedule(*service, first, configuration(1, std::nullopt, "ringwell-klaxon.caf"));
-    pass(*service, 1);
-
-    service->stop(first);
-    EXPECT_TRUE(service->alarms().empty());
-    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}}));
-    EXPECT_EQ(sink.playing(), std::nullopt);
+    const std::optional<std::string> names[] = {"ringwell-bark.caf", std::nullopt, "../secret.caf"};
+    for (const auto& name : names) {
+        const Uuid id = Uuid::random();
+        schedule(*service, id, configuration(1, std::nullopt, name));
+        pass(*service, 1);
+        EXPECT_EQ(sink.playing(), defaultTone()) << name.value_or("default");
+        service->stop(id);
+    }
 }
 
 TEST_F(LocalAlarmServiceTest, SnoozeSilencesAndTheAlarmAlertsAgainAfterThePostAlert) {
@@ -229,11 +190,14 @@ TEST_F(LocalAlarmServiceTest, TheAlarmThatAlertedLastIsHeardUntilItStops) {
     service->stop(second);
     EXPECT_EQ(sink.playing(), klaxon()); // the earlier alarm still alerts
     service->stop(first);
+    EXPECT_TRUE(service->alarms().empty());
+    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}}));
     EXPECT_EQ(sink.playing(), std::nullopt);
 }
 
-TEST_F(LocalAlarmServiceTest, AMissingAudioServerIsLoggedOnceAndTheAlarmStillAlerts) {
+TEST_F(LocalAlarmServiceTest, NoAudioServerOrARefusedNoticeIsLoggedAndTheAlarmStillAlerts) {
     sink.failEveryPlay(AudioProblem{AudioProblemKind::noAudioServer, "Connection refused"});
+    notices.refuse = true;
     auto service = authorizedService();
     schedule(*service, first, configuration(1));
     schedule(*service, second, configuration(2));
@@ -242,9 +206,9 @@ TEST_F(LocalAlarmServiceTest, AMissingAudioServerIsLoggedOnceAndTheAlarmStillAle
     pass(*service, 1);
     EXPECT_EQ(sink.calls().size(), 2u);
     EXPECT_EQ(logger.count(LocalAlarmService::noAudioMessage), 1);
+    EXPECT_EQ(logger.count("The alarm notice could not be shown: refused by the test"), 2);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
     EXPECT_EQ(stateOf(*service, second), AlarmState::alerting);
-    EXPECT_EQ(notices.requests.size(), 2u);
 }
 
 TEST_F(LocalAlarmServiceTest, AToneThatCannotBePlayedGivesWayToTheDefaultTone) {
@@ -258,16 +222,6 @@ TEST_F(LocalAlarmServiceTest, AToneThatCannotBePlayedGivesWayToTheDefaultTone) {
               (std::vector<Call>{{Call::Kind::play, klaxon()}, {Call::Kind::play, defaultTone()}}));
     EXPECT_EQ(logger.count("The alarm tone could not be played: not a sound file"), 2);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
-}
-
-TEST_F(LocalAlarmServiceTest, ARefusedNoticeIsLoggedAndTheAlarmStillAlerts) {
-    notices.refuse = true;
-    auto service = authorizedService();
-    schedule(*service, first, configuration(1));
-    pass(*service, 1);
-
-    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
-    EXPECT_EQ(logger.count("The alarm notice could not be shown: refused by the test"), 1);
 }
 
 // MARK: Operations and time

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -97,6 +98,22 @@ inline bool runUntil(asio::io_context& context, const std::function<bool()>& don
 inline void drain(asio::io_context& context) {
     context.restart();
     context.poll();
+}
+
+// Runs `service.schedule` to its end without waiting for timers; rethrows what
+// it threw.
+inline void scheduleNow(asio::io_context& context, AlarmService& service, const Uuid& id,
+                        AlarmConfiguration config) {
+    std::exception_ptr failure;
+    bool finished = false;
+    asio::co_spawn(context, service.schedule(id, std::move(config)), [&](std::exception_ptr error) {
+        failure = error;
+        finished = true;
+    });
+    drain(context);
+    EXPECT_TRUE(finished);
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 // An alarm configuration as the scheduler builds one, reduced to what the
