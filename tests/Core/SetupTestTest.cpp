@@ -46,16 +46,6 @@ protected:
         return {};
     }
 
-    static std::map<std::string, std::string> with(std::map<std::string, std::string> values,
-                                                   const std::string& name,
-                                                   std::optional<std::string> value) {
-        if (value)
-            values[name] = *value;
-        else
-            values.erase(name);
-        return values;
-    }
-
     SetupTest test{Date{800000000}};
 };
 
@@ -74,7 +64,9 @@ TEST_F(SetupTestTest, AWellMappedAutomationPassesInTheFixedOrder) {
 }
 
 TEST_F(SetupTestTest, AReportWithoutAFieldIgnoresItsDirectValue) {
-    auto fields = reported(with(goodMapping(), "Title", std::nullopt));
+    auto values = goodMapping();
+    values.erase("Title");
+    auto fields = reported(values);
     fields.title = "Alarm";
     auto checks = evaluate(fields);
     EXPECT_EQ(checks[1].field, Field::title);
@@ -111,78 +103,100 @@ TEST_F(SetupTestTest, EverythingMissingFailsAppTitleAndTimeSensitiveOnly) {
     EXPECT_EQ(checks[3].hint, "This notification had no text.");
 }
 
-TEST_F(SetupTestTest, ATitleThatIsNotTheNotificationsFails) {
-    auto title = check(with(goodMapping(), "Title", "x"), Field::title);
-    EXPECT_EQ(title.status, Status::failed);
-    EXPECT_EQ(title.hint, "Doesn't match the notification's title (Alarm). Set Title from the "
-                          "notification with --title or the JSON field \"notificationTitle\".");
-}
-
-TEST_F(SetupTestTest, TheNotificationTitleIsTrimmedOfBlanksOnly) {
-    auto values = with(goodMapping(), "Notification", " \tAlarm \nServer down");
-    EXPECT_EQ(check(values, Field::title).status, Status::passed);
-}
-
-TEST_F(SetupTestTest, ANotificationWithoutALineBreakNeverFailsTheBody) {
-    auto values = with(goodMapping(), "Notification", "Alarm");
-    values = with(values, "Body", "Something else");
-    EXPECT_EQ(check(values, Field::body).status, Status::passed);
-    EXPECT_EQ(check(values, Field::title).status, Status::passed);
-}
-
-TEST_F(SetupTestTest, ACarriageReturnLineFeedDoesNotSplitTheNotification) {
-    auto values = with(goodMapping(), "Notification", "Alarm\r\nServer down");
-    // The whole text is the reference title, so the mapped title differs.
-    EXPECT_EQ(check(values, Field::title).status, Status::failed);
-    EXPECT_EQ(check(values, Field::body).status, Status::passed);
-}
-
-TEST_F(SetupTestTest, AnEmptyBodyFailsWhenTheNotificationHadText) {
-    auto body = check(with(goodMapping(), "Body", ""), Field::body);
-    EXPECT_EQ(body.status, Status::failed);
-    EXPECT_EQ(body.hint, "Doesn't match the notification's text. Set Body from the notification "
-                         "with --body or the JSON field \"notificationBody\".");
-}
-
-TEST_F(SetupTestTest, AnEmptyBodyIsUnverifiableWhenTheNotificationHadNoText) {
-    auto values = with(with(goodMapping(), "Body", ""), "Notification", "Alarm\n  ");
-    EXPECT_EQ(check(values, Field::body).status, Status::unverifiable);
-}
-
-TEST_F(SetupTestTest, ASubtitleEqualToTheBodyFailsBoth) {
-    auto values = with(goodMapping(), "Subtitle", "Server down");
-    auto subtitle = check(values, Field::subtitle);
-    auto body = check(values, Field::body);
-    EXPECT_EQ(subtitle.status, Status::failed);
-    EXPECT_EQ(body.status, Status::failed);
-    EXPECT_EQ(body.hint, "Has the same value as another field. Set Body from the notification with "
-                         "--body or the JSON field \"notificationBody\".");
-}
-
-TEST_F(SetupTestTest, ComparisonsAreExact) {
-    EXPECT_EQ(check(with(goodMapping(), "Subtitle", "alarm"), Field::subtitle).status,
-              Status::passed);
-}
-
-TEST_F(SetupTestTest, TheSenderIsComparedWithTheBodyOnly) {
-    EXPECT_EQ(check(with(goodMapping(), "Sender", "Alarm"), Field::sender).status, Status::passed);
-    auto sender = check(with(goodMapping(), "Sender", "Server down"), Field::sender);
-    EXPECT_EQ(sender.status, Status::failed);
-    EXPECT_EQ(sender.hint, "Has the same value as another field. Set Sender from the notification "
-                           "with --sender or the JSON field \"sender\".");
-}
-
-TEST_F(SetupTestTest, TimeSensitiveNeedsATruthValueOfEitherKind) {
-    for (const char* value : {"TRUE", "0", " false "})
-        EXPECT_EQ(
-            check(with(goodMapping(), "Is Time Sensitive", value), Field::timeSensitive).status,
-            Status::passed)
-            << value;
-    for (const char* value : {"on", ""})
-        EXPECT_EQ(
-            check(with(goodMapping(), "Is Time Sensitive", value), Field::timeSensitive).status,
-            Status::failed)
-            << value;
+// One or two values of the good mapping changed, and how the named check judges it.
+TEST_F(SetupTestTest, EachFieldIsJudgedAgainstTheNotificationText) {
+    using Changes = std::map<std::string, std::string>;
+    const std::string sameValue = "Has the same value as another field. ";
+    const struct {
+        const char* why;
+        Changes changes;
+        Field field;
+        Status status;
+        std::optional<std::string> hint;
+    } cases[] = {
+        {"title differs",
+         {{"Title", "x"}},
+         Field::title,
+         Status::failed,
+         "Doesn't match the notification's title (Alarm). Set Title from the notification with "
+         "--title or the JSON field \"notificationTitle\"."},
+        {"title trimmed of blanks only",
+         {{"Notification", " \tAlarm \nServer down"}},
+         Field::title,
+         Status::passed,
+         std::nullopt},
+        {"no line break: no body to compare",
+         {{"Notification", "Alarm"}, {"Body", "Other"}},
+         Field::body,
+         Status::passed,
+         std::nullopt},
+        {"CR LF does not split",
+         {{"Notification", "Alarm\r\nServer down"}},
+         Field::title,
+         Status::failed,
+         std::nullopt},
+        {"empty body, notification had text",
+         {{"Body", ""}},
+         Field::body,
+         Status::failed,
+         "Doesn't match the notification's text. Set Body from the notification with --body or "
+         "the JSON field \"notificationBody\"."},
+        {"empty body, notification had none",
+         {{"Body", ""}, {"Notification", "Alarm\n  "}},
+         Field::body,
+         Status::unverifiable,
+         std::nullopt},
+        {"subtitle equal to the body",
+         {{"Subtitle", "Server down"}},
+         Field::subtitle,
+         Status::failed,
+         std::nullopt},
+        {"body equal to the subtitle",
+         {{"Subtitle", "Server down"}},
+         Field::body,
+         Status::failed,
+         sameValue + "Set Body from the notification with --body or the JSON field "
+                     "\"notificationBody\"."},
+        {"comparisons are exact",
+         {{"Subtitle", "alarm"}},
+         Field::subtitle,
+         Status::passed,
+         std::nullopt},
+        {"sender may equal the title",
+         {{"Sender", "Alarm"}},
+         Field::sender,
+         Status::passed,
+         std::nullopt},
+        {"sender equal to the body",
+         {{"Sender", "Server down"}},
+         Field::sender,
+         Status::failed,
+         sameValue + "Set Sender from the notification with --sender or the JSON field "
+                     "\"sender\"."},
+        {"true",
+         {{"Is Time Sensitive", "TRUE"}},
+         Field::timeSensitive,
+         Status::passed,
+         std::nullopt},
+        {"0", {{"Is Time Sensitive", "0"}}, Field::timeSensitive, Status::passed, std::nullopt},
+        {"false",
+         {{"Is Time Sensitive", " false "}},
+         Field::timeSensitive,
+         Status::passed,
+         std::nullopt},
+        {"on", {{"Is Time Sensitive", "on"}}, Field::timeSensitive, Status::failed, std::nullopt},
+        {"empty", {{"Is Time Sensitive", ""}}, Field::timeSensitive, Status::failed, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        auto values = goodMapping();
+        for (const auto& [name, value] : c.changes)
+            values[name] = value;
+        const SetupCheck judged = check(values, c.field);
+        EXPECT_EQ(judged.status, c.status) << c.why;
+        if (c.hint) {
+            EXPECT_EQ(judged.hint, c.hint) << c.why;
+        }
+    }
 }
 
 TEST_F(SetupTestTest, AllPassedCountsUnverifiableAsNoFailure) {
@@ -201,31 +215,23 @@ TEST_F(SetupTestTest, ACheckEncodesWithItsHintOnlyWhenPresent) {
         toJson(SetupCheck{Field::sender, Status::passed, "Alice", std::nullopt}).contains("hint"));
 }
 
-class SetupDiagnosticsTest : public ::testing::Test {};
-
-TEST_F(SetupDiagnosticsTest, NoDetailsAtAll) {
-    ShortcutInputFields fields;
-    fields.sender = " \n";
-    fields.timeSensitive = "yes";
-    fields.received = {{"App", "Mail"}};
-    EXPECT_EQ(SetupDiagnostics::warning(fields),
+TEST(SetupDiagnosticsTest, WarnsOfNoDetailsOrNoAppAndAnAppAloneIsEnough) {
+    ShortcutInputFields blank;
+    blank.sender = " \n";
+    blank.timeSensitive = "yes";
+    blank.received = {{"App", "Mail"}};
+    EXPECT_EQ(SetupDiagnostics::warning(blank),
               "Your automation isn't passing any notification details. Map each field of the "
               "captured desktop notification to ringwell send's options or the JSON fields.");
-}
-
-TEST_F(SetupDiagnosticsTest, NoApp) {
-    ShortcutInputFields fields;
-    fields.app = "  ";
-    fields.title = "Hello";
-    EXPECT_EQ(SetupDiagnostics::warning(fields),
+    ShortcutInputFields noApp;
+    noApp.app = "  ";
+    noApp.title = "Hello";
+    EXPECT_EQ(SetupDiagnostics::warning(noApp),
               "Your automation isn't passing the app, so rules that name apps can't match. Set App "
               "from the notification with --app or the JSON field \"app\".");
-}
-
-TEST_F(SetupDiagnosticsTest, AnAppAloneIsEnough) {
-    ShortcutInputFields fields;
-    fields.app = "Mail";
-    EXPECT_EQ(SetupDiagnostics::warning(fields), std::nullopt);
+    ShortcutInputFields appOnly;
+    appOnly.app = "Mail";
+    EXPECT_EQ(SetupDiagnostics::warning(appOnly), std::nullopt);
 }
 
 } // namespace
