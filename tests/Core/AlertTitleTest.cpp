@@ -26,27 +26,15 @@ protected:
     }
 };
 
-TEST_F(AlertTitleTest, WhiteSpaceRunsCollapseAndEndsAreDropped) {
+TEST_F(AlertTitleTest, TitleAndBodyJoinCollapsedElseTheChannelNameStands) {
     EXPECT_EQ(make("  Server\n down ", std::nullopt), "Server down");
     EXPECT_EQ(make("\tDisk\r\n\r\nfull\t", " at  03:00\n"), "Disk full: at 03:00");
-}
-
-TEST_F(AlertTitleTest, TitleAndBodyJoinWithColon) {
     EXPECT_EQ(make("Mom", "Call me"), "Mom: Call me");
     EXPECT_EQ(make(std::nullopt, "Call me"), "Call me");
-}
-
-TEST_F(AlertTitleTest, PartsThatCollapseToNothingAreDropped) {
     EXPECT_EQ(make(" \n\t ", "Call me"), "Call me");
     EXPECT_EQ(make("Mom", "   "), "Mom");
-}
-
-TEST_F(AlertTitleTest, ChannelNameWhenNothingOfTheNotificationRemains) {
     EXPECT_EQ(make(std::nullopt, std::nullopt), "Urgent");
     EXPECT_EQ(make("  ", "\n"), "Urgent");
-}
-
-TEST_F(AlertTitleTest, ChannelNameWhenTextIsHidden) {
     EXPECT_EQ(make("Mom", "Call me", false), "Urgent");
 }
 
@@ -57,19 +45,13 @@ TEST_F(AlertTitleTest, PrefixComesFirstAndCountsTowardsTheLimit) {
     EXPECT_EQ(title, "Test: " + repeated("x", 33) + ellipsis);
 }
 
-TEST_F(AlertTitleTest, FortyCharactersStayAsTheyAre) {
+TEST_F(AlertTitleTest, CutAtFortyCharactersNeverSplitsAnEmojiSequence) {
     EXPECT_EQ(make(repeated("a", 40), std::nullopt), repeated("a", 40));
     EXPECT_EQ(make(repeated("a", 41), std::nullopt), repeated("a", 39) + ellipsis);
-}
-
-TEST_F(AlertTitleTest, CutNeverSplitsAnEmojiSequence) {
     EXPECT_EQ(make(repeated("a", 38) + thumbsUpMediumSkin + "bc", std::nullopt),
               repeated("a", 38) + thumbsUpMediumSkin + ellipsis);
     EXPECT_EQ(make(repeated("a", 38) + family + family + "b", std::nullopt),
               repeated("a", 38) + family + ellipsis);
-}
-
-TEST_F(AlertTitleTest, TruncateHonoursItsLimit) {
     EXPECT_EQ(AlertTitle::truncate("abcdef", 4), "abc" + ellipsis);
     EXPECT_EQ(AlertTitle::truncate("abcd", 4), "abcd");
     EXPECT_EQ(AlertTitle::truncate("ab", 1), ellipsis);

@@ -22,27 +22,21 @@ protected:
     Date now = at("2025-06-02T10:00:00Z");
 };
 
-TEST_F(ConnectionStatusTest, NoAttributedEventsMeansNeverTriggered) {
+TEST_F(ConnectionStatusTest, CountsOnlyTheChannelsEventsAndTakesTheFirstInLogOrder) {
     auto status = ConnectionStatus::of(channel, {{other, now}, {std::nullopt, now}});
     EXPECT_EQ(status.count, 0);
     EXPECT_EQ(status.lastTriggered, std::nullopt);
     EXPECT_EQ(status.label(now), "Never triggered");
-}
-
-TEST_F(ConnectionStatusTest, CountsOnlyTheChannelsEventsAndTakesTheNewest) {
     std::vector<Trigger> newestFirst = {
         {other, at("2025-06-02T09:00:00Z")},   {std::nullopt, at("2025-06-02T08:00:00Z")},
         {channel, at("2025-06-01T12:00:00Z")}, {other, at("2025-06-01T11:00:00Z")},
         {channel, at("2025-05-30T12:00:00Z")},
     };
-    auto status = ConnectionStatus::of(channel, newestFirst);
+    status = ConnectionStatus::of(channel, newestFirst);
     EXPECT_EQ(status.count, 2);
     EXPECT_EQ(status.lastTriggered, at("2025-06-01T12:00:00Z"));
-}
-
-TEST_F(ConnectionStatusTest, LogOrderDecidesTheLastTrigger) {
     // The log is newest first; the first attributed entry is taken as it is.
-    auto status = ConnectionStatus::of(
+    status = ConnectionStatus::of(
         channel, {{channel, at("2025-06-01T12:00:00Z")}, {channel, at("2025-06-02T09:00:00Z")}});
     EXPECT_EQ(status.lastTriggered, at("2025-06-01T12:00:00Z"));
 }
@@ -55,21 +49,14 @@ TEST_F(ConnectionStatusTest, LabelPicksTheUnitFromTheInterval) {
     EXPECT_EQ(labelFor(30 * 3600), "Last triggered yesterday");
     EXPECT_EQ(labelFor(8 * 86400), "Last triggered last week");
     EXPECT_EQ(labelFor(800 * 86400), "Last triggered 2 years ago");
-}
-
-TEST_F(ConnectionStatusTest, FutureTriggerReadsAhead) {
     EXPECT_EQ(labelFor(-120), "Last triggered in 2 minutes");
 }
 
-TEST(AppReachabilityTest, NamesCompareLowerCased) {
+TEST(AppReachabilityTest, NamesCompareLowerCasedAndOtherwiseExactly) {
     const std::vector<std::string> known = {"Mail", "Messages", "Phone"};
     EXPECT_TRUE(ConnectionStatus::isReaching("mail", known));
     EXPECT_TRUE(ConnectionStatus::isReaching("PHONE", known));
     EXPECT_TRUE(ConnectionStatus::isReaching("ÉCOLE", {"école"}));
-}
-
-TEST(AppReachabilityTest, NamesMustOtherwiseMatchExactly) {
-    const std::vector<std::string> known = {"Mail", "Messages"};
     EXPECT_FALSE(ConnectionStatus::isReaching("Mail ", known));
     EXPECT_FALSE(ConnectionStatus::isReaching("Mai", known));
     EXPECT_FALSE(ConnectionStatus::isReaching("Slack", known));

@@ -138,7 +138,7 @@ TEST_F(DiagnosticsReportTest, NothingPrivateAppearsAnywhere) {
               std::string::npos);
 }
 
-TEST(DiagnosticsRedactedTest, EveryConditionInItsPlace) {
+TEST(DiagnosticsRedactedTest, RedactedRulesPutEveryConditionInItsPlace) {
     ChannelRule rule;
     rule.apps = {"PagerDuty", "Opsgenie"};
     rule.senders = {"a", "b"};
@@ -151,16 +151,12 @@ TEST(DiagnosticsRedactedTest, EveryConditionInItsPlace) {
     EXPECT_EQ(DiagnosticsReport::redacted(rule),
               "apps: PagerDuty, Opsgenie, 2 senders, 1 keyword, regex, missed calls, cooldown "
               "60s, active Weekdays 22:00\u201307:00, 3\u00D7 in 10 min");
-}
 
-TEST(DiagnosticsRedactedTest, FrequencyMinutesAreTruncated) {
-    ChannelRule rule;
+    // Frequency minutes are truncated; a cooldown below one second adds nothing.
+    rule = ChannelRule{};
     rule.frequency = FrequencyCondition{5, 90};
     EXPECT_EQ(DiagnosticsReport::redacted(rule), "any app, 5\u00D7 in 1 min");
-}
-
-TEST(DiagnosticsRedactedTest, CooldownBelowOneSecondAddsNothing) {
-    ChannelRule rule;
+    rule = ChannelRule{};
     rule.cooldownSeconds = 0;
     EXPECT_EQ(DiagnosticsReport::redacted(rule), "any app");
     rule.cooldownSeconds = -5;

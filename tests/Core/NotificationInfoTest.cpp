@@ -60,7 +60,8 @@ TEST(ShortcutInputTest, TextsAreBoundedAfterTrimmingAtACharacterBoundary) {
     EXPECT_EQ(direct.sender.size(), limit);
 }
 
-TEST(ShortcutInputTest, WholeNotificationTextSplitsAtTheFirstLineFeed) {
+// A CR LF does not split; a title or body that arrived is not replaced.
+TEST(ShortcutInputTest, WholeNotificationTextSplitsAtTheFirstLineFeedOnly) {
     Input input;
     input.notification = "Alice\nHi there\nsecond line";
     auto fields = input.fields();
@@ -77,12 +78,9 @@ TEST(ShortcutInputTest, WholeNotificationTextSplitsAtTheFirstLineFeed) {
     fields = input.fields();
     EXPECT_EQ(fields.title, "Only a title");
     EXPECT_FALSE(fields.body);
-}
 
-TEST(ShortcutInputTest, CarriageReturnLineFeedDoesNotSplit) {
-    Input input;
     input.notification = "A\r\nB";
-    auto fields = input.fields();
+    fields = input.fields();
     EXPECT_EQ(fields.title, "A\r\nB");
     EXPECT_FALSE(fields.body);
 
@@ -90,13 +88,10 @@ TEST(ShortcutInputTest, CarriageReturnLineFeedDoesNotSplit) {
     fields = input.fields();
     EXPECT_EQ(fields.title, "A\r\nB");
     EXPECT_EQ(fields.body, "C");
-}
 
-TEST(ShortcutInputTest, NoFallbackWhenTitleOrBodyArrived) {
-    Input input;
     input.notification = "Alice\nHi";
     input.body = "Real body";
-    auto fields = input.fields();
+    fields = input.fields();
     EXPECT_FALSE(fields.title);
     EXPECT_EQ(fields.body, "Real body");
 }
@@ -123,7 +118,7 @@ TEST(NotificationInfoTest, DirectConstructionFallsBackToNow) {
     EXPECT_EQ(info.date, at("2025-01-02T03:04:05Z"));
 }
 
-TEST(NotificationInfoTest, CallKindComesFromThePhoneApp) {
+TEST(NotificationInfoTest, CallKindAndFromFollowTheNotification) {
     NotificationInfo call;
     call.app = "phone";
     EXPECT_EQ(call.callKind(), CallKind::incoming);
@@ -132,9 +127,6 @@ TEST(NotificationInfoTest, CallKindComesFromThePhoneApp) {
     EXPECT_EQ(call.callKind(), CallKind::missed);
     call.app = "Phone Pal";
     EXPECT_FALSE(call.callKind());
-}
-
-TEST(NotificationInfoTest, FromIsTheSenderElseTheTitle) {
     NotificationInfo info;
     info.title = "Bob";
     EXPECT_EQ(info.from(), "Bob");
@@ -142,15 +134,12 @@ TEST(NotificationInfoTest, FromIsTheSenderElseTheTitle) {
     EXPECT_EQ(info.from(), "Alice");
 }
 
-TEST(NotificationInfoTest, JsonRoundTripsWithAndWithoutReceived) {
+TEST(NotificationInfoTest, JsonRoundTripsAndDecodingFailsOnMissingOrMistypedKeys) {
     NotificationInfo info{"Mail", "Ann", "Hi", "", "Body", Date{10.5}, true, std::nullopt};
     EXPECT_FALSE(toJson(info).contains("received"));
     EXPECT_EQ(notificationFromJson(toJson(info)), info);
     info.received = std::vector<ReceivedField>{{"Title", "Hi"}};
     EXPECT_EQ(notificationFromJson(toJson(info)), info);
-}
-
-TEST(NotificationInfoTest, DecodingFailsOnMissingOrMistypedKeys) {
     auto valid = toJson(NotificationInfo{});
     auto missing = valid;
     missing.erase("date");
@@ -159,13 +148,9 @@ TEST(NotificationInfoTest, DecodingFailsOnMissingOrMistypedKeys) {
     mistyped["isTimeSensitive"] = "yes";
     EXPECT_THROW(notificationFromJson(mistyped), json::DecodeError);
     EXPECT_THROW(notificationFromJson(json::Json::array()), json::DecodeError);
-}
 
-TEST(NotificationInfoTest, InvalidUtf8IsEncodedRepaired) {
-    NotificationInfo info;
-    info.body = "bad \xFF byte";
-    std::string encoded = json::encode(toJson(info));
-    auto decoded = json::decode(encoded, notificationFromJson);
+    info.body = "bad \xFF byte"; // encoded repaired
+    auto decoded = json::decode(json::encode(toJson(info)), notificationFromJson);
     ASSERT_TRUE(decoded);
     EXPECT_EQ(decoded.value().body, "bad \uFFFD byte");
 }

@@ -32,10 +32,15 @@ protected:
     }
 };
 
-TEST_F(RuleMatcherTest, EmptyRuleMatchesWithoutChecks) {
+TEST_F(RuleMatcherTest, EmptyRuleMatchesWithoutChecksAndEvaluationsHaveAJsonForm) {
     auto evaluation = evaluate(ChannelRule{}, note("", "", ""));
     EXPECT_TRUE(evaluation.checks.empty());
     EXPECT_TRUE(evaluation.matches());
+    ChannelRule rule;
+    rule.apps = {"Mail"};
+    EXPECT_EQ(json::encode(toJson(evaluate(rule, note("Mail", "", "")))),
+              R"({"matches":true,"checks":[{"condition":"app","passed":true,)"
+              R"("detail":"\"Mail\" is one of Mail"}]})");
 }
 
 TEST_F(RuleMatcherTest, AppIsAWholeCaseInsensitiveNameWithEntriesTrimmed) {
@@ -149,6 +154,13 @@ TEST_F(RuleMatcherTest, FrequencyCountsMatchingHistoryInsideTheInclusiveWindow) 
     // The notification itself, entries failing the keyword and later entries don't count.
     EXPECT_EQ(evaluate(rule, now).checks.back().detail,
               "1 matching in the last 10 min, rule wants 3");
+
+    // Minutes are truncated.
+    history.clear();
+    rule.keywords.clear();
+    rule.frequency = FrequencyCondition{2, 59};
+    EXPECT_EQ(evaluate(rule, note("A", "", "")).checks.back().detail,
+              "1 matching in the last 0 min, rule wants 2");
 }
 
 TEST_F(RuleMatcherTest, FrequencyJudgesActiveHoursAtEachEntrysOwnDate) {
@@ -160,21 +172,6 @@ TEST_F(RuleMatcherTest, FrequencyJudgesActiveHoursAtEachEntrysOwnDate) {
                note("A", "", "", "", at("2025-01-06T10:05:00Z"))};
     EXPECT_EQ(evaluate(rule, now).checks.back().detail,
               "2 matching in the last 60 min, rule wants 2");
-}
-
-TEST_F(RuleMatcherTest, FrequencyDetailTruncatesMinutes) {
-    ChannelRule rule;
-    rule.frequency = FrequencyCondition{2, 59};
-    EXPECT_EQ(evaluate(rule, note("A", "", "")).checks.back().detail,
-              "1 matching in the last 0 min, rule wants 2");
-}
-
-TEST_F(RuleMatcherTest, EvaluationJsonForm) {
-    ChannelRule rule;
-    rule.apps = {"Mail"};
-    EXPECT_EQ(json::encode(toJson(evaluate(rule, note("Mail", "", "")))),
-              R"({"matches":true,"checks":[{"condition":"app","passed":true,)"
-              R"("detail":"\"Mail\" is one of Mail"}]})");
 }
 
 } // namespace

@@ -43,7 +43,7 @@ TEST(TextMatcherTest, CatastrophicBacktrackingIsCutOffAsNoMatch) {
     EXPECT_TRUE(TextMatcher::matches("(a+)+$", "aaa", PatternKind::regex));
 }
 
-TEST(TextMatcherTest, CachedExpressionsGiveTheSameAnswers) {
+TEST(TextMatcherTest, CachedExpressionsGiveTheSameAnswersWhenTheCacheOverflows) {
     for (int round = 0; round < 3; ++round) {
         EXPECT_TRUE(TextMatcher::matches("b+", "abbbc", PatternKind::regex));
         EXPECT_FALSE(TextMatcher::matches("b+", "ac", PatternKind::regex));
@@ -52,9 +52,6 @@ TEST(TextMatcherTest, CachedExpressionsGiveTheSameAnswers) {
     for (int i = 0; i < 1200; ++i)
         EXPECT_TRUE(TextMatcher::matches("x" + std::to_string(i), "x" + std::to_string(i) + "y",
                                          PatternKind::regex));
-}
-
-TEST(TextMatcherTest, SearchesSurviveTheCacheFillingWithCompiledOnlyPatterns) {
     // The rule editor compiles every pattern it describes without searching.
     EXPECT_TRUE(TextMatcher::matches("ring+", "ringgg", PatternKind::regex));
     for (int i = 0; i < 600; ++i)

@@ -7,20 +7,15 @@
 namespace ringwell {
 namespace {
 
-TEST(TextTest, TrimsUnicodeWhiteSpaceAndLineBreaks) {
+// Horizontal trimming keeps line breaks.
+TEST(TextTest, TrimsAndCollapsesUnicodeWhiteSpace) {
     EXPECT_EQ(text::trimmed(" \t\r\n\u00A0\u2028Mom\u3000\n"), "Mom");
     EXPECT_EQ(text::trimmed("a b"), "a b");
     EXPECT_TRUE(text::isBlank(" \t\n\u2029\u00A0"));
     EXPECT_TRUE(text::isBlank(""));
     EXPECT_FALSE(text::isBlank(" . "));
-}
-
-TEST(TextTest, HorizontalTrimKeepsLineBreaks) {
     EXPECT_EQ(text::trimmedHorizontal(" \t\u00A0urgent\u2003"), "urgent");
     EXPECT_EQ(text::trimmedHorizontal("\nurgent\n"), "\nurgent\n");
-}
-
-TEST(TextTest, CollapsesWhitespaceRuns) {
     EXPECT_EQ(text::collapsedWhitespace("  Server\n \tdown  "), "Server down");
     EXPECT_EQ(text::collapsedWhitespace(" \n "), "");
 }
@@ -43,16 +38,13 @@ TEST(TextTest, ContainmentIgnoresCaseAndDiacritics) {
     EXPECT_FALSE(text::containsIgnoringCaseAndDiacritics("", "a"));
 }
 
-TEST(TextTest, CountsUserPerceivedCharacters) {
+TEST(TextTest, CountsAndCutsUserPerceivedCharacters) {
     EXPECT_EQ(text::characterCount(""), 0u);
     EXPECT_EQ(text::characterCount("a\r\nb"), 3u); // CRLF is one character
     EXPECT_EQ(text::characterCount("e\u0301"), 1u);
     EXPECT_EQ(text::characterCount("\U0001F44D\U0001F3FD"), 1u); // thumbs up, skin tone
     EXPECT_EQ(text::characterCount("\U0001F468\u200D\U0001F469\u200D\U0001F467"), 1u); // family
     EXPECT_EQ(text::characterCount("\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7"), 2u);   // two flags
-}
-
-TEST(TextTest, CutsWithoutSplittingCharacters) {
     EXPECT_EQ(text::prefixCharacters("a\r\nb", 2), "a\r\n");
     EXPECT_EQ(text::prefixCharacters("e\u0301e\u0301", 1), "e\u0301");
     EXPECT_EQ(text::prefixCharacters("\U0001F44D\U0001F3FDx", 1), "\U0001F44D\U0001F3FD");
