@@ -29,17 +29,28 @@ std::optional<Calendar> Calendar::inTimeZone(std::string_view zoneId) {
     return Calendar(std::move(calendar));
 }
 
-Calendar::Calendar(const Calendar& other) : calendar_(other.calendar_->clone()) {}
+Calendar::Calendar(const Calendar& other)
+    : calendar_(other.calendar_->clone()), pinned_(other.pinned_) {}
 Calendar& Calendar::operator=(const Calendar& other) {
-    if (this != &other)
+    if (this != &other) {
         calendar_.reset(other.calendar_->clone());
+        pinned_ = other.pinned_;
+    }
     return *this;
 }
 Calendar::Calendar(Calendar&&) noexcept = default;
 Calendar& Calendar::operator=(Calendar&&) noexcept = default;
 Calendar::~Calendar() = default;
 
+Calendar Calendar::pinnedTo(Components face) const {
+    Calendar pinned(*this);
+    pinned.pinned_ = face;
+    return pinned;
+}
+
 std::optional<Calendar::Components> Calendar::components(Date date) const {
+    if (pinned_)
+        return pinned_;
     UErrorCode status = U_ZERO_ERROR;
     calendar_->setTime(date.unixMilliseconds(), status);
     Components result;
