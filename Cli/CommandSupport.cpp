@@ -1,5 +1,8 @@
 #include "Cli/CommandSupport.h"
 
+#include <fstream>
+#include <sstream>
+
 namespace ringwell::cli {
 
 std::optional<Arguments> parseCommand(CommandContext& context, std::string_view command,
@@ -21,6 +24,17 @@ std::optional<Arguments> parseCommand(CommandContext& context, std::string_view 
         return std::nullopt;
     }
     return std::move(parsed).value();
+}
+
+Result<std::string> readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return Error{"cannot read " + path};
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    if (file.bad())
+        return Error{"cannot read " + path};
+    return contents.str();
 }
 
 } // namespace ringwell::cli

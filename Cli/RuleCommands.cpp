@@ -1,15 +1,14 @@
 #include "Cli/RuleCommands.h"
 
 #include "Cli/Arguments.h"
+#include "Cli/CommandSupport.h"
 #include "Core/Calendar.h"
 #include "Core/Json.h"
 #include "Core/RuleMatcher.h"
 #include "Core/RuleTemplate.h"
 
 #include <chrono>
-#include <fstream>
 #include <iostream>
-#include <sstream>
 
 namespace ringwell::cli {
 namespace {
@@ -18,17 +17,6 @@ Date currentDate() {
     using namespace std::chrono;
     auto now = duration_cast<duration<double>>(system_clock::now().time_since_epoch());
     return Date::fromUnixSeconds(now.count());
-}
-
-Result<std::string> readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        return Error{"cannot read " + path};
-    std::ostringstream contents;
-    contents << file.rdbuf();
-    if (file.bad())
-        return Error{"cannot read " + path};
-    return contents.str();
 }
 
 // A rule given inline as JSON, or as @FILE.

@@ -4,6 +4,7 @@
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
 #include "Cli/OpenCommand.h"
+#include "Cli/ReplayCommands.h"
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
 
@@ -25,13 +26,14 @@ int usageError(CommandContext& context, std::string_view command, std::string_vi
 namespace {
 
 const Command* const commands[] = {
-    &serveCommand,         &openCommand,          &sendCommand,        &ringCommand,
-    &stopAllCommand,       &channelsCommand,      &channelShowCommand, &channelAddCommand,
-    &channelUpdateCommand, &channelDeleteCommand, &channelMoveCommand, &previewCommand,
-    &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
-    &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
-    &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
-    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand};
+    &serveCommand,         &openCommand,          &sendCommand,         &ringCommand,
+    &stopAllCommand,       &channelsCommand,      &channelShowCommand,  &channelAddCommand,
+    &channelUpdateCommand, &channelDeleteCommand, &channelMoveCommand,  &previewCommand,
+    &eventsCommand,        &whyCommand,           &traceCommand,        &clearHistoryCommand,
+    &statsCommand,         &alarmsCommand,        &alarmStopCommand,    &alarmPauseCommand,
+    &alarmResumeCommand,   &alarmSnoozeCommand,   &permissionCommand,   &setupTestCommand,
+    &diagnosticsCommand,   &ruleExplainCommand,   &ruleDescribeCommand, &templatesCommand,
+    &statusCommand,        &captureCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

@@ -43,6 +43,11 @@ ApiResult setupTest(const RouteRequest&, ApiState&);
 ApiResult startSetupTest(const RouteRequest&, ApiState&);
 ApiResult cancelSetupTest(const RouteRequest&, ApiState&);
 
+// ReplayRoutes.cpp: why an event ended as it did, and a trace of the recent
+// notifications through today's channels.
+ApiResult why(const RouteRequest&, ApiState&);
+ApiResult trace(const RouteRequest&, ApiState&);
+
 // CaptureRoutes.cpp: the capture of the desktop's notifications.
 ApiResult captureState(const RouteRequest&, ApiState&);
 ApiResult updateCapture(const RouteRequest&, ApiState&);

@@ -223,7 +223,10 @@ ApiResult preview(const RouteRequest& request, ApiState& state) {
     std::vector<RoutableChannel> routable;
     for (const auto& candidate : ctx.store.channels())
         routable.push_back({candidate.id, candidate.isEnabled, candidate.rule});
-    Calendar calendar = ctx.calendar();
+    auto pinned = calendarAt(request.message.queryValue("at"), ctx.calendar());
+    if (!pinned)
+        return pinned.error();
+    const Calendar& calendar = pinned.value();
     auto entries =
         RulePreview::run(channel.value().id, routable, ctx.store.notificationHistory(), calendar);
     json::Json list = json::Json::array();

@@ -42,6 +42,8 @@ const std::array table = std::to_array<Route>({
     {"PUT", "/v1/settings", updateSettings},
     {"GET", "/v1/events", events},
     {"DELETE", "/v1/events", clearEvents},
+    {"GET", "/v1/events/{id}/why", why},
+    {"POST", "/v1/trace", trace},
     {"GET", "/v1/stats", stats},
     {"GET", "/v1/diagnostics", diagnostics},
     {"GET", "/v1/diagnostics/email", diagnosticsEmail},

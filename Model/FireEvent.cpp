@@ -139,4 +139,9 @@ FireEvent fireEventFromJson(const json::Json& value) {
     return event;
 }
 
+bool isForwardedNotification(const FireEvent& event) {
+    return !event.isTest && event.app && !event.app->empty() &&
+           event.outcome != FireOutcome::ignored;
+}
+
 } // namespace ringwell

@@ -73,6 +73,11 @@ struct FireEvent {
     bool operator==(const FireEvent&) const = default;
 };
 
+// Whether the event's notification was really forwarded: not a test, from an
+// app, and not one of Ringwell's own notices. Only those make the history
+// that rules, previews and traces replay.
+bool isForwardedNotification(const FireEvent& event);
+
 // The keys in declaration order; absent optionals are left out.
 json::Json toJson(const FireEvent& event);
 // `id`, `receivedAt`, `firedAt`, `outcome` and `isTest` are required; a missing
