@@ -273,6 +273,11 @@ test('previews the rule against recent notifications with each check', async ({ 
   await call.locator('summary').click();
   await expect(call.getByRole('list', { name: 'Checks' }).getByRole('listitem').first()).toBeVisible();
   await snap(page, 'channel-preview');
+  // As if at another moment: the same replay through the daemon's trace engine.
+  await page.getByLabel('As if at').selectOption('sun');
+  await page.getByLabel('Time').fill('03:00');
+  await expect(entries.first()).toContainText('Messages · Dad');
+  await expect(page.locator('.error-note')).toHaveCount(0);
 });
 
 test('rings a test alarm from the editor and deletes the channel after confirming', async ({ page, daemon }) => {

@@ -19,6 +19,7 @@ import type {
   SetupTestState,
   Stats,
   Tone,
+  WhyExplanation,
 } from './types';
 
 export class ApiError extends Error {
@@ -89,7 +90,8 @@ export const api = {
   moveChannel: (channelId: string, position: number) =>
     post<Channel[]>(`/v1/channels/${id(channelId)}/move`, { position }),
   testChannel: (channelId: string) => post<FireEvent>(`/v1/channels/${id(channelId)}/test`),
-  preview: (channelId: string) => get<Preview>(`/v1/preview?channel=${id(channelId)}`),
+  preview: (channelId: string, at?: string) =>
+    get<Preview>(`/v1/preview?channel=${id(channelId)}${at ? `&at=${id(at)}` : ''}`),
 
   templates: () => get<RuleTemplate[]>('/v1/templates'),
   describeRule: (rule: ChannelRule) => post<RuleDescription>('/v1/rules/describe', { rule }),
@@ -106,6 +108,7 @@ export const api = {
 
   events: () => get<FireEvent[]>('/v1/events'),
   clearEvents: () => del('/v1/events'),
+  why: (eventId: string) => get<WhyExplanation>(`/v1/events/${id(eventId)}/why`),
   stats: () => get<Stats>('/v1/stats'),
 
   alarms: () => get<Alarm[]>('/v1/alarms'),

@@ -144,6 +144,19 @@ export interface Preview {
   entries: PreviewEntry[];
 }
 
+export type WhyRole = 'wins' | 'disabledMatch' | 'noMatch' | 'notReached';
+
+// Why one event ended as it did, replayed through today's channels.
+export interface WhyExplanation {
+  eventID: string;
+  outcome: string;
+  channels: { id: string; name: string; isEnabled: boolean; role: WhyRole; matches: boolean; checks: RuleCheck[] }[];
+  winner?: string;
+  step: { kind: string; text: string; earlierEventID?: string; earlierDate?: number };
+  difference?: string;
+  changedChannel?: string;
+}
+
 export interface CountRow {
   name: string;
   count: number;

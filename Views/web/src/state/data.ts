@@ -20,5 +20,6 @@ export const configQuery = () => query('config', [], api.config);
 
 export const knownSendersQuery = (apps: string[]) =>
   query(`known-senders:${JSON.stringify(apps)}`, ['events'], () => api.knownSenders(apps));
-export const previewQuery = (channelId: string) =>
-  query(`preview:${channelId}`, ['channels', 'events'], () => api.preview(channelId));
+export const previewQuery = (channelId: string, at?: string) =>
+  query(`preview:${channelId}:${at ?? ''}`, ['channels', 'events'], () => api.preview(channelId, at));
+export const whyQuery = (eventId: string) => query(`why:${eventId}`, ['channels', 'events'], () => api.why(eventId));
