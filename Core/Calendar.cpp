@@ -1,6 +1,7 @@
 #include "Core/Calendar.h"
 
 #include <unicode/gregocal.h>
+#include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
 namespace ringwell {
@@ -99,6 +100,20 @@ std::string Calendar::timeZoneId() const {
     calendar_->getTimeZone().getID(id);
     std::string out;
     id.toUTF8String(out);
+    return out;
+}
+
+std::string Calendar::localText(Date date) const {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::SimpleDateFormat format(icu::UnicodeString("yyyy-MM-dd HH:mm"), icu::Locale::getRoot(),
+                                 status);
+    if (U_FAILURE(status))
+        return formatIso8601(date);
+    format.setTimeZone(calendar_->getTimeZone());
+    icu::UnicodeString text;
+    format.format(date.unixMilliseconds(), text);
+    std::string out;
+    text.toUTF8String(out);
     return out;
 }
 

@@ -51,6 +51,9 @@ public:
 
     std::string timeZoneId() const;
 
+    // "2025-06-02 12:00" in this calendar's zone, for texts that name a moment.
+    std::string localText(Date date) const;
+
 private:
     explicit Calendar(std::unique_ptr<icu::Calendar> calendar);
     std::unique_ptr<icu::Calendar> calendar_;

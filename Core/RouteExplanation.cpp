@@ -107,6 +107,7 @@ std::optional<Verdict> recordedVerdict(const RecordedRoute& event) {
         return Verdict{Verdict::Kind::noMatch, std::nullopt};
     case Outcome::setupTest:
     case Outcome::ignored:
+    case Outcome::silent:
         break;
     }
     return std::nullopt;
@@ -228,6 +229,11 @@ public:
             step.kind = StepKind::notRouted;
             step.text = "Not routed: Ringwell's own failure notice is never routed, so it "
                         "cannot ring again in a loop.";
+            break;
+        case Outcome::silent:
+            step.kind = StepKind::notRouted;
+            step.text = "Not routed: Ringwell recorded this silence of a watched app itself; "
+                        "no notification arrived.";
             break;
         }
         return step;

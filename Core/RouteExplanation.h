@@ -27,7 +27,8 @@ struct RecordedRoute {
         limit,         // failed: too many alarms were scheduled
         failed,        // failed for another reason
         setupTest,
-        ignored
+        ignored,
+        silent // the watchdog's record of a silence, never a notification
     };
 
     std::string eventID;

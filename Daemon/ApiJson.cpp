@@ -56,6 +56,9 @@ ActivityStats weekStatistics(const RingwellStore& store, Date now, const Calenda
     std::vector<ActivityStats::Event> events;
     events.reserve(store.events().size());
     for (const auto& event : store.events()) {
+        // A silence the watchdog recorded is no notification received.
+        if (event.outcome == FireOutcome::silent)
+            continue;
         events.push_back({event.receivedAt, event.app, event.channelName,
                           std::string(label(event.outcome)), event.outcome == FireOutcome::fired,
                           event.isTest});

@@ -37,6 +37,8 @@ RecordedRoute::Outcome recordedOutcome(const FireEvent& event) {
         return Outcome::setupTest;
     case FireOutcome::ignored:
         return Outcome::ignored;
+    case FireOutcome::silent:
+        return Outcome::silent;
     }
     return Outcome::failed;
 }

@@ -22,7 +22,8 @@ enum class FireOutcome {
     noMatch,
     failed,
     setupTest,
-    ignored
+    ignored,
+    silent // a watched app sent nothing for longer than expected
 };
 
 // The colour of an outcome's row icon.
@@ -30,8 +31,9 @@ enum class OutcomeIconTint { secondary, red };
 
 namespace FireOutcomes {
 inline constexpr FireOutcome allCases[] = {
-    FireOutcome::fired,   FireOutcome::coalesced, FireOutcome::cooledDown, FireOutcome::skipped,
-    FireOutcome::noMatch, FireOutcome::failed,    FireOutcome::setupTest,  FireOutcome::ignored};
+    FireOutcome::fired,     FireOutcome::coalesced, FireOutcome::cooledDown,
+    FireOutcome::skipped,   FireOutcome::noMatch,   FireOutcome::failed,
+    FireOutcome::setupTest, FireOutcome::ignored,   FireOutcome::silent};
 }
 
 std::string_view rawValue(FireOutcome outcome);

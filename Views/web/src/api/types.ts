@@ -55,7 +55,7 @@ export interface ChannelView {
 }
 
 export type FireOutcome =
-  'fired' | 'coalesced' | 'cooledDown' | 'skipped' | 'noMatch' | 'failed' | 'setupTest' | 'ignored';
+  'fired' | 'coalesced' | 'cooledDown' | 'skipped' | 'noMatch' | 'failed' | 'setupTest' | 'ignored' | 'silent';
 
 export interface ReceivedField {
   name: string;
