@@ -12,7 +12,8 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 PACKAGES := g++ cmake ninja-build pkg-config clang-format clang-tidy ccache \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
             libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
-            chromium dbus-daemon libnotify-bin libglib2.0-bin clang libclang-rt-14-dev
+            chromium dbus-daemon libnotify-bin libglib2.0-bin clang libclang-rt-14-dev \
+            pulseaudio pulseaudio-utils
 
 WEB_DIR := Views/web
 

@@ -32,6 +32,11 @@ struct ApiServices {
     std::string webAddress;
     // Capture of the desktop's notifications; none in daemons without it.
     CaptureRelay* capture = nullptr;
+    // Whether alarms can be heard: {"reachable", "server", "problem"}.
+    std::function<json::Json()> soundStatus;
+    // Plays the alarm tone for a few seconds as an alarm would sound; false
+    // (and nothing played) while an alarm rings.
+    std::function<bool()> testAlarmSound;
 };
 
 // Everything a route works on. Main thread only.

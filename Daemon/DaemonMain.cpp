@@ -7,6 +7,8 @@
 #include "Alarms/AppContext.h"
 #include "Alarms/CaptureRelay.h"
 #include "Alarms/SetupTestController.h"
+#include "Core/Json.h"
+#include "Core/SoundSettings.h"
 #include "Daemon/Api.h"
 #include "Daemon/ChangeFeed.h"
 #include "Daemon/HttpServer.h"
@@ -33,6 +35,7 @@
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
@@ -119,7 +122,15 @@ int run(const Options& options) {
                         categoryLog(logger, "AlarmTone"));
 
     SettingsFile defaults(*settingsPath, logger);
-    AudioPulse audio(io);
+    auto soundLog = [&logger](const std::string& line) {
+        logger.log(LogLevel::notice, "Sound", line);
+    };
+    AudioPulse audio(io, {files->alarms.parent_path() / "raised-sink.json",
+                          [&defaults] {
+                              return SoundSettings::read(
+                                  [&](std::string_view key) { return defaults.value(key); });
+                          },
+                          soundLog, nullptr});
     LocalAlarmService alarmService(io, clock, audio, notices, logger, *files);
     AlarmScheduler scheduler(alarmService, *store.value(), clock);
     AlarmAuthorization authorization(alarmService);
@@ -130,18 +141,47 @@ int run(const Options& options) {
     ctx.calendar = SystemTimeZone::currentCalendar;
 
     // The tone picker's preview plays a few seconds of the real tone.
-    AudioPulse previewAudio(io);
+    AudioPulse previewAudio(io, {{}, nullptr, soundLog, nullptr});
     asio::steady_timer previewEnd(io);
     auto previewTone = [&](AlarmTone tone) {
         auto path = AlarmTones::bundledPath(tone, BundledSounds::directory());
-        previewAudio.play(path.value_or(BundledSounds::defaultTone()), [&](const AudioProblem&) {
-            logger.log(LogLevel::notice, "AlarmTone", "The tone preview has no audio server");
-        });
+        previewAudio.play(
+            path.value_or(BundledSounds::defaultTone()), "Tone preview", [&](const AudioProblem&) {
+                logger.log(LogLevel::notice, "AlarmTone", "The tone preview has no audio server");
+            });
         previewEnd.expires_after(std::chrono::seconds(3));
         previewEnd.async_wait([&](const boost::system::error_code& ec) {
             if (!ec)
                 previewAudio.stop();
         });
+    };
+
+    // The alarm volume's test plays the default tone through the alarms' own
+    // sink, so it breaks through as an alarm would; never over a ringing one.
+    asio::steady_timer soundTestEnd(io);
+    auto alarmRings = [&] {
+        const auto alarms = alarmService.alarms();
+        return std::any_of(alarms.begin(), alarms.end(),
+                           [](const Alarm& alarm) { return alarm.state == AlarmState::alerting; });
+    };
+    auto testAlarmSound = [&]() -> bool {
+        if (alarmRings())
+            return false;
+        audio.play(BundledSounds::defaultTone(), "Alarm volume test", [&](const AudioProblem& p) {
+            soundLog("The alarm volume test has no sound: " + p.message);
+        });
+        soundTestEnd.expires_after(std::chrono::seconds(5));
+        soundTestEnd.async_wait([&](const boost::system::error_code& ec) {
+            if (!ec && !alarmRings())
+                audio.stop();
+        });
+        return true;
+    };
+    auto soundStatus = [&audio] {
+        const AudioStatus status = audio.status();
+        return json::Json{{"reachable", status.reachable},
+                          {"server", status.server},
+                          {"problem", status.problem}};
     };
 
     // The desktop's notifications, each taking the road of a Send.
@@ -155,7 +195,9 @@ int run(const Options& options) {
                            nullptr,
                            previewTone,
                            "",
-                           &captureRelay};
+                           &captureRelay,
+                           soundStatus,
+                           testAlarmSound};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());

@@ -201,27 +201,30 @@ void LocalAlarmService::updateSound() {
         audio_.stop();
         return;
     }
-    playTone(loudest->id, *file);
+    playTone(loudest->id, loudest->configuration.attributes.presentation.alert.title, *file);
 }
 
-void LocalAlarmService::playTone(const Uuid& alarm, const std::filesystem::path& file) {
-    audio_.play(file, [this, alive = std::weak_ptr<int>(alive_), alarm,
-                       file](const AudioProblem& problem) {
-        if (alive.expired())
-            return;
-        if (problem.kind == AudioProblemKind::noAudioServer) {
-            if (!loggedMissingAudio_) {
-                loggedMissingAudio_ = true;
-                log(LogLevel::error, std::string(noAudioMessage) + " (" + problem.message + ")");
-            }
-            return;
-        }
-        log(LogLevel::error, "The alarm tone could not be played: " + problem.message);
-        // A damaged tone file should not leave an alarm silent while the
-        // default tone is there to play.
-        if (sounding_ == alarm && file != files_.defaultTone)
-            playTone(alarm, files_.defaultTone);
-    });
+void LocalAlarmService::playTone(const Uuid& alarm, const std::string& title,
+                                 const std::filesystem::path& file) {
+    audio_.play(file, title,
+                [this, alive = std::weak_ptr<int>(alive_), alarm, title,
+                 file](const AudioProblem& problem) {
+                    if (alive.expired())
+                        return;
+                    if (problem.kind == AudioProblemKind::noAudioServer) {
+                        if (!loggedMissingAudio_) {
+                            loggedMissingAudio_ = true;
+                            log(LogLevel::error,
+                                std::string(noAudioMessage) + " (" + problem.message + ")");
+                        }
+                        return;
+                    }
+                    log(LogLevel::error, "The alarm tone could not be played: " + problem.message);
+                    // A damaged tone file should not leave an alarm silent while the
+                    // default tone is there to play.
+                    if (sounding_ == alarm && file != files_.defaultTone)
+                        playTone(alarm, title, files_.defaultTone);
+                });
 }
 
 void LocalAlarmService::armTimer() {

@@ -103,7 +103,7 @@ private:
     void save();
     void alert(const Alarm& alarm);
     void updateSound();
-    void playTone(const Uuid& alarm, const std::filesystem::path& file);
+    void playTone(const Uuid& alarm, const std::string& title, const std::filesystem::path& file);
     void armTimer();
     void log(LogLevel level, const std::string& message);
 

@@ -18,7 +18,8 @@ public:
         bool operator==(const Call&) const = default;
     };
 
-    void play(const std::filesystem::path& file, ProblemHandler onProblem) override {
+    void play(const std::filesystem::path& file, const std::string&,
+              ProblemHandler onProblem) override {
         calls_.push_back({Call::Kind::play, file});
         playing_ = file;
         if (problem_ && onProblem)
