@@ -95,6 +95,17 @@ int runStatus(std::span<const std::string> args, CommandContext& context) {
     context.out << "Web app: " << (web.empty() ? "off" : web) << '\n';
     if (status.contains("saveProblem") && status["saveProblem"].is_string())
         context.out << status["saveProblem"].get<std::string>() << '\n';
+    if (status.contains("sound")) {
+        const json::Json& sound = status["sound"];
+        const std::string server = sound.value("server", "");
+        const std::string problem = sound.value("problem", "");
+        context.out << "Sound: "
+                    << (sound.value("reachable", false)
+                            ? (server.empty() ? std::string("audio server reachable") : server)
+                            : "none" + (problem.empty() ? std::string() : " (" + problem + ")") +
+                                  "; alarms alert without sound")
+                    << '\n';
+    }
     if (status.contains("capture"))
         printCapture(context, status["capture"]);
     return exitSuccess;
@@ -121,9 +132,10 @@ bridge such as KDE Connect or GSConnect mirrors) and handles each like
 const Command statusCommand{"status", "Show whether the daemon runs and captures",
                             R"(Usage: ringwell status [--json]
 
-The daemon's version, its channels, events and alarms, the web app's address
-and the capture of desktop notifications; says so when the daemon cannot save
-its history.
+The daemon's version, its channels, events and alarms, the web app's address,
+the audio server alarms ring through (or why there is no sound) and the
+capture of desktop notifications; says so when the daemon cannot save its
+history.
 )",
                             runStatus};
 

@@ -6,6 +6,7 @@
 #include "Cli/OpenCommand.h"
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
+#include "Cli/SettingsCommand.h"
 
 #include "Version.h"
 
@@ -31,7 +32,8 @@ const Command* const commands[] = {
     &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
     &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
     &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
-    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand};
+    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand,
+    &settingsCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"
