@@ -16,6 +16,7 @@ import type {
   RuleDescription,
   RuleTemplate,
   Settings,
+  SoundStatus,
   SetupTestState,
   Stats,
   Tone,
@@ -75,6 +76,9 @@ export const api = {
   settings: () => get<Settings>('/v1/settings'),
   status: () => get<DaemonStatus>('/v1/status'),
   completeOnboarding: () => put<Settings>('/v1/settings', { hasCompletedOnboarding: true }),
+  updateSoundSettings: (change: Partial<Pick<Settings, 'ringThroughMute' | 'alarmVolume'>>) =>
+    put<Settings>('/v1/settings', change),
+  testAlarmSound: () => post<{ playing: boolean; sound: SoundStatus | null }>('/v1/sound-test'),
 
   permissions: () => get<Permissions>('/v1/permissions'),
   answerAlarmPermission: (state: 'authorized' | 'denied') => put<Permissions>('/v1/permissions/alarms', { state }),

@@ -170,6 +170,17 @@ export interface Settings {
   lastSetupTestResult: string | null;
   setupWarning: string | null;
   appVersion: string;
+  // While an alarm rings, unmute its output and raise it to `alarmVolume`.
+  ringThroughMute: boolean;
+  // Percent, 10 to 100.
+  alarmVolume: number;
+}
+
+// Whether alarms can be heard, and if not why.
+export interface SoundStatus {
+  reachable: boolean;
+  server: string;
+  problem: string;
 }
 
 export type SetupCheckStatus = 'passed' | 'failed' | 'unverifiable';
@@ -253,6 +264,7 @@ export interface Limits {
 export interface DaemonStatus {
   // "Ringwell can't save its history: …", or null while saves succeed.
   saveProblem: string | null;
+  sound?: SoundStatus;
 }
 
 export interface PaletteColour {
