@@ -213,14 +213,14 @@ void AudioPulse::run() {
             }
             connectionChanged = std::exchange(connectionChanged_, false);
         }
-        if (connectionChanged && stream_ && !pulse_->isConnected()) {
+        if (connectionChanged && status().reachable && !pulse_->isConnected()) {
+            setStatus({false, "", "The audio server went away"});
             std::optional<Request> current;
             {
                 std::lock_guard lock(mutex_);
                 current = wanted_;
             }
-            setStatus({false, "", "The audio server went away"});
-            if (current && !changed)
+            if (stream_ && current && !changed)
                 report(current->onProblem, AudioProblemKind::noAudioServer,
                        "the audio server went away");
             halt();
