@@ -82,11 +82,13 @@ void BM_AlarmToFirstFrame(benchmark::State& state) {
     QuietLogger logger;
     FirstFrame firstFrame;
     AudioPulse audio(io, {directory / "raised-sink.json",
-                          [] { return BreakthroughSettings{true, 70}; }, nullptr,
-                          [&] { firstFrame.signal(); }});
-    LocalAlarmService service(io, clock, audio, notices, logger,
-                              {directory / "alarms.json", directory / "Sounds",
-                               BundledSounds::defaultTone()});
+                          [] {
+                              return BreakthroughSettings{true, 70};
+                          },
+                          nullptr, [&] { firstFrame.signal(); }});
+    LocalAlarmService service(
+        io, clock, audio, notices, logger,
+        {directory / "alarms.json", directory / "Sounds", BundledSounds::defaultTone()});
     service.setAuthorization(AlarmAuthorizationState::authorized);
 
     std::vector<double> milliseconds;

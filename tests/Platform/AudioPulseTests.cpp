@@ -110,12 +110,33 @@ TEST_F(AudioPulseServerTest, AVolumeThePersonSetsMidAlarmStands) {
     EXPECT_TRUE(sinkIs(true, 30));
 }
 
+TEST_F(AudioPulseServerTest, AServerThatGoesAwayMidAlarmIsReported) {
+    AudioPulse sink(context, breakingThrough());
+    std::optional<AudioProblem> problem;
+    sink.play(BundledSounds::defaultTone(), "Urgent: Mom", recordInto(problem));
+    ASSERT_TRUE(PrivatePulse::waitFor([&] { return sinkIs(false, 70); }));
+
+    pulse.stop();
+    EXPECT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_EQ(problem->kind, AudioProblemKind::noAudioServer);
+    EXPECT_FALSE(sink.status().reachable);
+}
+
 TEST_F(AudioPulseServerTest, WithRingThroughMuteOffTheSinkIsLeftAlone) {
     auto options = breakingThrough();
     options.settings = [] { return BreakthroughSettings{false, 70}; };
     AudioPulse sink(context, options);
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
     ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    // The worker takes requests in order: once the second tone's stream is
+    // there, whatever the first would have done to the sink is done.
+    const auto first = (*pulse.alarmStream())["index"];
+    sink.play(BundledSounds::defaultTone(), "Urgent: Dad", nullptr);
+    ASSERT_TRUE(PrivatePulse::waitFor([&] {
+        auto stream = pulse.alarmStream();
+        return stream && (*stream)["index"] != first;
+    }));
     EXPECT_TRUE(sinkIs(true, 40));
 }
 
