@@ -159,7 +159,7 @@ TEST_F(LocalAlarmServiceTest, AnAlertingAlarmPlaysItsToneAndPostsItsOwnNotice) {
 
     pass(*service, 1);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
-    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon()}}));
+    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon(), "Urgent: Mom"}}));
     ASSERT_EQ(notices.requests.size(), 1u);
     EXPECT_EQ(notices.requests[0].identifier, "alarm-" + first.toString());
     EXPECT_EQ(notices.requests[0].title, "Urgent: Mom");
@@ -194,7 +194,7 @@ TEST_F(LocalAlarmServiceTest, StopSilencesTheToneAndEndsTheAlarm) {
 
     service->stop(first);
     EXPECT_TRUE(service->alarms().empty());
-    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}}));
+    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}, {}}));
     EXPECT_EQ(sink.playing(), std::nullopt);
 }
 
@@ -254,8 +254,8 @@ TEST_F(LocalAlarmServiceTest, AToneThatCannotBePlayedGivesWayToTheDefaultTone) {
     pass(*service, 1);
 
     // The default tone fails too here; the service must then give up, not loop.
-    EXPECT_EQ(sink.calls(),
-              (std::vector<Call>{{Call::Kind::play, klaxon()}, {Call::Kind::play, defaultTone()}}));
+    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon(), "Urgent: Mom"},
+                                               {Call::Kind::play, defaultTone(), "Urgent: Mom"}}));
     EXPECT_EQ(logger.count("The alarm tone could not be played: not a sound file"), 2);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
 }
