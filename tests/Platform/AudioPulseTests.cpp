@@ -98,6 +98,27 @@ TEST_F(AudioPulseServerTest, AnAlarmRingsThroughAMutedSinkWhichGoesBackWhenItSto
         [&] { return !std::filesystem::exists(directory / "raised-sink.json"); }));
 }
 
+TEST_F(AudioPulseServerTest, TheStreamStartsUnmutedAtFullVolumeWhateverTheServerRemembers) {
+    AudioPulse sink(context, {});
+    sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
+    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    const std::string stream = std::to_string((*pulse.alarmStream())["index"].get<int>());
+    // The person turns the alarm stream down and mutes it; the server keeps
+    // that for the role's next stream.
+    pulse.pactl({"set-sink-input-volume", stream, "10%"});
+    pulse.pactl({"set-sink-input-mute", stream, "1"});
+    ASSERT_TRUE(PrivatePulse::waitFor([&] { return (*pulse.alarmStream())["mute"] == true; }));
+    sink.stop();
+    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.streams().empty(); }));
+
+    sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
+    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    const auto next = *pulse.alarmStream();
+    EXPECT_EQ(next["mute"], false);
+    for (const auto& channel : next["volume"])
+        EXPECT_EQ(channel["value"], 65536) << next.dump();
+}
+
 TEST_F(AudioPulseServerTest, AVolumeThePersonSetsMidAlarmStands) {
     AudioPulse sink(context, breakingThrough());
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);

@@ -20,8 +20,9 @@
 namespace ringwell::testing {
 
 // A PulseAudio server of the test's own: Debian's `pulseaudio` with one null
-// sink and a socket in `directory`, no configuration or state but what it
-// makes there, stopped by its PID. `available()` is false when the program is
+// sink, the memory of streams' levels that desktops load (stream-restore) and
+// a socket in `directory`, no configuration or state but what it makes
+// there, stopped by its PID. `available()` is false when the program is
 // not installed or does not come up.
 class PrivatePulse {
 public:
@@ -61,8 +62,8 @@ public:
             }
             ::execlp("pulseaudio", "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
                      "--use-pid-file=no", "--system=no", "--log-target=stderr",
-                     "--load=module-null-sink sink_name=ringwell_test", protocol.c_str(),
-                     static_cast<char*>(nullptr));
+                     "--load=module-null-sink sink_name=ringwell_test",
+                     "--load=module-stream-restore", protocol.c_str(), static_cast<char*>(nullptr));
             ::_exit(127);
         }
         bool exited = false;
