@@ -3,13 +3,13 @@
 #include "Core/Json.h"
 #include "Platform/JsonFile.h"
 
-#include <cstdio>
+#include <cmath>
 
 namespace ringwell {
 namespace {
 
 std::string percent(double volume) {
-    return std::to_string(static_cast<int>(volume * 100 + 0.5)) + "%";
+    return std::to_string(std::lround(volume * 100)) + "%";
 }
 
 std::string describe(SinkLevel level) {

@@ -2,7 +2,7 @@
 #include "DaemonFixture.h"
 #include "TestSupport/PrivatePulse.h"
 
-#include <signal.h>
+#include <csignal>
 #include <sys/wait.h>
 
 namespace ringwell::testing {
