@@ -99,12 +99,12 @@ int runStatus(std::span<const std::string> args, CommandContext& context) {
         const json::Json& sound = status["sound"];
         const std::string server = sound.value("server", "");
         const std::string problem = sound.value("problem", "");
-        context.out << "Sound: "
-                    << (sound.value("reachable", false)
-                            ? (server.empty() ? std::string("audio server reachable") : server)
-                            : "none" + (problem.empty() ? std::string() : " (" + problem + ")") +
-                                  "; alarms alert without sound")
-                    << '\n';
+        // Unreachable without a reason: the daemon has not reached out yet.
+        std::string line = server.empty() ? "audio server reachable" : server;
+        if (!sound.value("reachable", false))
+            line = problem.empty() ? "not checked yet"
+                                   : "none (" + problem + "); alarms alert without sound";
+        context.out << "Sound: " << line << '\n';
     }
     if (status.contains("capture"))
         printCapture(context, status["capture"]);

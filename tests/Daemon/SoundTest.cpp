@@ -37,7 +37,12 @@ TEST_F(SoundTest, SettingsAreListedShownAndChangedWithClearErrors) {
 
 TEST_F(SoundTest, WithoutAnAudioServerTheStatusSaysWhyAlarmsAreSilent) {
     startDaemon();
-    auto status = ringwell({"status"});
+    // The daemon reaches out for a server as it starts, on a thread of its own.
+    ProcessResult status;
+    PrivatePulse::waitFor([&] {
+        status = ringwell({"status"});
+        return status.out.find("Sound: not checked yet") == std::string::npos;
+    });
     EXPECT_NE(status.out.find("Sound: none (No audio server is reachable"), std::string::npos)
         << status.out;
 }
