@@ -205,6 +205,6 @@ test('changes the sound settings and tests the alarm volume', async ({ page, dae
 
   // The test daemon has no audio server: the screen says why nothing is heard.
   await sound.getByRole('button', { name: 'Test Alarm Volume' }).click();
-  await expect(page.getByRole('status').filter({ hasText: 'No sound: No audio server is reachable' })).toBeVisible();
+  await expect(page.getByRole('status').filter({ hasText: 'No sound:' })).toBeVisible();
   await expect(sound).toContainText('No audio server');
 });
