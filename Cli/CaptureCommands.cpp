@@ -75,6 +75,21 @@ int runCapture(std::span<const std::string> args, CommandContext& context) {
     return exitSuccess;
 }
 
+// "Notification server: NAME (do-not-disturb on)", or why alarms are not shown.
+void printNotificationServer(CommandContext& context, const json::Json& notifications) {
+    const json::Json* server = json::member(notifications, "server");
+    if (!server || !server->is_object()) {
+        context.out << "Notification server: none (alarm notices go to the log)\n";
+        return;
+    }
+    context.out << "Notification server: " << server->value("name", "unnamed");
+    const json::Json* quiet = json::member(*server, "doNotDisturb");
+    if (quiet && quiet->is_boolean())
+        context.out << (quiet->get<bool>() ? " (do-not-disturb on: alarms ask to pass it)"
+                                           : " (do-not-disturb off)");
+    context.out << '\n';
+}
+
 int runStatus(std::span<const std::string> args, CommandContext& context) {
     auto arguments = parseCommand(context, "status", args, jsonOnly, 0, 0);
     if (!arguments)
@@ -95,6 +110,8 @@ int runStatus(std::span<const std::string> args, CommandContext& context) {
     context.out << "Web app: " << (web.empty() ? "off" : web) << '\n';
     if (status.contains("saveProblem") && status["saveProblem"].is_string())
         context.out << status["saveProblem"].get<std::string>() << '\n';
+    if (status.contains("notifications"))
+        printNotificationServer(context, status["notifications"]);
     if (status.contains("capture"))
         printCapture(context, status["capture"]);
     return exitSuccess;
@@ -121,9 +138,10 @@ bridge such as KDE Connect or GSConnect mirrors) and handles each like
 const Command statusCommand{"status", "Show whether the daemon runs and captures",
                             R"(Usage: ringwell status [--json]
 
-The daemon's version, its channels, events and alarms, the web app's address
-and the capture of desktop notifications; says so when the daemon cannot save
-its history.
+The daemon's version, its channels, events and alarms, the web app's address,
+the desktop's notification server (and whether it is in do-not-disturb, where
+the server tells) and the capture of desktop notifications; says so when the
+daemon cannot save its history.
 )",
                             runStatus};
 

@@ -21,6 +21,7 @@
 #include "Model/XdgPaths.h"
 #include "Platform/AudioPulse.h"
 #include "Platform/BundledSounds.h"
+#include "Platform/DesktopOpener.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
 #include "Platform/NotificationCapture.h"
@@ -188,6 +189,8 @@ int run(const Options& options) {
     } catch (const std::exception& error) {
         return fail(std::string(error.what()) + " (choose another with --port)");
     }
+    // A click on a notice opens the web app.
+    DesktopOpener opener(notices, logger, services.webAddress);
     Api::Services webServices = services;
     webServices.feed = &feed;
     webApi = std::make_unique<Api>(ctx, webServices);
