@@ -75,14 +75,14 @@ int runCapture(std::span<const std::string> args, CommandContext& context) {
     return exitSuccess;
 }
 
-// "Notification server: NAME (do-not-disturb on)", or why alarms are not shown.
+// "Alarm notices: shown by NAME (do-not-disturb on ...)", or where they go instead.
 void printNotificationServer(CommandContext& context, const json::Json& notifications) {
     const json::Json* server = json::member(notifications, "server");
     if (!server || !server->is_object()) {
-        context.out << "Notification server: none (alarm notices go to the log)\n";
+        context.out << "Alarm notices: no notification server answers (they go to the log)\n";
         return;
     }
-    context.out << "Notification server: " << server->value("name", "unnamed");
+    context.out << "Alarm notices: shown by " << server->value("name", "unnamed");
     const json::Json* quiet = json::member(*server, "doNotDisturb");
     if (quiet && quiet->is_boolean())
         context.out << (quiet->get<bool>() ? " (do-not-disturb on: alarms ask to pass it)"

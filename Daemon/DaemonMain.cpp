@@ -22,6 +22,7 @@
 #include "Platform/AudioPulse.h"
 #include "Platform/BundledSounds.h"
 #include "Platform/DesktopOpener.h"
+#include "Platform/InstalledData.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
 #include "Platform/NotificationCapture.h"
@@ -29,6 +30,7 @@
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
 #include "Platform/SystemTimeZone.h"
+#include "Platform/Systemd.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>
@@ -87,10 +89,15 @@ ErrorLog categoryLog(Logger& logger, std::string_view category) {
 std::filesystem::path webDirectory() {
     if (const char* configured = std::getenv("RINGWELL_WEB_DIR"))
         return configured;
-    return RINGWELL_WEB_DIR;
+    const std::filesystem::path built = RINGWELL_WEB_DIR;
+    return InstalledData::directory(built.parent_path()) / "web";
 }
 
 int run(const Options& options) {
+    // Under systemd the API socket is ringwell.socket's, already listening.
+    const auto passed = Systemd::passedSocket();
+    if (passed.error)
+        return fail(*passed.error);
     asio::io_context io;
     JournalLogger logger;
 
@@ -198,9 +205,10 @@ int run(const Options& options) {
 
     std::unique_ptr<HttpServer> server;
     try {
-        server = HttpServer::onSocket(io, socketPath(), [&api](ApiRequest request) {
-            return api.handle(std::move(request));
-        });
+        auto handler = [&api](ApiRequest request) { return api.handle(std::move(request)); };
+        server = passed.descriptor
+                     ? HttpServer::onListeningSocket(io, *passed.descriptor, socketPath(), handler)
+                     : HttpServer::onSocket(io, socketPath(), handler);
     } catch (const std::exception& error) {
         return fail(error.what());
     }
@@ -209,6 +217,7 @@ int run(const Options& options) {
     signals.async_wait([&](const boost::system::error_code&, int signal) {
         logger.log(LogLevel::notice, "Daemon",
                    std::string("Stopping on ") + (signal == SIGINT ? "SIGINT" : "SIGTERM"));
+        Systemd::notifyStopping();
         server->close();
         if (web)
             web->close();
@@ -222,6 +231,11 @@ int run(const Options& options) {
     if (web)
         std::cout << "Web app: " << services.webAddress << '\n';
     std::cout << "Stop it with Ctrl-C." << std::endl;
+    // The socket, the session bus and the web listener are all up by now.
+    Systemd::notifyReady(
+        "Serving on " + server->socketPath().string() +
+        (web ? " and " + services.webAddress.substr(0, services.webAddress.find('?'))
+             : std::string()));
     io.run();
     return 0;
 }

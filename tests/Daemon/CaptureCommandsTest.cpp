@@ -16,7 +16,8 @@ TEST_F(CaptureCommandsTest, WithoutABusCaptureSaysWhyAndItsSettingsStick) {
     EXPECT_NE(status["capture"]["problem"].get<std::string>(), "");
     EXPECT_EQ(status["capture"]["seen"], 0);
     EXPECT_TRUE(status["notifications"]["server"].is_null());
-    EXPECT_NE(ringwell({"status"}).out.find("Notification server: none"), std::string::npos);
+    EXPECT_NE(ringwell({"status"}).out.find("Alarm notices: no notification server answers"),
+              std::string::npos);
 
     json::Json apps = ringwellJson({"capture", "apps", "Signal", "Mom's phone", "--json"});
     EXPECT_EQ(apps["apps"], (json::Json{"Signal", "Mom's phone"}));
