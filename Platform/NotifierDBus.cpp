@@ -247,6 +247,7 @@ int NotifierDBus::Signals::onNotificationClosed(sd_bus_message* message, void* u
     if (!identifier)
         return 0; // withdrawn or replaced by us, or not ours
     self->serverIds_.erase(*identifier);
+    self->alarmNotices_.erase(*identifier);
     const bool answered = self->answered_.erase(id) > 0;
     const auto kind = reason == dismissedByUser && !answered ? NoticeResponse::Kind::dismissed
                                                              : NoticeResponse::Kind::closedBySystem;
@@ -267,10 +268,37 @@ NotifierDBus::~NotifierDBus() {
     }
     descriptor_.reset();
     busTimer_.cancel();
-    // Not flushed: a flush can wait for a bus that no longer answers, and
-    // shutting down must not hang on a notice.
-    if (bus_)
+    if (bus_) {
+        withdrawAlarmNoticesAtExit();
         sd_bus_close_unref(bus_);
+    }
+}
+
+void NotifierDBus::withdrawAlarmNoticesAtExit() {
+    // Nobody can answer an alarm's notice once Ringwell has stopped; the
+    // alarm itself is kept and rings again, with a new notice, at the next
+    // start.
+    for (const auto& [identifier, id] : serverIds_) {
+        if (!alarmNotices_.count(identifier))
+            continue;
+        sd_bus_message* message = nullptr;
+        if (sd_bus_message_new_method_call(bus_, &message, serverName, serverPath, serverInterface,
+                                           "CloseNotification") >= 0 &&
+            sd_bus_message_append(message, "u", id) >= 0)
+            sd_bus_send(bus_, message, nullptr);
+        sd_bus_message_unref(message);
+    }
+    // Written out within a bounded wait, not sd_bus_flush: a bus that no
+    // longer reads must not hold up shutting down.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+    while (std::chrono::steady_clock::now() < end) {
+        const int events = sd_bus_get_events(bus_);
+        if (events < 0 || !(events & POLLOUT))
+            break;
+        if (sd_bus_process(bus_, nullptr) < 0)
+            break;
+        sd_bus_wait(bus_, 50'000);
+    }
 }
 
 Awaitable<void> NotifierDBus::add(NoticeRequest request) {
@@ -316,11 +344,14 @@ Awaitable<void> NotifierDBus::add(NoticeRequest request) {
     if (known != serverIds_.end() && known->second != id)
         closeOnServer(known->second);
     serverIds_[request.identifier] = id;
+    if (request.kind == NoticeKind::alarm)
+        alarmNotices_.insert(request.identifier);
     answered_.erase(id);
 }
 
 Awaitable<void> NotifierDBus::withdraw(std::string identifier) {
     ++withdrawals_[identifier];
+    alarmNotices_.erase(identifier);
     auto known = serverIds_.find(identifier);
     if (known == serverIds_.end())
         co_return;

@@ -32,7 +32,8 @@ namespace ringwell {
 // urgency and the server's default expiry. The server's id for a notice is
 // remembered by the notice's identifier and sent as `replaces_id` with the
 // next notice of that identifier, so a newer notice replaces the older one;
-// `withdraw` closes it (`CloseNotification`).
+// `withdraw` closes it (`CloseNotification`), and so does stopping Ringwell for
+// the alarm notices still on show, whose buttons would answer nobody.
 //
 // The server's `ActionInvoked` and `NotificationClosed` signals for a notice
 // on show become responses: a click, a dismissal by the person (reason 2),
@@ -83,6 +84,7 @@ private:
     Awaitable<std::optional<bool>> readDoNotDisturb(std::string serverName);
     Awaitable<Reply> getProperty(const char* interface, const char* property);
     void closeOnServer(std::uint32_t id);
+    void withdrawAlarmNoticesAtExit();
     void subscribeToServer();
     void reprobe();
     // The handlers of the server's signals (sd-bus callbacks).
@@ -113,6 +115,8 @@ private:
     // Server ids of notices clicked since they were last posted: a close that
     // follows is the server tidying up, not the person dismissing.
     std::set<std::uint32_t> answered_;
+    // Identifiers of alarm notices, which are withdrawn when Ringwell stops.
+    std::set<std::string> alarmNotices_;
     std::vector<std::weak_ptr<PendingCall>> pending_;
     std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };

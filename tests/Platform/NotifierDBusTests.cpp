@@ -165,6 +165,18 @@ TEST_F(NotifierOnABusTest, WithdrawClosesTheNoticeAndItsCloseIsNoResponse) {
     notifier.stopObservingResponses(token);
 }
 
+TEST_F(NotifierOnABusTest, StoppingTakesTheAlarmNoticesAwayAndLeavesTheOthers) {
+    FakeNotificationServer server(bus->address());
+    auto notifier = std::make_unique<NotifierDBus>(context, logger);
+    EXPECT_EQ(post(*notifier, failure("stays")), nullptr);
+    EXPECT_EQ(post(*notifier, alarm()), nullptr);
+    const auto alarmId = server.notices().at(1).id;
+
+    notifier.reset();
+    EXPECT_TRUE(runUntil(context, [&] { return !server.closed().empty(); }));
+    EXPECT_EQ(server.closed(), (std::vector<std::uint32_t>{alarmId}));
+}
+
 TEST_F(NotifierOnABusTest, ClicksAndClosesOfANoticeOnShowBecomeResponses) {
     FakeNotificationServer server(bus->address());
     NotifierDBus notifier(context, logger);
