@@ -11,8 +11,17 @@
 namespace ringwell::cli {
 namespace {
 
-// The daemon is its own executable beside this one, so that ordinary commands
-// do not load the audio, D-Bus and journal libraries.
+// The daemon is its own executable, so that ordinary commands do not load the
+// audio, D-Bus and journal libraries: beside this one in the build tree,
+// in <prefix>/libexec/ringwell when installed.
+std::filesystem::path daemonFor(const std::filesystem::path& self) {
+    const auto installed = self.parent_path() / ".." / "libexec" / "ringwell" / "ringwell-daemon";
+    std::error_code error;
+    if (std::filesystem::is_regular_file(installed, error))
+        return installed.lexically_normal();
+    return self.parent_path() / "ringwell-daemon";
+}
+
 int runServe(std::span<const std::string> args, CommandContext& context) {
     std::error_code error;
     auto self = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -20,7 +29,7 @@ int runServe(std::span<const std::string> args, CommandContext& context) {
         context.err << "ringwell serve: cannot find the daemon: " << error.message() << '\n';
         return exitFailure;
     }
-    std::string daemon = (self.parent_path() / "ringwell-daemon").string();
+    std::string daemon = daemonFor(self).string();
     std::vector<char*> argv;
     argv.push_back(daemon.data());
     std::vector<std::string> copies(args.begin(), args.end());

@@ -3,6 +3,7 @@
 #include "Cli/CaptureCommands.h"
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
+#include "Cli/ManPage.h"
 #include "Cli/OpenCommand.h"
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
@@ -86,6 +87,11 @@ const Command* findCommand(const std::vector<std::string>& args, size_t& consume
 
 int run(const std::vector<std::string>& args) {
     CommandContext context{std::cout, std::cerr};
+    // The manual page, written by the build from the help texts below.
+    if (args.size() == 2 && args[0] == "help" && args[1] == "--man") {
+        std::cout << manPage(commands, version::shortVersion);
+        return exitSuccess;
+    }
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         printOverview(std::cout);
         return args.empty() ? exitUsage : exitSuccess;

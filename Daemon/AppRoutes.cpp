@@ -60,6 +60,15 @@ ApiResult status(const RouteRequest&, ApiState& state) {
                    {"saveProblem", saveError
                                        ? json::Json(DiagnosticsReport::saveProblem(*saveError))
                                        : json::Json()}};
+    json::Json server;
+    if (auto found = ctx.notices.server()) {
+        server = {{"name", found->name},
+                  {"vendor", found->vendor},
+                  {"version", found->version},
+                  {"doNotDisturb",
+                   found->doNotDisturb ? json::Json(*found->doNotDisturb) : json::Json()}};
+    }
+    out["notifications"] = {{"permission", ctx.notices.permissionStatus()}, {"server", server}};
     if (state.services.capture)
         out["capture"] = captureJson(*state.services.capture);
     if (state.services.soundStatus)

@@ -23,6 +23,8 @@
 #include "Model/XdgPaths.h"
 #include "Platform/AudioPulse.h"
 #include "Platform/BundledSounds.h"
+#include "Platform/DesktopOpener.h"
+#include "Platform/InstalledData.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
 #include "Platform/NotificationCapture.h"
@@ -30,6 +32,7 @@
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
 #include "Platform/SystemTimeZone.h"
+#include "Platform/Systemd.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>
@@ -89,10 +92,15 @@ ErrorLog categoryLog(Logger& logger, std::string_view category) {
 std::filesystem::path webDirectory() {
     if (const char* configured = std::getenv("RINGWELL_WEB_DIR"))
         return configured;
-    return RINGWELL_WEB_DIR;
+    const std::filesystem::path built = RINGWELL_WEB_DIR;
+    return InstalledData::directory(built.parent_path()) / "web";
 }
 
 int run(const Options& options) {
+    // Under systemd the API socket is ringwell.socket's, already listening.
+    const auto passed = Systemd::passedSocket();
+    if (passed.error)
+        return fail(*passed.error);
     asio::io_context io;
     JournalLogger logger;
 
@@ -230,6 +238,8 @@ int run(const Options& options) {
     } catch (const std::exception& error) {
         return fail(std::string(error.what()) + " (choose another with --port)");
     }
+    // A click on a notice opens the web app.
+    DesktopOpener opener(notices, logger, services.webAddress);
     Api::Services webServices = services;
     webServices.feed = &feed;
     webApi = std::make_unique<Api>(ctx, webServices);
@@ -237,9 +247,10 @@ int run(const Options& options) {
 
     std::unique_ptr<HttpServer> server;
     try {
-        server = HttpServer::onSocket(io, socketPath(), [&api](ApiRequest request) {
-            return api.handle(std::move(request));
-        });
+        auto handler = [&api](ApiRequest request) { return api.handle(std::move(request)); };
+        server = passed.descriptor
+                     ? HttpServer::onListeningSocket(io, *passed.descriptor, socketPath(), handler)
+                     : HttpServer::onSocket(io, socketPath(), handler);
     } catch (const std::exception& error) {
         return fail(error.what());
     }
@@ -248,6 +259,7 @@ int run(const Options& options) {
     signals.async_wait([&](const boost::system::error_code&, int signal) {
         logger.log(LogLevel::notice, "Daemon",
                    std::string("Stopping on ") + (signal == SIGINT ? "SIGINT" : "SIGTERM"));
+        Systemd::notifyStopping();
         server->close();
         if (web)
             web->close();
@@ -261,6 +273,11 @@ int run(const Options& options) {
     if (web)
         std::cout << "Web app: " << services.webAddress << '\n';
     std::cout << "Stop it with Ctrl-C." << std::endl;
+    // The socket, the session bus and the web listener are all up by now.
+    Systemd::notifyReady(
+        "Serving on " + server->socketPath().string() +
+        (web ? " and " + services.webAddress.substr(0, services.webAddress.find('?'))
+             : std::string()));
     io.run();
     return 0;
 }

@@ -275,6 +275,7 @@ std::unique_ptr<HttpServer> HttpServer::onSocket(asio::io_context& io, std::file
     server->state_->handler = std::move(handler);
     server->state_->limits = limits;
     server->socketPath_ = path;
+    server->ownsSocketFile_ = true;
     auto& acceptor = server->state_->localAcceptor.emplace(io);
 
     std::error_code removeError;
@@ -291,6 +292,26 @@ std::unique_ptr<HttpServer> HttpServer::onSocket(asio::io_context& io, std::file
                                 "cannot listen on " + path.string());
     ::chmod(path.c_str(), 0600);
     acceptor.listen(asio::socket_base::max_listen_connections);
+    asio::co_spawn(
+        io, acceptLoop<Local>(server->state_, acceptor),
+        reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
+                      "the accept loop"));
+    return server;
+}
+
+std::unique_ptr<HttpServer> HttpServer::onListeningSocket(asio::io_context& io, int descriptor,
+                                                          std::filesystem::path path,
+                                                          Handler handler) {
+    std::unique_ptr<HttpServer> server(new HttpServer());
+    server->state_ = std::make_shared<State>();
+    server->state_->handler = std::move(handler);
+    server->socketPath_ = std::move(path);
+    auto& acceptor = server->state_->localAcceptor.emplace(io);
+    boost::system::error_code error;
+    acceptor.assign(Local(), descriptor, error);
+    if (error)
+        throw std::system_error(error.value(), std::generic_category(),
+                                "cannot accept on the socket handed over");
     asio::co_spawn(
         io, acceptLoop<Local>(server->state_, acceptor),
         reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
@@ -348,7 +369,7 @@ void HttpServer::close() {
         state_->tcpAcceptor->close(ignored);
     if (state_->pause)
         state_->pause->cancel();
-    if (!socketPath_.empty()) {
+    if (ownsSocketFile_) {
         std::error_code removeError;
         std::filesystem::remove(socketPath_, removeError);
     }

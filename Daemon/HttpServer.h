@@ -45,6 +45,13 @@ public:
                                                 Handler handler) {
         return onSocket(io, std::move(path), std::move(handler), Limits{});
     }
+    // Accepts on a listening Unix socket that was handed over (systemd's
+    // socket activation); `path` only names it. Its file belongs to whoever
+    // made it and stays when the server closes. Throws std::system_error when
+    // the descriptor cannot be used.
+    static std::unique_ptr<HttpServer> onListeningSocket(asio::io_context& io, int descriptor,
+                                                         std::filesystem::path path,
+                                                         Handler handler);
     // Listens on 127.0.0.1:`port` (0 picks a free port). Throws
     // std::system_error when the port is taken.
     static std::unique_ptr<HttpServer> onLoopback(asio::io_context& io, std::uint16_t port,
@@ -77,6 +84,7 @@ private:
     HttpServer() = default;
     std::shared_ptr<State> state_;
     std::filesystem::path socketPath_;
+    bool ownsSocketFile_ = false;
     std::uint16_t port_ = 0;
 };
 
