@@ -38,6 +38,7 @@ private:
 class QuietNotices final : public NoticeCenter {
 public:
     Awaitable<void> add(NoticeRequest) override { co_return; }
+    Awaitable<void> withdraw(std::string) override { co_return; }
     std::string permissionStatus() const override { return "allowed"; }
 };
 
