@@ -3,6 +3,7 @@
 #include "Cli/CaptureCommands.h"
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
+#include "Cli/DeviceCommands.h"
 #include "Cli/OpenCommand.h"
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
@@ -31,7 +32,8 @@ const Command* const commands[] = {
     &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
     &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
     &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
-    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand};
+    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand,
+    &devicesCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

@@ -16,6 +16,7 @@ namespace ringwell {
 
 class CaptureRelay;
 class ChangeFeed;
+class LanListener;
 enum class AlarmTone;
 
 // What only the daemon's own wiring provides to the routes.
@@ -32,6 +33,8 @@ struct ApiServices {
     std::string webAddress;
     // Capture of the desktop's notifications; none in daemons without it.
     CaptureRelay* capture = nullptr;
+    // The devices that send over the LAN; none in daemons without it.
+    LanListener* devices = nullptr;
 };
 
 // Everything a route works on. Main thread only.

@@ -2,6 +2,7 @@
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/CaptureRoutes.h"
 #include "Daemon/ChangeFeed.h"
+#include "Daemon/LanListener.h"
 #include "Daemon/RouteSupport.h"
 #include "Support/Diagnostics.h"
 #include "Version.h"
@@ -44,6 +45,8 @@ ApiResult status(const RouteRequest&, ApiState& state) {
                                        : json::Json()}};
     if (state.services.capture)
         out["capture"] = captureJson(*state.services.capture);
+    if (state.services.devices)
+        out["lan"] = state.services.devices->state();
     return ApiResponse::json(out);
 }
 
