@@ -11,7 +11,7 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 # Everything the build, the tests and the benchmarks need from Debian.
 PACKAGES := g++ cmake ninja-build pkg-config clang-format clang-tidy ccache \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
-            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
+            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev libssl-dev openssl \
             chromium dbus-daemon libnotify-bin libglib2.0-bin clang libclang-rt-14-dev \
             pulseaudio pulseaudio-utils systemd dpkg-dev
 

@@ -3,6 +3,7 @@
 #include "Cli/CaptureCommands.h"
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
+#include "Cli/DeviceCommands.h"
 #include "Cli/ManPage.h"
 #include "Cli/OpenCommand.h"
 #include "Cli/RuleCommands.h"
@@ -34,7 +35,7 @@ const Command* const commands[] = {
     &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
     &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
     &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand,
-    &settingsCommand};
+    &settingsCommand,      &devicesCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

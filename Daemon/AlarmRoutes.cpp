@@ -73,12 +73,18 @@ template <typename Intent> Awaitable<ApiResult> performed(Intent& intent, ApiSta
 } // namespace
 
 Awaitable<ApiResult> send(const RouteRequest& request, ApiState& state) {
-    auto body = bodyObject(request.message);
+    return sendFrom(request.message, state, std::nullopt);
+}
+
+Awaitable<ApiResult> sendFrom(const ApiRequest& request, ApiState& state,
+                              std::optional<std::string> device) {
+    auto body = bodyObject(request);
     if (!body)
         co_return body.error();
     auto intent = decoded([&] { return sendIntentFromJson(body.value()); });
     if (!intent)
         co_return intent.error();
+    intent.value().device = std::move(device);
     co_return co_await performed(intent.value(), state);
 }
 

@@ -3,6 +3,7 @@
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/CaptureRoutes.h"
 #include "Daemon/ChangeFeed.h"
+#include "Daemon/LanListener.h"
 #include "Daemon/RouteSupport.h"
 #include "Support/Diagnostics.h"
 #include "Version.h"
@@ -73,6 +74,8 @@ ApiResult status(const RouteRequest&, ApiState& state) {
         out["capture"] = captureJson(*state.services.capture);
     if (state.services.soundStatus)
         out["sound"] = state.services.soundStatus();
+    if (state.services.devices)
+        out["lan"] = state.services.devices->state();
     return ApiResponse::json(out);
 }
 

@@ -12,6 +12,7 @@
 #include "Daemon/Api.h"
 #include "Daemon/ChangeFeed.h"
 #include "Daemon/HttpServer.h"
+#include "Daemon/LanListener.h"
 #include "Daemon/RuntimePaths.h"
 #include "Daemon/SaveBarrier.h"
 #include "Daemon/StaticFiles.h"
@@ -50,7 +51,9 @@
 namespace ringwell {
 namespace {
 
-constexpr const char* usage = R"(Usage: ringwell serve [--port N | --no-web]
+constexpr const char* usage =
+    R"(Usage: ringwell serve [--port N | --no-web] [--lan-port N] [--lan-address IP]
+                      [--lan-cert FILE --lan-key FILE]
 
 Runs Ringwell in the foreground: it captures the desktop's notifications
 (and takes forwarded ones), rings
@@ -62,12 +65,20 @@ Options:
   --port N    the web app's port on 127.0.0.1 (default 7383, or $RINGWELL_WEB_PORT;
               0 picks a free port)
   --no-web    serve the local API only
+  --lan-port N     the port phones send to once a device is added with
+                   `ringwell devices add` (default 7384; 0 picks one)
+  --lan-address IP the address it listens on (default 0.0.0.0, every interface)
+  --lan-cert FILE, --lan-key FILE
+                   a PEM certificate chain and its key: devices then send over
+                   HTTPS. Without them a device's token crosses the network in
+                   clear.
 )";
 
 constexpr std::uint16_t defaultWebPort = 7383;
 
 struct Options {
     std::optional<std::uint16_t> webPort = defaultWebPort;
+    LanOptions lan;
 };
 
 int fail(const std::string& message) {
@@ -197,6 +208,14 @@ int run(const Options& options) {
     CaptureRelay captureRelay(ctx, capture, io.get_executor());
     captureRelay.start();
 
+    // Phones on the network, once a device has been added.
+    LanOptions lanOptions = options.lan;
+    if (lanOptions.address == "0.0.0.0" || lanOptions.address == "::")
+        lanOptions.advertisedHost = SystemInfo::lanAddress().value_or("127.0.0.1");
+    LanListener lan(io, ctx, lanOptions, *configHome / "ringwell" / "devices.json");
+    if (auto started = lan.start(); !started)
+        return fail(started.error().message);
+
     ChangeFeed feed(io, ctx);
     Api::Services services{SystemInfo::osVersion(),
                            SystemInfo::deviceModel(),
@@ -205,7 +224,8 @@ int run(const Options& options) {
                            "",
                            &captureRelay,
                            soundStatus,
-                           testAlarmSound};
+                           testAlarmSound,
+                           &lan};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());
@@ -263,6 +283,7 @@ int run(const Options& options) {
         server->close();
         if (web)
             web->close();
+        lan.close();
         feed.closeAll();
         io.stop();
     });
@@ -304,6 +325,27 @@ int main(int argc, char** argv) {
             options.webPort.reset();
             continue;
         }
+        if ((arg == "--lan-port") && i + 1 < argc) {
+            auto port = ringwell::parsePort(argv[++i]);
+            if (!port) {
+                std::cerr << "ringwell serve: --lan-port needs a port number (0 to 65535)\n";
+                return 2;
+            }
+            options.lan.port = *port;
+            continue;
+        }
+        if (arg == "--lan-address" && i + 1 < argc) {
+            options.lan.address = argv[++i];
+            continue;
+        }
+        if (arg == "--lan-cert" && i + 1 < argc) {
+            options.lan.certificate = argv[++i];
+            continue;
+        }
+        if (arg == "--lan-key" && i + 1 < argc) {
+            options.lan.privateKey = argv[++i];
+            continue;
+        }
         if (arg == "--port" && i + 1 < argc) {
             options.webPort = ringwell::parsePort(argv[++i]);
             if (!options.webPort) {
@@ -314,6 +356,10 @@ int main(int argc, char** argv) {
         }
         std::cerr << "ringwell serve: unknown argument " << arg
                   << "\nRun 'ringwell serve --help' for usage.\n";
+        return 2;
+    }
+    if (options.lan.certificate.empty() != options.lan.privateKey.empty()) {
+        std::cerr << "ringwell serve: --lan-cert and --lan-key go together\n";
         return 2;
     }
     // A client that goes away mid-answer must not kill the daemon.

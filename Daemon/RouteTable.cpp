@@ -53,6 +53,9 @@ const std::array table = std::to_array<Route>({
     {"POST", "/v1/setup-test/cancel", cancelSetupTest},
     {"GET", "/v1/capture", captureState},
     {"PUT", "/v1/capture", updateCapture},
+    {"GET", "/v1/devices", listDevices},
+    {"POST", "/v1/devices", addDevice},
+    {"DELETE", "/v1/devices/{name}", removeDevice},
 
     {"GET", "/v1/config", config},
     {"GET", "/v1/templates", templates},

@@ -6,7 +6,7 @@ _ringwell() {
 
     local commands="serve open send ring stop-all channels channel preview events
         clear-history stats alarms alarm permission setup-test diagnostics rule
-        templates status settings capture help"
+        templates status settings capture devices help"
 
     if ((cword == 1)); then
         COMPREPLY=($(compgen -W "$commands --help --version" -- "$cur"))
@@ -20,6 +20,7 @@ _ringwell() {
         setup-test) ((cword == 2)) && COMPREPLY=($(compgen -W "start cancel status" -- "$cur")) ;;
         settings) ((cword == 2)) && COMPREPLY=($(compgen -W "ringThroughMute alarmVolume" -- "$cur")) ;;
         capture) ((cword == 2)) && COMPREPLY=($(compgen -W "status on off apps" -- "$cur")) ;;
+        devices) ((cword == 2)) && COMPREPLY=($(compgen -W "list add remove" -- "$cur")) ;;
         permission) ((cword == 2)) && COMPREPLY=($(compgen -W "alarms" -- "$cur"))
             ((cword == 3)) && COMPREPLY=($(compgen -W "allow deny" -- "$cur")) ;;
         diagnostics)

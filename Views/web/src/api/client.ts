@@ -4,6 +4,9 @@
 
 import type {
   Alarm,
+  CaptureState,
+  LanDevices,
+  NewLanDevice,
   AppConfig,
   Channel,
   ChannelRule,
@@ -120,6 +123,12 @@ export const api = {
   setupTest: () => get<SetupTestState>('/v1/setup-test'),
   startSetupTest: () => post<SetupTestState>('/v1/setup-test/start'),
   cancelSetupTest: () => post<SetupTestState>('/v1/setup-test/cancel'),
+
+  capture: () => get<CaptureState>('/v1/capture'),
+  setCapture: (enabled: boolean) => put<CaptureState>('/v1/capture', { enabled }),
+  devices: () => get<LanDevices>('/v1/devices'),
+  addDevice: (name: string) => post<NewLanDevice>('/v1/devices', { name }),
+  removeDevice: (name: string) => del(`/v1/devices/${id(name)}`),
 
   emailSupport: () => get<{ url: string }>('/v1/diagnostics/email'),
   diagnosticsDownloadPath: '/v1/diagnostics?download=1',

@@ -267,6 +267,35 @@ export interface DaemonStatus {
   sound?: SoundStatus;
 }
 
+// GET /v1/capture: the capture of this computer's notifications.
+export interface CaptureState {
+  enabled: boolean;
+  active: boolean;
+  server: string;
+  serverVersion: string;
+  seen: number;
+  forwarded: number;
+  apps: string[] | null;
+  problem: string;
+}
+
+// GET /v1/devices: the phones that send over the network.
+export interface LanDevices {
+  listening: boolean;
+  url: string;
+  tls: boolean;
+  problem: string;
+  devices: { name: string; addedAt: number }[];
+}
+
+// POST /v1/devices: a device just added; its token is shown this once.
+export interface NewLanDevice {
+  name: string;
+  token: string;
+  url: string;
+  problem: string;
+}
+
 export interface PaletteColour {
   hex: string;
   name: string;
