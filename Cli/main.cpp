@@ -19,12 +19,6 @@
 
 namespace ringwell::cli {
 
-int usageError(CommandContext& context, std::string_view command, std::string_view message) {
-    context.err << "ringwell " << command << ": " << message << "\n"
-                << "Run 'ringwell " << command << " --help' for usage.\n";
-    return exitUsage;
-}
-
 namespace {
 
 const Command* const commands[] = {

@@ -141,6 +141,19 @@ int run(const Options& options) {
                         categoryLog(logger, "AlarmTone"));
 
     SettingsFile defaults(*settingsPath, logger);
+    // The time of the last Send changes with every Send and only informs: it
+    // is written behind, at most once a second, so that a Send's answer waits
+    // for the store's flush alone. Ending cleanly writes what is left.
+    asio::steady_timer settingsWrite(io);
+    defaults.writeBehind({std::string(DefaultsKey::lastSendToRingwell)},
+                         [&settingsWrite](std::function<void()> write) {
+                             settingsWrite.expires_after(std::chrono::seconds(1));
+                             settingsWrite.async_wait(
+                                 [write = std::move(write)](const boost::system::error_code& ec) {
+                                     if (!ec)
+                                         write();
+                                 });
+                         });
     auto soundLog = [&logger](const std::string& line) {
         logger.log(LogLevel::notice, "Sound", line);
     };

@@ -1,6 +1,6 @@
 # Where `cmake --install` puts Ringwell, relative to the prefix unless given
 # as absolute paths:
-#   bin/ringwell, libexec/ringwell/ringwell-daemon, share/ringwell/ (tones,
+#   bin/ringwell, libexec/ringwell/ (ringwell-daemon, ringwell-rules), share/ringwell/ (tones,
 #   web app), the desktop entry and its icon, bash and zsh completions, the
 #   manual page and the systemd user units.
 # The programs find their data relative to themselves, so any prefix (and a
@@ -28,7 +28,7 @@ add_custom_command(
 add_custom_target(ringwell-man ALL DEPENDS ${ringwell_man_page})
 
 install(TARGETS ringwell RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS ringwell-daemon RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/ringwell)
+install(TARGETS ringwell-daemon ringwell-rules RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/ringwell)
 install(DIRECTORY ${CMAKE_BINARY_DIR}/share/ringwell/ DESTINATION ${CMAKE_INSTALL_DATADIR}/ringwell)
 install(FILES ${ringwell_packaging}/ringwell.desktop
         DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

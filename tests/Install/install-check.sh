@@ -40,7 +40,7 @@ wait_for() {
 # --- A package's layout: DESTDIR, prefix /usr.
 stage=$work/stage
 DESTDIR=$stage cmake --install "$build" --prefix /usr >/dev/null
-for file in usr/bin/ringwell usr/libexec/ringwell/ringwell-daemon \
+for file in usr/bin/ringwell usr/libexec/ringwell/ringwell-daemon usr/libexec/ringwell/ringwell-rules \
     usr/share/ringwell/Sounds/ringwell-default.caf \
     usr/share/applications/ringwell.desktop \
     usr/share/icons/hicolor/scalable/apps/ringwell.svg \
@@ -89,6 +89,7 @@ daemon_pid=$!
 wait_for ringwell status || { cat "$work/serve.log" >&2; fail "the installed daemon did not answer"; }
 [ "$(readlink "/proc/$daemon_pid/exe")" = "$prefix/libexec/ringwell/ringwell-daemon" ] ||
     fail "ringwell serve did not run the installed daemon"
+ringwell templates | grep -q . || fail "ringwell templates did not run the installed rule tool"
 ringwell status --json | grep -q '"webAddress": *"http://127.0.0.1:' || fail "no web app address"
 [ -f "$work/home/data/ringwell/Sounds/ringwell-klaxon.caf" ] || fail "the tones were not found"
 kill "$daemon_pid"
