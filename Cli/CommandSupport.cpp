@@ -1,9 +1,16 @@
 #include "Cli/CommandSupport.h"
 
 #include <fstream>
+#include <ostream>
 #include <sstream>
 
 namespace ringwell::cli {
+
+int usageError(CommandContext& context, std::string_view command, std::string_view message) {
+    context.err << "ringwell " << command << ": " << message << "\n"
+                << "Run 'ringwell " << command << " --help' for usage.\n";
+    return exitUsage;
+}
 
 std::optional<Arguments> parseCommand(CommandContext& context, std::string_view command,
                                       std::span<const std::string> args,

@@ -4,7 +4,7 @@
 #include "Cli/DaemonCall.h"
 #include "Core/Json.h"
 #include "Core/PercentEncoding.h"
-#include "Core/Text.h"
+#include "Cli/TerminalText.h"
 
 #include <charconv>
 #include <iostream>
@@ -34,7 +34,7 @@ std::string notificationLine(const json::Json& notification) {
         what += " · " + from;
     if (const std::string title = notification["title"].get<std::string>(); !title.empty())
         what += " · " + title;
-    return localTime(notification["date"]) + "  " + text::collapsedWhitespace(what);
+    return localTime(notification["date"]) + "  " + oneLine(what);
 }
 
 constexpr OptionSpec whyOptions[] = {{"json", false}};
@@ -60,7 +60,7 @@ int runWhy(std::span<const std::string> args, CommandContext& context) {
         std::string name = channel["name"].get<std::string>();
         if (channel["isEnabled"] == false)
             name += " (off)";
-        context.out << position++ << ". " << padded(text::collapsedWhitespace(name), 24) << "  "
+        context.out << position++ << ". " << padded(oneLine(name), 24) << "  "
                     << roleText(channel["role"].get<std::string>()) << '\n';
         if (channel["checks"].empty())
             context.out << "     no conditions: matches every notification\n";

@@ -67,14 +67,15 @@ ActivityStats weekStatistics(const RingwellStore& store, Date now, const Calenda
 }
 
 json::Json toJson(const PreviewEntry& entry, const ChannelRule& rule, const RingwellStore& store,
-                  const Calendar& calendar) {
+                  const Calendar& calendar, MatchBudget& budget) {
     json::Json verdict{{"kind", rawValue(entry.verdict.kind())}};
     if (const auto& by = entry.verdict.shadowedBy()) {
         verdict["by"] = by->toString();
         if (auto channel = store.channel(*by))
             verdict["byName"] = channel->name;
     }
-    auto evaluation = RuleMatcher::evaluate(rule, entry.notification, entry.history, calendar);
+    auto evaluation =
+        RuleMatcher::evaluate(rule, entry.notification, entry.history, calendar, budget);
     return json::Json{{"id", entry.id},
                       {"notification", toJson(entry.notification)},
                       {"verdict", std::move(verdict)},

@@ -4,6 +4,9 @@
 
 import type {
   Alarm,
+  CaptureState,
+  LanDevices,
+  NewLanDevice,
   AppConfig,
   Channel,
   ChannelRule,
@@ -16,6 +19,7 @@ import type {
   RuleDescription,
   RuleTemplate,
   Settings,
+  SoundStatus,
   SetupTestState,
   Stats,
   Tone,
@@ -76,6 +80,9 @@ export const api = {
   settings: () => get<Settings>('/v1/settings'),
   status: () => get<DaemonStatus>('/v1/status'),
   completeOnboarding: () => put<Settings>('/v1/settings', { hasCompletedOnboarding: true }),
+  updateSoundSettings: (change: Partial<Pick<Settings, 'ringThroughMute' | 'alarmVolume'>>) =>
+    put<Settings>('/v1/settings', change),
+  testAlarmSound: () => post<{ playing: boolean; sound: SoundStatus | null }>('/v1/sound-test'),
 
   permissions: () => get<Permissions>('/v1/permissions'),
   answerAlarmPermission: (state: 'authorized' | 'denied') => put<Permissions>('/v1/permissions/alarms', { state }),
@@ -119,6 +126,12 @@ export const api = {
   setupTest: () => get<SetupTestState>('/v1/setup-test'),
   startSetupTest: () => post<SetupTestState>('/v1/setup-test/start'),
   cancelSetupTest: () => post<SetupTestState>('/v1/setup-test/cancel'),
+
+  capture: () => get<CaptureState>('/v1/capture'),
+  setCapture: (enabled: boolean) => put<CaptureState>('/v1/capture', { enabled }),
+  devices: () => get<LanDevices>('/v1/devices'),
+  addDevice: (name: string) => post<NewLanDevice>('/v1/devices', { name }),
+  removeDevice: (name: string) => del(`/v1/devices/${id(name)}`),
 
   emailSupport: () => get<{ url: string }>('/v1/diagnostics/email'),
   diagnosticsDownloadPath: '/v1/diagnostics?download=1',
