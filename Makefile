@@ -11,13 +11,14 @@ SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 # Everything the build, the tests and the benchmarks need from Debian.
 PACKAGES := g++ cmake ninja-build pkg-config clang-format clang-tidy ccache \
             libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev \
-            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev \
-            chromium dbus-daemon libnotify-bin libglib2.0-bin clang libclang-rt-14-dev
+            libboost-dev libsndfile1-dev libpulse-dev libsystemd-dev libssl-dev openssl \
+            chromium dbus-daemon libnotify-bin libglib2.0-bin clang libclang-rt-14-dev \
+            pulseaudio pulseaudio-utils systemd dpkg-dev
 
 WEB_DIR := Views/web
 
 .PHONY: all deps web-deps build build-sanitize build-debug build-fuzz run test check-format lint bench \
-        fuzz soak format clean
+        fuzz soak format clean install uninstall deb deb-check
 
 all: build
 
@@ -108,6 +109,56 @@ fuzz: build-fuzz
 SOAK_ROUNDS ?= 2000
 soak: build-sanitize
 	RINGWELL_CRASH_ROUNDS=$(SOAK_ROUNDS) $(SAN_DIR)/bin/ringwell-daemon-tests --gtest_filter='CrashConsistency*'
+
+# Installs for the current user: programs and data under PREFIX, the systemd
+# user units under ~/.config/systemd/user, whose socket (and service) are
+# enabled so that the daemon runs from login and the first `ringwell` command
+# starts it. `make uninstall` reverses it, by the list the install wrote.
+PREFIX ?= $(HOME)/.local
+USER_UNIT_DIR ?= $(HOME)/.config/systemd/user
+install: build
+	cmake -S . -B $(BUILD_DIR) -DRINGWELL_SYSTEMD_USER_UNIT_DIR=$(USER_UNIT_DIR) >/dev/null
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
+	@if systemctl --user show-environment >/dev/null 2>&1; then \
+	  systemctl --user daemon-reload && \
+	  systemctl --user enable --now ringwell.socket && \
+	  systemctl --user enable ringwell.service && \
+	  echo "Ringwell is installed; its socket is enabled, so the first \`ringwell\` command starts it."; \
+	else \
+	  echo "Ringwell is installed, but \`systemctl --user\` is not usable here (no user service" \
+	       "manager): start it with \`ringwell serve\`."; \
+	fi
+	@case ":$$PATH:" in *":$(PREFIX)/bin:"*) ;; *) echo "Add $(PREFIX)/bin to PATH to run \`ringwell\`.";; esac
+
+uninstall:
+	@if systemctl --user show-environment >/dev/null 2>&1; then \
+	  systemctl --user disable --now ringwell.service ringwell.socket 2>/dev/null || true; \
+	fi
+	@if [ -f $(BUILD_DIR)/install_manifest.txt ]; then \
+	  xargs -d '\n' rm -f -- < $(BUILD_DIR)/install_manifest.txt; \
+	  rm -rf -- $(PREFIX)/share/ringwell $(PREFIX)/libexec/ringwell; \
+	  echo "Ringwell is uninstalled (your channels and history under ~/.local/share/ringwell stay)."; \
+	else \
+	  echo "Nothing to uninstall: $(BUILD_DIR)/install_manifest.txt is missing."; \
+	fi
+	@if systemctl --user show-environment >/dev/null 2>&1; then systemctl --user daemon-reload; fi
+
+# A Debian package for /usr (units in /usr/lib/systemd/user), its library
+# dependencies declared by dpkg-shlibdeps: build/release/packages/ringwell_*.deb.
+deb: build
+	cmake -S . -B $(BUILD_DIR) -DRINGWELL_SYSTEMD_USER_UNIT_DIR=lib/systemd/user >/dev/null
+	cd $(BUILD_DIR) && cpack -G DEB
+	dpkg-deb --info $(BUILD_DIR)/packages/ringwell_*.deb | grep -E 'Package|Version|Depends|Recommends'
+
+# Installs the package system-wide with apt-get, checks it, and removes it
+# again. Not part of `make test`: it changes /usr of the machine it runs on.
+deb-check: deb
+	$(SUDO) DEBIAN_FRONTEND=noninteractive apt-get install -y -qq ./$(BUILD_DIR)/packages/ringwell_*.deb
+	/usr/bin/ringwell --version
+	test -x /usr/libexec/ringwell/ringwell-daemon && test -f /usr/lib/systemd/user/ringwell.socket
+	$(SUDO) DEBIAN_FRONTEND=noninteractive apt-get remove -y -qq ringwell
+	! test -e /usr/bin/ringwell
+	@echo "The package installs and removes cleanly."
 
 bench: build
 	$(BUILD_DIR)/bin/ringwell-bench

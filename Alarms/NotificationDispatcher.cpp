@@ -2,6 +2,7 @@
 
 #include "Alarms/EventRecord.h"
 #include "Alarms/RingwellNotifications.h"
+#include "Alarms/SteadyBudget.h"
 #include "Core/Cooldown.h"
 #include "Core/Json.h"
 #include "Core/Router.h"
@@ -33,13 +34,6 @@ FireEvent record(AppContext& ctx, const NotificationInfo& notification, FireOutc
 bool isOwnFailureNotice(const NotificationInfo& notification) {
     return text::equalsIgnoringCase(notification.app, ownAppName) &&
            notification.title.starts_with(RingwellNotifications::failureTitle);
-}
-
-// The time source of a routing's matching budget: the steady clock, which a
-// change of the wall clock cannot stretch or shrink.
-MatchBudget::Duration steadyTime() {
-    return std::chrono::duration_cast<MatchBudget::Duration>(
-        std::chrono::steady_clock::now().time_since_epoch());
 }
 
 } // namespace
@@ -97,7 +91,7 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
     std::vector<RoutableChannel> channels;
     for (const Channel& channel : ctx.store.channels())
         channels.push_back({channel.id, channel.isEnabled, channel.rule});
-    MatchBudget budget(MatchBudget::routingLimit, steadyTime);
+    MatchBudget budget = steadyRoutingBudget();
     const RouteResult verdict = Router::route(
         notification, channels, ctx.store.notificationHistory(), ctx.calendar(), budget);
 

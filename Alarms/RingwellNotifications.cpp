@@ -7,8 +7,11 @@ NoticeRequest failureNotice(std::string_view message,
     std::string title(failureTitle);
     if (channelName)
         title += " " + *channelName;
-    return {std::string(failureIdentifier), std::move(title), std::string(message),
-            std::string(failureThread)};
+    return {std::string(failureIdentifier),
+            std::move(title),
+            std::string(message),
+            std::string(failureThread),
+            {{std::string(openAction), std::string(openLabel)}}};
 }
 
 Awaitable<void> postFailure(NoticeCenter& center, std::string message,

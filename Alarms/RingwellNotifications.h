@@ -18,8 +18,12 @@ inline constexpr std::string_view failureThread = "ringwell-failure";
 // Fixed, so that a newer failure notice replaces one still shown.
 inline constexpr std::string_view failureIdentifier = "ring-failed";
 
+// A click on the notice opens the web app.
+inline constexpr std::string_view openAction = "default";
+inline constexpr std::string_view openLabel = "Open Ringwell";
+
 // "Ringwell couldn't ring", followed by a space and the channel name when one
-// is given; the failure message as the body.
+// is given; the failure message as the body; "Open Ringwell" as the click.
 NoticeRequest failureNotice(std::string_view message,
                             const std::optional<std::string>& channelName);
 

@@ -2,9 +2,9 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Cli/TerminalText.h"
 #include "Core/Json.h"
 #include "Core/PercentEncoding.h"
-#include "Core/Text.h"
 
 #include <fstream>
 #include <iostream>
@@ -27,14 +27,14 @@ std::string eventLine(const json::Json& event) {
     std::string line = localTime(event["receivedAt"]) + "  " + event["label"].get<std::string>();
     if (event["isTest"] == true)
         line += " (test)";
-    line += "  " + text::collapsedWhitespace(who);
+    line += "  " + oneLine(who);
     std::string what = optionalText(event, "title");
     std::string body = optionalText(event, "body");
     if (!body.empty())
         what += (what.empty() ? "" : ": ") + body;
     // One row per event: line breaks inside the texts become spaces.
     if (!what.empty())
-        line += "  " + text::collapsedWhitespace(what);
+        line += "  " + oneLine(what);
     if (event.contains("errorMessage"))
         line += "  [" + event["errorMessage"].get<std::string>() + "]";
     return line;

@@ -75,6 +75,21 @@ int runCapture(std::span<const std::string> args, CommandContext& context) {
     return exitSuccess;
 }
 
+// "Alarm notices: shown by NAME (do-not-disturb on ...)", or where they go instead.
+void printNotificationServer(CommandContext& context, const json::Json& notifications) {
+    const json::Json* server = json::member(notifications, "server");
+    if (!server || !server->is_object()) {
+        context.out << "Alarm notices: no notification server answers (they go to the log)\n";
+        return;
+    }
+    context.out << "Alarm notices: shown by " << server->value("name", "unnamed");
+    const json::Json* quiet = json::member(*server, "doNotDisturb");
+    if (quiet && quiet->is_boolean())
+        context.out << (quiet->get<bool>() ? " (do-not-disturb on: alarms ask to pass it)"
+                                           : " (do-not-disturb off)");
+    context.out << '\n';
+}
+
 int runStatus(std::span<const std::string> args, CommandContext& context) {
     auto arguments = parseCommand(context, "status", args, jsonOnly, 0, 0);
     if (!arguments)
@@ -95,6 +110,19 @@ int runStatus(std::span<const std::string> args, CommandContext& context) {
     context.out << "Web app: " << (web.empty() ? "off" : web) << '\n';
     if (status.contains("saveProblem") && status["saveProblem"].is_string())
         context.out << status["saveProblem"].get<std::string>() << '\n';
+    if (status.contains("sound")) {
+        const json::Json& sound = status["sound"];
+        const std::string server = sound.value("server", "");
+        const std::string problem = sound.value("problem", "");
+        // Unreachable without a reason: the daemon has not reached out yet.
+        std::string line = server.empty() ? "audio server reachable" : server;
+        if (!sound.value("reachable", false))
+            line = problem.empty() ? "not checked yet"
+                                   : "none (" + problem + "); alarms alert without sound";
+        context.out << "Sound: " << line << '\n';
+    }
+    if (status.contains("notifications"))
+        printNotificationServer(context, status["notifications"]);
     if (status.contains("capture"))
         printCapture(context, status["capture"]);
     return exitSuccess;
@@ -121,9 +149,11 @@ bridge such as KDE Connect or GSConnect mirrors) and handles each like
 const Command statusCommand{"status", "Show whether the daemon runs and captures",
                             R"(Usage: ringwell status [--json]
 
-The daemon's version, its channels, events and alarms, the web app's address
-and the capture of desktop notifications; says so when the daemon cannot save
-its history.
+The daemon's version, its channels, events and alarms, the web app's address,
+the desktop's notification server (and whether it is in do-not-disturb, where
+the server tells), the audio server alarms ring through (or why there is no
+sound) and the capture of desktop notifications; says so when the daemon cannot
+save its history.
 )",
                             runStatus};
 

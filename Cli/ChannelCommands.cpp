@@ -2,6 +2,7 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Cli/TerminalText.h"
 #include "Core/Json.h"
 #include "Core/PercentEncoding.h"
 
@@ -175,13 +176,17 @@ std::string verdictText(const json::Json& verdict) {
     return kind;
 }
 
+constexpr OptionSpec previewOptions[] = {{"at", true}, {"json", false}};
+
 int runPreview(std::span<const std::string> args, CommandContext& context) {
-    auto arguments = parseCommand(context, "preview", args, jsonOnly, 1, 1);
+    auto arguments = parseCommand(context, "preview", args, previewOptions, 1, 1);
     if (!arguments)
         return exitUsage;
-    auto answer =
-        callDaemon(context, "preview", "GET",
-                   "/v1/preview?channel=" + PercentEncoding::encode(arguments->positionals[0]));
+    std::string target =
+        "/v1/preview?channel=" + PercentEncoding::encode(arguments->positionals[0]);
+    if (auto at = arguments->value("at"))
+        target += "&at=" + PercentEncoding::encode(*at);
+    auto answer = callDaemon(context, "preview", "GET", target);
     if (answer.exitCode)
         return *answer.exitCode;
     if (arguments->has("json")) {
@@ -254,12 +259,14 @@ Moves the channel to POSITION (1 is the top: the first channel checked).
                                  runChannelMove};
 
 const Command previewCommand{"preview", "Show what a channel would have done recently",
-                             R"(Usage: ringwell preview CHANNEL [--json]
+                             R"(Usage: ringwell preview CHANNEL [--at MOMENT] [--json]
 
 Replays the recent notifications of the history through the channel's rule and
 the channel list, newest first: whether each would ring, stay quiet in
 cooldown, be taken by an earlier channel, or not match. CHANNEL is an ID or a
-name that identifies one channel.
+name that identifies one channel. --at judges each notification as if it had
+arrived on that weekday and time ("sun 03:00", or an ISO 8601 date-time), as
+`ringwell trace` does.
 )",
                              runPreview};
 

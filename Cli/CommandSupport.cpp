@@ -1,6 +1,16 @@
 #include "Cli/CommandSupport.h"
 
+#include <fstream>
+#include <ostream>
+#include <sstream>
+
 namespace ringwell::cli {
+
+int usageError(CommandContext& context, std::string_view command, std::string_view message) {
+    context.err << "ringwell " << command << ": " << message << "\n"
+                << "Run 'ringwell " << command << " --help' for usage.\n";
+    return exitUsage;
+}
 
 std::optional<Arguments> parseCommand(CommandContext& context, std::string_view command,
                                       std::span<const std::string> args,
@@ -21,6 +31,17 @@ std::optional<Arguments> parseCommand(CommandContext& context, std::string_view 
         return std::nullopt;
     }
     return std::move(parsed).value();
+}
+
+Result<std::string> readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return Error{"cannot read " + path};
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    if (file.bad())
+        return Error{"cannot read " + path};
+    return contents.str();
 }
 
 } // namespace ringwell::cli

@@ -2,6 +2,7 @@
 
 #include "Cli/Arguments.h"
 #include "Cli/Command.h"
+#include "Core/Result.h"
 
 #include <optional>
 #include <span>
@@ -17,5 +18,8 @@ std::optional<Arguments> parseCommand(CommandContext& context, std::string_view 
                                       std::span<const std::string> args,
                                       std::span<const OptionSpec> options,
                                       std::size_t minPositionals, std::size_t maxPositionals);
+
+// The whole file, or "cannot read PATH".
+Result<std::string> readFile(const std::string& path);
 
 } // namespace ringwell::cli

@@ -1,15 +1,10 @@
 #include "Cli/DaemonCall.h"
 
 #include "Cli/DaemonClient.h"
-#include "Core/Date.h"
 #include "Core/Json.h"
 #include "Daemon/RuntimePaths.h"
 
-#include <unicode/smpdtfmt.h>
-#include <unicode/timezone.h>
-
 #include <iostream>
-#include <memory>
 
 namespace ringwell::cli {
 
@@ -56,23 +51,6 @@ json::Json recordForm(json::Json event) {
 
 void printJson(CommandContext& context, const json::Json& value) {
     context.out << json::encodePretty(value) << '\n';
-}
-
-std::string localTime(const json::Json& dateNumber) {
-    if (!dateNumber.is_number())
-        return "?";
-    thread_local std::unique_ptr<icu::SimpleDateFormat> format = [] {
-        UErrorCode status = U_ZERO_ERROR;
-        auto created = std::make_unique<icu::SimpleDateFormat>(
-            icu::UnicodeString("yyyy-MM-dd HH:mm:ss", -1, US_INV), icu::Locale::getRoot(), status);
-        created->adoptTimeZone(icu::TimeZone::createDefault());
-        return created;
-    }();
-    icu::UnicodeString text;
-    format->format(Date{dateNumber.get<double>()}.unixMilliseconds(), text);
-    std::string out;
-    text.toUTF8String(out);
-    return out;
 }
 
 } // namespace ringwell::cli

@@ -32,7 +32,4 @@ json::Json recordForm(json::Json event);
 // Prints JSON for --json output, indented.
 void printJson(CommandContext& context, const json::Json& value);
 
-// Local wall-clock text of a date number (seconds since 2001), "2025-01-02 03:04:05".
-std::string localTime(const json::Json& dateNumber);
-
 } // namespace ringwell::cli

@@ -1,204 +1,29 @@
 #include "Cli/RuleCommands.h"
 
-#include "Cli/Arguments.h"
-#include "Core/Calendar.h"
-#include "Core/Json.h"
-#include "Core/RuleMatcher.h"
-#include "Core/RuleTemplate.h"
-
-#include <chrono>
-#include <fstream>
-#include <iostream>
-#include <sstream>
+#include "Cli/RuleTool.h"
+#include "Cli/SiblingProgram.h"
 
 namespace ringwell::cli {
 namespace {
 
-Date currentDate() {
-    using namespace std::chrono;
-    auto now = duration_cast<duration<double>>(system_clock::now().time_since_epoch());
-    return Date::fromUnixSeconds(now.count());
+// Rules are checked by ringwell-rules, which links ICU's regular expressions
+// and calendar; `ringwell` itself stays free of ICU so that sends start fast.
+int runTool(std::string_view command, std::string_view tool, std::span<const std::string> args,
+            CommandContext& context) {
+    const std::string leading[] = {std::string(tool)};
+    return execSibling(context, command, "ringwell-rules", leading, args);
 }
 
-Result<std::string> readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        return Error{"cannot read " + path};
-    std::ostringstream contents;
-    contents << file.rdbuf();
-    if (file.bad())
-        return Error{"cannot read " + path};
-    return contents.str();
+int runRuleExplain(std::span<const std::string> args, CommandContext& context) {
+    return runTool("rule explain", ruleExplainTool, args, context);
 }
 
-// A rule given inline as JSON, or as @FILE.
-Result<ChannelRule> loadRule(const std::string& argument) {
-    std::string text = argument;
-    if (!argument.empty() && argument.front() == '@') {
-        auto contents = readFile(argument.substr(1));
-        if (!contents)
-            return contents.error();
-        text = contents.value();
-    }
-    auto rule = json::decode(text, ruleFromJson);
-    if (!rule)
-        return Error{"--rule: " + rule.error().message};
-    return rule;
+int runRuleDescribe(std::span<const std::string> args, CommandContext& context) {
+    return runTool("rule describe", ruleDescribeTool, args, context);
 }
 
-Result<std::vector<NotificationInfo>> loadHistory(const std::string& path) {
-    auto contents = readFile(path);
-    if (!contents)
-        return Error{"--history: " + contents.error().message};
-    auto history = json::decode(contents.value(), [](const json::Json& value) {
-        if (!value.is_array())
-            throw json::DecodeError("expected a JSON array of notifications");
-        std::vector<NotificationInfo> notifications;
-        for (size_t i = 0; i < value.size(); ++i) {
-            try {
-                notifications.push_back(notificationFromJson(value[i]));
-            } catch (const json::DecodeError& error) {
-                throw json::DecodeError("entry " + std::to_string(i) + ": " + error.what());
-            }
-        }
-        return notifications;
-    });
-    if (!history)
-        return Error{"--history " + path + ": " + history.error().message};
-    return history;
-}
-
-constexpr OptionSpec explainOptions[] = {
-    {"rule", true},     {"app", true},  {"sender", true},         {"title", true},
-    {"subtitle", true}, {"body", true}, {"time-sensitive", true}, {"date", true},
-    {"history", true},  {"json", false}};
-
-int runExplain(std::span<const std::string> args, CommandContext& context) {
-    constexpr std::string_view name = "rule explain";
-    auto parsed = parseArguments(args, explainOptions);
-    if (!parsed)
-        return usageError(context, name, parsed.error().message);
-    const Arguments& arguments = parsed.value();
-    if (!arguments.positionals.empty())
-        return usageError(context, name, "unexpected argument " + arguments.positionals.front());
-    auto ruleArgument = arguments.value("rule");
-    if (!ruleArgument)
-        return usageError(context, name, "--rule JSON is required");
-    auto rule = loadRule(*ruleArgument);
-    if (!rule)
-        return usageError(context, name, rule.error().message);
-
-    auto date = arguments.value("date");
-    if (date && !parseIso8601(*date))
-        return usageError(context, name,
-                          "--date: \"" + *date +
-                              "\" is not an ISO 8601 date-time such as 2025-01-02T03:04:05Z");
-    std::vector<NotificationInfo> history;
-    if (auto path = arguments.value("history")) {
-        auto loaded = loadHistory(*path);
-        if (!loaded)
-            return usageError(context, name, loaded.error().message);
-        history = std::move(loaded).value();
-    }
-
-    auto notification = NotificationInfo::fromShortcutInput(
-        arguments.value("app"), arguments.value("sender"), arguments.value("title"),
-        arguments.value("subtitle"), arguments.value("body"), date,
-        arguments.value("time-sensitive"), currentDate());
-    auto evaluation =
-        RuleMatcher::evaluate(rule.value(), notification, history, Calendar::userDefault());
-
-    if (arguments.has("json")) {
-        context.out << json::encodePretty(toJson(evaluation)) << '\n';
-    } else {
-        if (evaluation.checks.empty())
-            context.out << "The rule sets no conditions, so it matches every notification.\n";
-        for (const auto& check : evaluation.checks) {
-            context.out << (check.passed ? "passed  " : "failed  ") << rawValue(check.condition)
-                        << ": " << check.detail << '\n';
-        }
-        context.out << "Verdict: " << (evaluation.matches() ? "matches" : "does not match") << '\n';
-    }
-    return evaluation.matches() ? exitSuccess : exitFailure;
-}
-
-constexpr OptionSpec describeOptions[] = {{"rule", true}, {"json", false}};
-
-int runDescribe(std::span<const std::string> args, CommandContext& context) {
-    constexpr std::string_view name = "rule describe";
-    auto parsed = parseArguments(args, describeOptions);
-    if (!parsed)
-        return usageError(context, name, parsed.error().message);
-    if (!parsed.value().positionals.empty())
-        return usageError(context, name,
-                          "unexpected argument " + parsed.value().positionals.front());
-    auto ruleArgument = parsed.value().value("rule");
-    if (!ruleArgument)
-        return usageError(context, name, "--rule JSON is required");
-    auto loaded = loadRule(*ruleArgument);
-    if (!loaded)
-        return usageError(context, name, loaded.error().message);
-    const ChannelRule& rule = loaded.value();
-
-    if (parsed.value().has("json")) {
-        json::Json available = json::Json::array();
-        for (auto condition : RuleConditions::available(rule)) {
-            available.push_back(json::Json{{"id", RuleConditions::id(condition)},
-                                           {"title", RuleConditions::title(condition)},
-                                           {"symbolName", RuleConditions::symbolName(condition)},
-                                           {"isList", RuleConditions::isList(condition)},
-                                           {"isSet", RuleConditions::isSet(condition, rule)}});
-        }
-        json::Json out{{"summary", rule.summary()},
-                       {"suggestedName", rule.suggestedName()},
-                       {"invalidPatterns", rule.invalidPatterns()},
-                       {"available", std::move(available)}};
-        context.out << json::encodePretty(out) << '\n';
-        return exitSuccess;
-    }
-
-    context.out << "Summary: " << rule.summary() << '\n';
-    context.out << "Suggested name: " << rule.suggestedName() << '\n';
-    auto invalid = rule.invalidPatterns();
-    context.out << "Invalid patterns: ";
-    if (invalid.empty())
-        context.out << "none";
-    for (size_t i = 0; i < invalid.size(); ++i)
-        context.out << (i ? ", " : "") << '"' << invalid[i] << '"';
-    context.out << "\nAvailable conditions:";
-    for (auto condition : RuleConditions::available(rule)) {
-        context.out << "\n  " << RuleConditions::id(condition) << " (\""
-                    << RuleConditions::title(condition) << "\")"
-                    << (RuleConditions::isSet(condition, rule) ? ", set" : "");
-    }
-    context.out << '\n';
-    return exitSuccess;
-}
-
-constexpr OptionSpec templatesOptions[] = {{"json", false}};
-
-int runTemplates(std::span<const std::string> args, CommandContext& context) {
-    auto parsed = parseArguments(args, templatesOptions);
-    if (!parsed)
-        return usageError(context, "templates", parsed.error().message);
-    if (!parsed.value().positionals.empty())
-        return usageError(context, "templates",
-                          "unexpected argument " + parsed.value().positionals.front());
-    if (parsed.value().has("json")) {
-        json::Json out = json::Json::array();
-        for (const auto& entry : RuleTemplate::all())
-            out.push_back(toJson(entry));
-        context.out << json::encodePretty(out) << '\n';
-        return exitSuccess;
-    }
-    for (const auto& entry : RuleTemplate::all()) {
-        context.out << entry.id << ": " << entry.title << '\n'
-                    << "  " << entry.subtitle << '\n'
-                    << "  symbol: " << entry.systemImage << '\n'
-                    << "  rule: " << json::encode(toJson(entry.rule)) << '\n'
-                    << "  blank: " << (entry.blank ? rawValue(*entry.blank) : "none") << "\n\n";
-    }
-    return exitSuccess;
+int runRuleTemplates(std::span<const std::string> args, CommandContext& context) {
+    return runTool("templates", templatesTool, args, context);
 }
 
 } // namespace
@@ -227,7 +52,7 @@ Options:
 Active hours are judged in the local time zone (TZ is honoured).
 Exit status: 0 the rule matches, 1 it does not, 2 bad input.
 )",
-                                 runExplain};
+                                 runRuleExplain};
 
 const Command ruleDescribeCommand{"rule describe",
                                   "Show a rule's summary, automatic name and problems",
@@ -243,7 +68,7 @@ Options:
 
 Exit status: 0 success, 2 bad input.
 )",
-                                  runDescribe};
+                                  runRuleDescribe};
 
 const Command templatesCommand{"templates", "List the ready-made rules for new channels",
                                R"(Usage: ringwell templates [--json]
@@ -256,6 +81,6 @@ Options:
 
 Exit status: 0 success, 2 bad arguments.
 )",
-                               runTemplates};
+                               runRuleTemplates};
 
 } // namespace ringwell::cli

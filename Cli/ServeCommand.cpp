@@ -1,37 +1,14 @@
 #include "Cli/ServeCommand.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <iostream>
-#include <vector>
+#include "Cli/SiblingProgram.h"
 
 namespace ringwell::cli {
 namespace {
 
-// The daemon is its own executable beside this one, so that ordinary commands
-// do not load the audio, D-Bus and journal libraries.
+// The daemon is its own executable, so that ordinary commands do not load the
+// audio, D-Bus and journal libraries.
 int runServe(std::span<const std::string> args, CommandContext& context) {
-    std::error_code error;
-    auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) {
-        context.err << "ringwell serve: cannot find the daemon: " << error.message() << '\n';
-        return exitFailure;
-    }
-    std::string daemon = (self.parent_path() / "ringwell-daemon").string();
-    std::vector<char*> argv;
-    argv.push_back(daemon.data());
-    std::vector<std::string> copies(args.begin(), args.end());
-    for (auto& arg : copies)
-        argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    context.out.flush();
-    ::execv(daemon.c_str(), argv.data());
-    context.err << "ringwell serve: cannot start " << daemon << ": " << std::strerror(errno)
-                << '\n';
-    return exitFailure;
+    return execSibling(context, "serve", "ringwell-daemon", {}, args);
 }
 
 } // namespace

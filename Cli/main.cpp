@@ -3,9 +3,13 @@
 #include "Cli/CaptureCommands.h"
 #include "Cli/ChannelCommands.h"
 #include "Cli/Command.h"
+#include "Cli/DeviceCommands.h"
+#include "Cli/ManPage.h"
 #include "Cli/OpenCommand.h"
+#include "Cli/ReplayCommands.h"
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
+#include "Cli/SettingsCommand.h"
 
 #include "Version.h"
 
@@ -16,22 +20,17 @@
 
 namespace ringwell::cli {
 
-int usageError(CommandContext& context, std::string_view command, std::string_view message) {
-    context.err << "ringwell " << command << ": " << message << "\n"
-                << "Run 'ringwell " << command << " --help' for usage.\n";
-    return exitUsage;
-}
-
 namespace {
 
 const Command* const commands[] = {
-    &serveCommand,         &openCommand,          &sendCommand,        &ringCommand,
-    &stopAllCommand,       &channelsCommand,      &channelShowCommand, &channelAddCommand,
-    &channelUpdateCommand, &channelDeleteCommand, &channelMoveCommand, &previewCommand,
-    &eventsCommand,        &clearHistoryCommand,  &statsCommand,       &alarmsCommand,
-    &alarmStopCommand,     &alarmPauseCommand,    &alarmResumeCommand, &alarmSnoozeCommand,
-    &permissionCommand,    &setupTestCommand,     &diagnosticsCommand, &ruleExplainCommand,
-    &ruleDescribeCommand,  &templatesCommand,     &statusCommand,      &captureCommand};
+    &serveCommand,         &openCommand,          &sendCommand,         &ringCommand,
+    &stopAllCommand,       &channelsCommand,      &channelShowCommand,  &channelAddCommand,
+    &channelUpdateCommand, &channelDeleteCommand, &channelMoveCommand,  &previewCommand,
+    &eventsCommand,        &whyCommand,           &traceCommand,        &clearHistoryCommand,
+    &statsCommand,         &alarmsCommand,        &alarmStopCommand,    &alarmPauseCommand,
+    &alarmResumeCommand,   &alarmSnoozeCommand,   &permissionCommand,   &setupTestCommand,
+    &diagnosticsCommand,   &ruleExplainCommand,   &ruleDescribeCommand, &templatesCommand,
+    &statusCommand,        &captureCommand,       &settingsCommand,     &devicesCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"
@@ -84,6 +83,11 @@ const Command* findCommand(const std::vector<std::string>& args, size_t& consume
 
 int run(const std::vector<std::string>& args) {
     CommandContext context{std::cout, std::cerr};
+    // The manual page, written by the build from the help texts below.
+    if (args.size() == 2 && args[0] == "help" && args[1] == "--man") {
+        std::cout << manPage(commands, version::shortVersion);
+        return exitSuccess;
+    }
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         printOverview(std::cout);
         return args.empty() ? exitUsage : exitSuccess;

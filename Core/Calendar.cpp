@@ -1,6 +1,7 @@
 #include "Core/Calendar.h"
 
 #include <unicode/gregocal.h>
+#include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
 namespace ringwell {
@@ -29,17 +30,28 @@ std::optional<Calendar> Calendar::inTimeZone(std::string_view zoneId) {
     return Calendar(std::move(calendar));
 }
 
-Calendar::Calendar(const Calendar& other) : calendar_(other.calendar_->clone()) {}
+Calendar::Calendar(const Calendar& other)
+    : calendar_(other.calendar_->clone()), pinned_(other.pinned_) {}
 Calendar& Calendar::operator=(const Calendar& other) {
-    if (this != &other)
+    if (this != &other) {
         calendar_.reset(other.calendar_->clone());
+        pinned_ = other.pinned_;
+    }
     return *this;
 }
 Calendar::Calendar(Calendar&&) noexcept = default;
 Calendar& Calendar::operator=(Calendar&&) noexcept = default;
 Calendar::~Calendar() = default;
 
+Calendar Calendar::pinnedTo(Components face) const {
+    Calendar pinned(*this);
+    pinned.pinned_ = face;
+    return pinned;
+}
+
 std::optional<Calendar::Components> Calendar::components(Date date) const {
+    if (pinned_)
+        return pinned_;
     UErrorCode status = U_ZERO_ERROR;
     calendar_->setTime(date.unixMilliseconds(), status);
     Components result;
@@ -88,6 +100,20 @@ std::string Calendar::timeZoneId() const {
     calendar_->getTimeZone().getID(id);
     std::string out;
     id.toUTF8String(out);
+    return out;
+}
+
+std::string Calendar::localText(Date date) const {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::SimpleDateFormat format(icu::UnicodeString("yyyy-MM-dd HH:mm"), icu::Locale::getRoot(),
+                                 status);
+    if (U_FAILURE(status))
+        return formatIso8601(date);
+    format.setTimeZone(calendar_->getTimeZone());
+    icu::UnicodeString text;
+    format.format(date.unixMilliseconds(), text);
+    std::string out;
+    text.toUTF8String(out);
     return out;
 }
 

@@ -32,8 +32,16 @@ public:
         int weekday = 0; // 1 = Sunday ... 7 = Saturday
         int hour = 0;
         int minute = 0;
+
+        bool operator==(const Components&) const = default;
     };
     std::optional<Components> components(Date date) const;
+
+    // This calendar, but reading every moment as the weekday, hour and minute
+    // of `face`: rules judge their active hours as if the notification had
+    // arrived then, while its date still places it in frequency windows. The
+    // day arithmetic below is unaffected.
+    Calendar pinnedTo(Components face) const;
 
     // Local midnight of the day that holds `date`.
     std::optional<Date> startOfDay(Date date) const;
@@ -43,9 +51,13 @@ public:
 
     std::string timeZoneId() const;
 
+    // "2025-06-02 12:00" in this calendar's zone, for texts that name a moment.
+    std::string localText(Date date) const;
+
 private:
     explicit Calendar(std::unique_ptr<icu::Calendar> calendar);
     std::unique_ptr<icu::Calendar> calendar_;
+    std::optional<Components> pinned_;
 };
 
 } // namespace ringwell

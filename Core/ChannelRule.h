@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Core/MatchBudget.h"
+
 #include "Core/Calendar.h"
 #include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
@@ -72,8 +74,11 @@ struct ChannelRule {
     // The name a channel takes when its name follows the rule.
     std::string suggestedName() const;
     // Sender and keyword patterns (as stored) that do not compile as regular
-    // expressions; empty unless the rule uses regular expressions.
+    // expressions; empty unless the rule uses regular expressions. With a
+    // budget, the patterns left once it is spent are not checked (and are
+    // counted as cut short).
     std::vector<std::string> invalidPatterns() const;
+    std::vector<std::string> invalidPatterns(MatchBudget& budget) const;
     // Whether the rule can see notifications of the phone app.
     bool canMatchPhone() const;
 

@@ -46,7 +46,8 @@ struct ShortcutInputFields {
     std::optional<std::string> subtitle;
     std::optional<std::string> body;
     std::optional<std::string> timeSensitive;
-    std::vector<ReceivedField> received; // always the ten labelled values
+    // The ten labelled values; a Send over the LAN adds its "Device".
+    std::vector<ReceivedField> received;
 
     // The ten labels of `received`, in order.
     static const std::vector<std::string>& receivedLabels();

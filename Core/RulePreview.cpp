@@ -13,13 +13,14 @@ namespace {
 const RoutableChannel* routingWinner(const std::vector<RoutableChannel>& channels,
                                      const NotificationInfo& notification,
                                      const std::vector<NotificationInfo>& history,
-                                     const Calendar& calendar, const RoutableChannel& previewed) {
+                                     const Calendar& calendar, const RoutableChannel& previewed,
+                                     MatchBudget& budget) {
     for (const auto& candidate : channels) {
         if (!candidate.isEnabled)
             continue;
         // The previewed channel's rule has just matched; no need to ask again.
         if (&candidate == &previewed ||
-            Router::ruleMatches(candidate.rule, notification, history, calendar))
+            Router::ruleMatches(candidate.rule, notification, history, calendar, budget))
             return &candidate;
     }
     return nullptr;
@@ -30,13 +31,13 @@ const RoutableChannel* routingWinner(const std::vector<RoutableChannel>& channel
 PreviewVerdict verdictFor(const std::vector<RoutableChannel>& channels,
                           const RoutableChannel& previewed, const NotificationInfo& notification,
                           const std::vector<NotificationInfo>& history, const Calendar& calendar,
-                          std::vector<Cooldown::Firing>& ringLog) {
-    if (!Router::ruleMatches(previewed.rule, notification, history, calendar))
+                          std::vector<Cooldown::Firing>& ringLog, MatchBudget& budget) {
+    if (!Router::ruleMatches(previewed.rule, notification, history, calendar, budget))
         return PreviewVerdict::noMatch();
     if (!previewed.isEnabled)
         return PreviewVerdict::disabled();
     const RoutableChannel* winner =
-        routingWinner(channels, notification, history, calendar, previewed);
+        routingWinner(channels, notification, history, calendar, previewed, budget);
     // Routing reaches the previewed channel at the latest, so a missing winner
     // cannot happen; should it, the channel is reported as not ringing.
     if (!winner)
@@ -54,7 +55,7 @@ PreviewVerdict verdictFor(const std::vector<RoutableChannel>& channels,
 
 std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableChannel>& channels,
                               const std::vector<NotificationInfo>& notificationsNewestFirst,
-                              const Calendar& calendar) {
+                              const Calendar& calendar, MatchBudget& budget) {
     auto previewed = std::find_if(channels.begin(), channels.end(),
                                   [&](const RoutableChannel& c) { return c.id == channel; });
     if (previewed == channels.end())
@@ -72,13 +73,20 @@ std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableCha
     for (auto it = notificationsNewestFirst.rbegin(); it != notificationsNewestFirst.rend(); ++it) {
         const NotificationInfo& notification = *it;
         PreviewVerdict verdict =
-            verdictFor(channels, *previewed, notification, history, calendar, ringLog);
+            verdictFor(channels, *previewed, notification, history, calendar, ringLog, budget);
         entries.push_back({position, notification, verdict, history});
         history.push_back(notification);
         ++position;
     }
     std::reverse(entries.begin(), entries.end());
     return entries;
+}
+
+std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableChannel>& channels,
+                              const std::vector<NotificationInfo>& notificationsNewestFirst,
+                              const Calendar& calendar) {
+    MatchBudget unlimited = MatchBudget::unlimited();
+    return run(channel, channels, notificationsNewestFirst, calendar, unlimited);
 }
 
 std::int64_t ringCount(const std::vector<PreviewEntry>& entries) {

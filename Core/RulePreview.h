@@ -63,7 +63,13 @@ namespace RulePreview {
 // its rule as currently edited; `notificationsNewestFirst` are the recent
 // notifications. Entries come back newest first. Only rings produced by the
 // replay itself start a cooldown, per sender within the previewed channel.
-// An unknown channel gives no entries.
+// An unknown channel gives no entries. `budget` bounds the pattern matching of
+// the whole replay as it bounds one routing: once it is spent, the remaining
+// patterns count as not matching.
+std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableChannel>& channels,
+                              const std::vector<NotificationInfo>& notificationsNewestFirst,
+                              const Calendar& calendar, MatchBudget& budget);
+// The same without a deadline.
 std::vector<PreviewEntry> run(const Uuid& channel, const std::vector<RoutableChannel>& channels,
                               const std::vector<NotificationInfo>& notificationsNewestFirst,
                               const Calendar& calendar);

@@ -264,16 +264,6 @@ bool isValidUtf8(std::string_view text) {
     return true;
 }
 
-int hexDigitValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 int compareForDisplay(std::string_view a, std::string_view b) {
     thread_local std::unique_ptr<icu::Collator> collator = [] {
         UErrorCode status = U_ZERO_ERROR;
@@ -290,16 +280,6 @@ int compareForDisplay(std::string_view a, std::string_view b) {
     if (result != UCOL_EQUAL)
         return result == UCOL_LESS ? -1 : 1;
     return a < b ? -1 : (a == b ? 0 : 1); // a stable tie-break for case variants
-}
-
-std::string joined(const std::vector<std::string>& items, std::string_view separator) {
-    std::string out;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (i > 0)
-            out.append(separator);
-        out.append(items[i]);
-    }
-    return out;
 }
 
 } // namespace ringwell::text

@@ -4,6 +4,7 @@
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
 #include "Intents/StopAllAlarmsIntent.h"
+#include "Shared/AlarmButtons.h"
 #include "Shared/AlarmIntents.h"
 
 namespace ringwell::routes {
@@ -46,14 +47,13 @@ Result<RingChannelIntent> ringIntent(const json::Json& body, const RingwellStore
     return intent;
 }
 
-using AlarmAction = void (*)(AppContext&, const Uuid&);
-
-ApiResult alarmAction(const RouteRequest& request, ApiState& state, AlarmAction action) {
+// One of the alarm's own buttons, pressed as the desktop notification presses it.
+ApiResult alarmButton(const RouteRequest& request, ApiState& state, AlarmButtonKey button) {
     auto id = uuidArgument(request.parameter("id"), "an alarm ID");
     if (!id)
         return id.error();
     return alarmCall([&]() -> ApiResult {
-        action(state.ctx, id.value());
+        press(state.ctx.alarmService, id.value(), button);
         return ApiResponse::noContent();
     });
 }
@@ -73,12 +73,18 @@ template <typename Intent> Awaitable<ApiResult> performed(Intent& intent, ApiSta
 } // namespace
 
 Awaitable<ApiResult> send(const RouteRequest& request, ApiState& state) {
-    auto body = bodyObject(request.message);
+    return sendFrom(request.message, state, std::nullopt);
+}
+
+Awaitable<ApiResult> sendFrom(const ApiRequest& request, ApiState& state,
+                              std::optional<std::string> device) {
+    auto body = bodyObject(request);
     if (!body)
         co_return body.error();
     auto intent = decoded([&] { return sendIntentFromJson(body.value()); });
     if (!intent)
         co_return intent.error();
+    intent.value().device = std::move(device);
     co_return co_await performed(intent.value(), state);
 }
 
@@ -113,22 +119,16 @@ ApiResult stopAlarm(const RouteRequest& request, ApiState& state) {
     auto body = bodyObject(request.message);
     if (!body)
         return body.error();
-    StopRingwellAlarmIntent intent{id.value().toString(), {}};
-    if (const json::Json* followUps = json::member(body.value(), "followUpIDs")) {
-        if (!followUps->is_array())
-            return Error{"\"followUpIDs\" must be an array of alarm IDs",
-                         Error::Kind::invalidInput};
-        auto ids = decoded([&] { return json::stringList(*followUps, "followUpIDs"); });
-        if (!ids)
-            return ids.error();
-        intent.followUpIDs = ids.value();
-    } else {
-        // Without a list, the alarm's own Stop button: its reminders go too.
-        for (const auto& alarm : state.ctx.alarmService.alarms()) {
-            if (alarm.id == id.value())
-                intent.followUpIDs = alarm.configuration.stopIntent.followUpIDs;
-        }
-    }
+    const json::Json* followUps = json::member(body.value(), "followUpIDs");
+    // Without a list, the alarm's own Stop button: its reminders go too.
+    if (!followUps)
+        return alarmButton(request, state, AlarmButtonKey::stop);
+    if (!followUps->is_array())
+        return Error{"\"followUpIDs\" must be an array of alarm IDs", Error::Kind::invalidInput};
+    auto ids = decoded([&] { return json::stringList(*followUps, "followUpIDs"); });
+    if (!ids)
+        return ids.error();
+    StopRingwellAlarmIntent intent{id.value().toString(), ids.value()};
     return alarmCall([&]() -> ApiResult {
         intent.perform(state.ctx.alarmService);
         return ApiResponse::noContent();
@@ -136,20 +136,15 @@ ApiResult stopAlarm(const RouteRequest& request, ApiState& state) {
 }
 
 ApiResult pauseAlarm(const RouteRequest& request, ApiState& state) {
-    return alarmAction(request, state, [](AppContext& ctx, const Uuid& id) {
-        PauseRingwellAlarmIntent{id.toString()}.perform(ctx.alarmService);
-    });
+    return alarmButton(request, state, AlarmButtonKey::pause);
 }
 
 ApiResult resumeAlarm(const RouteRequest& request, ApiState& state) {
-    return alarmAction(request, state, [](AppContext& ctx, const Uuid& id) {
-        ResumeRingwellAlarmIntent{id.toString()}.perform(ctx.alarmService);
-    });
+    return alarmButton(request, state, AlarmButtonKey::resume);
 }
 
 ApiResult snoozeAlarm(const RouteRequest& request, ApiState& state) {
-    return alarmAction(request, state,
-                       [](AppContext& ctx, const Uuid& id) { ctx.alarmService.snooze(id); });
+    return alarmButton(request, state, AlarmButtonKey::snooze);
 }
 
 ApiResult permissions(const RouteRequest&, ApiState& state) {

@@ -56,6 +56,9 @@ ActivityStats weekStatistics(const RingwellStore& store, Date now, const Calenda
     std::vector<ActivityStats::Event> events;
     events.reserve(store.events().size());
     for (const auto& event : store.events()) {
+        // A silence the watchdog recorded is no notification received.
+        if (event.outcome == FireOutcome::silent)
+            continue;
         events.push_back({event.receivedAt, event.app, event.channelName,
                           std::string(label(event.outcome)), event.outcome == FireOutcome::fired,
                           event.isTest});
@@ -64,14 +67,15 @@ ActivityStats weekStatistics(const RingwellStore& store, Date now, const Calenda
 }
 
 json::Json toJson(const PreviewEntry& entry, const ChannelRule& rule, const RingwellStore& store,
-                  const Calendar& calendar) {
+                  const Calendar& calendar, MatchBudget& budget) {
     json::Json verdict{{"kind", rawValue(entry.verdict.kind())}};
     if (const auto& by = entry.verdict.shadowedBy()) {
         verdict["by"] = by->toString();
         if (auto channel = store.channel(*by))
             verdict["byName"] = channel->name;
     }
-    auto evaluation = RuleMatcher::evaluate(rule, entry.notification, entry.history, calendar);
+    auto evaluation =
+        RuleMatcher::evaluate(rule, entry.notification, entry.history, calendar, budget);
     return json::Json{{"id", entry.id},
                       {"notification", toJson(entry.notification)},
                       {"verdict", std::move(verdict)},

@@ -22,8 +22,9 @@ json::Json toJson(const ActivityStats& stats);
 ActivityStats weekStatistics(const RingwellStore& store, Date now, const Calendar& calendar);
 
 // {"id", "notification", "verdict": {"kind", "by"?, "byName"?}, "matchesRule",
-//  "checks": [...]} with the entry's check-by-check explanation.
+//  "checks": [...]} with the entry's check-by-check explanation, matched within
+// `budget`.
 json::Json toJson(const PreviewEntry& entry, const ChannelRule& rule, const RingwellStore& store,
-                  const Calendar& calendar);
+                  const Calendar& calendar, MatchBudget& budget);
 
 } // namespace ringwell

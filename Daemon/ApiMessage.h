@@ -23,6 +23,8 @@ struct ApiRequest {
     std::map<std::string, std::string> headers;
     // The original target, path and query, as the client sent it.
     std::string target;
+    // "address:port" of a TCP client, for the log; empty on the Unix socket.
+    std::string peer;
 
     std::optional<std::string> queryValue(const std::string& name) const;
     std::optional<std::string> header(const std::string& lowerCaseName) const;

@@ -16,6 +16,7 @@ namespace ringwell {
 
 class CaptureRelay;
 class ChangeFeed;
+class LanListener;
 enum class AlarmTone;
 
 // What only the daemon's own wiring provides to the routes.
@@ -32,6 +33,13 @@ struct ApiServices {
     std::string webAddress;
     // Capture of the desktop's notifications; none in daemons without it.
     CaptureRelay* capture = nullptr;
+    // Whether alarms can be heard: {"reachable", "server", "problem"}.
+    std::function<json::Json()> soundStatus;
+    // Plays the alarm tone for a few seconds as an alarm would sound; false
+    // (and nothing played) while an alarm rings.
+    std::function<bool()> testAlarmSound;
+    // The devices that send over the LAN; none in daemons without it.
+    LanListener* devices = nullptr;
 };
 
 // Everything a route works on. Main thread only.

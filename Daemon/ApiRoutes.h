@@ -2,12 +2,17 @@
 
 #include "Daemon/ApiRoute.h"
 
+#include <optional>
+#include <string>
+
 // The handlers of the local API's routes, by area. Each is named in one row of
 // the table in RouteTable.cpp; docs/api.md documents what it answers.
 namespace ringwell::routes {
 
 // AlarmRoutes.cpp: forwarding, ringing, the alarms and their permission.
 Awaitable<ApiResult> send(const RouteRequest&, ApiState&);
+// The same Send, also taken by the LAN listener, which names the device.
+Awaitable<ApiResult> sendFrom(const ApiRequest&, ApiState&, std::optional<std::string> device);
 Awaitable<ApiResult> ring(const RouteRequest&, ApiState&);
 ApiResult stopAll(const RouteRequest&, ApiState&);
 ApiResult listAlarms(const RouteRequest&, ApiState&);
@@ -34,6 +39,9 @@ ApiResult status(const RouteRequest&, ApiState&);
 ApiResult stream(const RouteRequest&, ApiState&);
 ApiResult settings(const RouteRequest&, ApiState&);
 ApiResult updateSettings(const RouteRequest&, ApiState&);
+ApiResult setting(const RouteRequest&, ApiState&);
+ApiResult updateSetting(const RouteRequest&, ApiState&);
+ApiResult testAlarmSound(const RouteRequest&, ApiState&);
 ApiResult events(const RouteRequest&, ApiState&);
 ApiResult clearEvents(const RouteRequest&, ApiState&);
 ApiResult stats(const RouteRequest&, ApiState&);
@@ -43,9 +51,19 @@ ApiResult setupTest(const RouteRequest&, ApiState&);
 ApiResult startSetupTest(const RouteRequest&, ApiState&);
 ApiResult cancelSetupTest(const RouteRequest&, ApiState&);
 
+// ReplayRoutes.cpp: why an event ended as it did, and a trace of the recent
+// notifications through today's channels.
+ApiResult why(const RouteRequest&, ApiState&);
+ApiResult trace(const RouteRequest&, ApiState&);
+
 // CaptureRoutes.cpp: the capture of the desktop's notifications.
 ApiResult captureState(const RouteRequest&, ApiState&);
 ApiResult updateCapture(const RouteRequest&, ApiState&);
+
+// DeviceRoutes.cpp: the devices that may send over the LAN.
+ApiResult listDevices(const RouteRequest&, ApiState&);
+ApiResult addDevice(const RouteRequest&, ApiState&);
+ApiResult removeDevice(const RouteRequest&, ApiState&);
 
 // EditorRoutes.cpp: what the channel and rule editors and the web app need
 // beyond the records: templates, tones, limits, the app's configuration, rule

@@ -1,7 +1,9 @@
+#include "Core/SoundSettings.h"
 #include "Daemon/ApiJson.h"
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/CaptureRoutes.h"
 #include "Daemon/ChangeFeed.h"
+#include "Daemon/LanListener.h"
 #include "Daemon/RouteSupport.h"
 #include "Support/Diagnostics.h"
 #include "Version.h"
@@ -9,18 +11,35 @@
 namespace ringwell::routes {
 namespace {
 
+BreakthroughSettings soundSettings(const AppContext& ctx) {
+    return SoundSettings::read([&](std::string_view key) { return ctx.defaults.value(key); });
+}
+
+// Checks and stores one sound setting; tells the web app's feed.
+Result<bool> storeSoundSetting(ApiState& state, std::string_view key, const json::Json& value) {
+    auto checked = SoundSettings::check(key, value);
+    if (!checked)
+        return checked.error();
+    state.ctx.defaults.set(key, checked.value());
+    if (state.services.feed)
+        state.services.feed->publish("settings");
+    return true;
+}
+
 json::Json settingsJson(AppContext& ctx) {
     auto text = [&](std::string_view key) -> json::Json {
         auto value = ctx.defaults.value(key);
         return value && value->is_string() ? *value : json::Json();
     };
     auto onboarded = ctx.defaults.value(DefaultsKey::hasCompletedOnboarding);
-    return json::Json{
+    json::Json out{
         {"hasCompletedOnboarding", onboarded && onboarded->is_boolean() && onboarded->get<bool>()},
         {"lastSetupTestResult", text(DefaultsKey::lastSetupTestResult)},
         {"setupWarning",
          ctx.store.setupWarning() ? json::Json(*ctx.store.setupWarning()) : json::Json()},
         {"appVersion", std::string(version::shortVersion) + " (" + version::buildNumber + ")"}};
+    out.update(SoundSettings::toJson(soundSettings(ctx)));
+    return out;
 }
 
 DiagnosticsReport diagnosticsReport(ApiState& state) {
@@ -42,8 +61,21 @@ ApiResult status(const RouteRequest&, ApiState& state) {
                    {"saveProblem", saveError
                                        ? json::Json(DiagnosticsReport::saveProblem(*saveError))
                                        : json::Json()}};
+    json::Json server;
+    if (auto found = ctx.notices.server()) {
+        server = {{"name", found->name},
+                  {"vendor", found->vendor},
+                  {"version", found->version},
+                  {"doNotDisturb",
+                   found->doNotDisturb ? json::Json(*found->doNotDisturb) : json::Json()}};
+    }
+    out["notifications"] = {{"permission", ctx.notices.permissionStatus()}, {"server", server}};
     if (state.services.capture)
         out["capture"] = captureJson(*state.services.capture);
+    if (state.services.soundStatus)
+        out["sound"] = state.services.soundStatus();
+    if (state.services.devices)
+        out["lan"] = state.services.devices->state();
     return ApiResponse::json(out);
 }
 
@@ -67,12 +99,56 @@ ApiResult updateSettings(const RouteRequest& request, ApiState& state) {
         decoded([&] { return json::optionalBool(body.value(), "hasCompletedOnboarding"); });
     if (!onboarded)
         return onboarded.error();
+    // Every value is checked before any is stored: a bad one changes nothing.
+    for (auto key : SoundSettings::keys()) {
+        if (const json::Json* value = json::member(body.value(), key); value && !value->is_null()) {
+            if (auto checked = SoundSettings::check(key, *value); !checked)
+                return checked.error();
+        }
+    }
+    for (auto key : SoundSettings::keys()) {
+        if (const json::Json* value = json::member(body.value(), key); value && !value->is_null())
+            (void)storeSoundSetting(state, key, *value);
+    }
     if (onboarded.value()) {
         state.ctx.defaults.set(DefaultsKey::hasCompletedOnboarding, *onboarded.value());
         if (state.services.feed)
             state.services.feed->publish("settings");
     }
     return ApiResponse::json(settingsJson(state.ctx));
+}
+
+ApiResult setting(const RouteRequest& request, ApiState& state) {
+    const auto& key = request.parameter("key");
+    const json::Json all = SoundSettings::toJson(soundSettings(state.ctx));
+    if (!all.contains(key))
+        return SoundSettings::check(key, json::Json()).error();
+    return ApiResponse::json(json::Json{{"key", key}, {"value", all.at(key)}});
+}
+
+ApiResult updateSetting(const RouteRequest& request, ApiState& state) {
+    const auto& key = request.parameter("key");
+    auto body = bodyObject(request.message);
+    if (!body)
+        return body.error();
+    const json::Json* value = json::member(body.value(), "value");
+    if (!value)
+        return Error{"the body needs a \"value\"", Error::Kind::invalidInput};
+    auto stored = storeSoundSetting(state, key, *value);
+    if (!stored)
+        return stored.error();
+    return setting(request, state);
+}
+
+ApiResult testAlarmSound(const RouteRequest&, ApiState& state) {
+    if (!state.services.testAlarmSound)
+        return Error{"this daemon plays no sound", Error::Kind::notFound};
+    if (!state.services.testAlarmSound())
+        return Error{"an alarm is ringing; stop it to test the alarm volume",
+                     Error::Kind::conflict};
+    return ApiResponse::json(json::Json{
+        {"playing", true},
+        {"sound", state.services.soundStatus ? state.services.soundStatus() : json::Json()}});
 }
 
 ApiResult events(const RouteRequest& request, ApiState& state) {

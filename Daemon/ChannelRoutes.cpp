@@ -1,3 +1,4 @@
+#include "Alarms/SteadyBudget.h"
 #include "Core/ChannelLimits.h"
 #include "Core/RuleLimits.h"
 #include "Core/RulePreview.h"
@@ -223,15 +224,22 @@ ApiResult preview(const RouteRequest& request, ApiState& state) {
     std::vector<RoutableChannel> routable;
     for (const auto& candidate : ctx.store.channels())
         routable.push_back({candidate.id, candidate.isEnabled, candidate.rule});
-    Calendar calendar = ctx.calendar();
-    auto entries =
-        RulePreview::run(channel.value().id, routable, ctx.store.notificationHistory(), calendar);
+    auto pinned = calendarAt(request.message.queryValue("at"), ctx.calendar());
+    if (!pinned)
+        return pinned.error();
+    const Calendar& calendar = pinned.value();
+    // Replaying the history through hostile rules must not hold the loop any
+    // longer than one routing may.
+    MatchBudget budget = steadyRoutingBudget();
+    auto entries = RulePreview::run(channel.value().id, routable, ctx.store.notificationHistory(),
+                                    calendar, budget);
     json::Json list = json::Json::array();
     for (const auto& entry : entries)
-        list.push_back(toJson(entry, channel.value().rule, ctx.store, calendar));
+        list.push_back(toJson(entry, channel.value().rule, ctx.store, calendar, budget));
     return ApiResponse::json(json::Json{{"channelID", channel.value().id.toString()},
                                         {"channelName", channel.value().name},
                                         {"ringCount", RulePreview::ringCount(entries)},
+                                        {"cutShort", budget.cutShortCount() > 0},
                                         {"entries", std::move(list)}});
 }
 

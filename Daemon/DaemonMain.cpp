@@ -7,9 +7,12 @@
 #include "Alarms/AppContext.h"
 #include "Alarms/CaptureRelay.h"
 #include "Alarms/SetupTestController.h"
+#include "Core/Json.h"
+#include "Core/SoundSettings.h"
 #include "Daemon/Api.h"
 #include "Daemon/ChangeFeed.h"
 #include "Daemon/HttpServer.h"
+#include "Daemon/LanListener.h"
 #include "Daemon/RuntimePaths.h"
 #include "Daemon/SaveBarrier.h"
 #include "Daemon/StaticFiles.h"
@@ -21,6 +24,8 @@
 #include "Model/XdgPaths.h"
 #include "Platform/AudioPulse.h"
 #include "Platform/BundledSounds.h"
+#include "Platform/DesktopOpener.h"
+#include "Platform/InstalledData.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
 #include "Platform/NotificationCapture.h"
@@ -28,11 +33,13 @@
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
 #include "Platform/SystemTimeZone.h"
+#include "Platform/Systemd.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
@@ -44,7 +51,9 @@
 namespace ringwell {
 namespace {
 
-constexpr const char* usage = R"(Usage: ringwell serve [--port N | --no-web]
+constexpr const char* usage =
+    R"(Usage: ringwell serve [--port N | --no-web] [--lan-port N] [--lan-address IP]
+                      [--lan-cert FILE --lan-key FILE]
 
 Runs Ringwell in the foreground: it captures the desktop's notifications
 (and takes forwarded ones), rings
@@ -56,12 +65,20 @@ Options:
   --port N    the web app's port on 127.0.0.1 (default 7383, or $RINGWELL_WEB_PORT;
               0 picks a free port)
   --no-web    serve the local API only
+  --lan-port N     the port phones send to once a device is added with
+                   `ringwell devices add` (default 7384; 0 picks one)
+  --lan-address IP the address it listens on (default 0.0.0.0, every interface)
+  --lan-cert FILE, --lan-key FILE
+                   a PEM certificate chain and its key: devices then send over
+                   HTTPS. Without them a device's token crosses the network in
+                   clear.
 )";
 
 constexpr std::uint16_t defaultWebPort = 7383;
 
 struct Options {
     std::optional<std::uint16_t> webPort = defaultWebPort;
+    LanOptions lan;
 };
 
 int fail(const std::string& message) {
@@ -86,10 +103,15 @@ ErrorLog categoryLog(Logger& logger, std::string_view category) {
 std::filesystem::path webDirectory() {
     if (const char* configured = std::getenv("RINGWELL_WEB_DIR"))
         return configured;
-    return RINGWELL_WEB_DIR;
+    const std::filesystem::path built = RINGWELL_WEB_DIR;
+    return InstalledData::directory(built.parent_path()) / "web";
 }
 
 int run(const Options& options) {
+    // Under systemd the API socket is ringwell.socket's, already listening.
+    const auto passed = Systemd::passedSocket();
+    if (passed.error)
+        return fail(*passed.error);
     asio::io_context io;
     JournalLogger logger;
 
@@ -119,7 +141,28 @@ int run(const Options& options) {
                         categoryLog(logger, "AlarmTone"));
 
     SettingsFile defaults(*settingsPath, logger);
-    AudioPulse audio(io);
+    // The time of the last Send changes with every Send and only informs: it
+    // is written behind, at most once a second, so that a Send's answer waits
+    // for the store's flush alone. Ending cleanly writes what is left.
+    asio::steady_timer settingsWrite(io);
+    defaults.writeBehind({std::string(DefaultsKey::lastSendToRingwell)},
+                         [&settingsWrite](std::function<void()> write) {
+                             settingsWrite.expires_after(std::chrono::seconds(1));
+                             settingsWrite.async_wait(
+                                 [write = std::move(write)](const boost::system::error_code& ec) {
+                                     if (!ec)
+                                         write();
+                                 });
+                         });
+    auto soundLog = [&logger](const std::string& line) {
+        logger.log(LogLevel::notice, "Sound", line);
+    };
+    AudioPulse audio(io, {files->alarms.parent_path() / "raised-sink.json",
+                          [&defaults] {
+                              return SoundSettings::read(
+                                  [&](std::string_view key) { return defaults.value(key); });
+                          },
+                          soundLog, nullptr});
     LocalAlarmService alarmService(io, clock, audio, notices, logger, *files);
     AlarmScheduler scheduler(alarmService, *store.value(), clock);
     AlarmAuthorization authorization(alarmService);
@@ -130,13 +173,14 @@ int run(const Options& options) {
     ctx.calendar = SystemTimeZone::currentCalendar;
 
     // The tone picker's preview plays a few seconds of the real tone.
-    AudioPulse previewAudio(io);
+    AudioPulse previewAudio(io, {{}, nullptr, soundLog, nullptr});
     asio::steady_timer previewEnd(io);
     auto previewTone = [&](AlarmTone tone) {
         auto path = AlarmTones::bundledPath(tone, BundledSounds::directory());
-        previewAudio.play(path.value_or(BundledSounds::defaultTone()), [&](const AudioProblem&) {
-            logger.log(LogLevel::notice, "AlarmTone", "The tone preview has no audio server");
-        });
+        previewAudio.play(
+            path.value_or(BundledSounds::defaultTone()), "Tone preview", [&](const AudioProblem&) {
+                logger.log(LogLevel::notice, "AlarmTone", "The tone preview has no audio server");
+            });
         previewEnd.expires_after(std::chrono::seconds(3));
         previewEnd.async_wait([&](const boost::system::error_code& ec) {
             if (!ec)
@@ -144,10 +188,46 @@ int run(const Options& options) {
         });
     };
 
+    // The alarm volume's test plays the default tone through the alarms' own
+    // sink, so it breaks through as an alarm would; never over a ringing one.
+    asio::steady_timer soundTestEnd(io);
+    auto alarmRings = [&] {
+        const auto alarms = alarmService.alarms();
+        return std::any_of(alarms.begin(), alarms.end(),
+                           [](const Alarm& alarm) { return alarm.state == AlarmState::alerting; });
+    };
+    auto testAlarmSound = [&]() -> bool {
+        if (alarmRings())
+            return false;
+        audio.play(BundledSounds::defaultTone(), "Alarm volume test", [&](const AudioProblem& p) {
+            soundLog("The alarm volume test has no sound: " + p.message);
+        });
+        soundTestEnd.expires_after(std::chrono::seconds(5));
+        soundTestEnd.async_wait([&](const boost::system::error_code& ec) {
+            if (!ec && !alarmRings())
+                audio.stop();
+        });
+        return true;
+    };
+    auto soundStatus = [&audio] {
+        const AudioStatus status = audio.status();
+        return json::Json{{"reachable", status.reachable},
+                          {"server", status.server},
+                          {"problem", status.problem}};
+    };
+
     // The desktop's notifications, each taking the road of a Send.
     NotificationCapture capture(io, logger);
     CaptureRelay captureRelay(ctx, capture, io.get_executor());
     captureRelay.start();
+
+    // Phones on the network, once a device has been added.
+    LanOptions lanOptions = options.lan;
+    if (lanOptions.address == "0.0.0.0" || lanOptions.address == "::")
+        lanOptions.advertisedHost = SystemInfo::lanAddress().value_or("127.0.0.1");
+    LanListener lan(io, ctx, lanOptions, *configHome / "ringwell" / "devices.json");
+    if (auto started = lan.start(); !started)
+        return fail(started.error().message);
 
     ChangeFeed feed(io, ctx);
     Api::Services services{SystemInfo::osVersion(),
@@ -155,7 +235,10 @@ int run(const Options& options) {
                            nullptr,
                            previewTone,
                            "",
-                           &captureRelay};
+                           &captureRelay,
+                           soundStatus,
+                           testAlarmSound,
+                           &lan};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());
@@ -188,6 +271,8 @@ int run(const Options& options) {
     } catch (const std::exception& error) {
         return fail(std::string(error.what()) + " (choose another with --port)");
     }
+    // A click on a notice opens the web app.
+    DesktopOpener opener(notices, logger, services.webAddress);
     Api::Services webServices = services;
     webServices.feed = &feed;
     webApi = std::make_unique<Api>(ctx, webServices);
@@ -195,9 +280,10 @@ int run(const Options& options) {
 
     std::unique_ptr<HttpServer> server;
     try {
-        server = HttpServer::onSocket(io, socketPath(), [&api](ApiRequest request) {
-            return api.handle(std::move(request));
-        });
+        auto handler = [&api](ApiRequest request) { return api.handle(std::move(request)); };
+        server = passed.descriptor
+                     ? HttpServer::onListeningSocket(io, *passed.descriptor, socketPath(), handler)
+                     : HttpServer::onSocket(io, socketPath(), handler);
     } catch (const std::exception& error) {
         return fail(error.what());
     }
@@ -206,9 +292,11 @@ int run(const Options& options) {
     signals.async_wait([&](const boost::system::error_code&, int signal) {
         logger.log(LogLevel::notice, "Daemon",
                    std::string("Stopping on ") + (signal == SIGINT ? "SIGINT" : "SIGTERM"));
+        Systemd::notifyStopping();
         server->close();
         if (web)
             web->close();
+        lan.close();
         feed.closeAll();
         io.stop();
     });
@@ -219,6 +307,11 @@ int run(const Options& options) {
     if (web)
         std::cout << "Web app: " << services.webAddress << '\n';
     std::cout << "Stop it with Ctrl-C." << std::endl;
+    // The socket, the session bus and the web listener are all up by now.
+    Systemd::notifyReady(
+        "Serving on " + server->socketPath().string() +
+        (web ? " and " + services.webAddress.substr(0, services.webAddress.find('?'))
+             : std::string()));
     io.run();
     return 0;
 }
@@ -245,6 +338,27 @@ int main(int argc, char** argv) {
             options.webPort.reset();
             continue;
         }
+        if ((arg == "--lan-port") && i + 1 < argc) {
+            auto port = ringwell::parsePort(argv[++i]);
+            if (!port) {
+                std::cerr << "ringwell serve: --lan-port needs a port number (0 to 65535)\n";
+                return 2;
+            }
+            options.lan.port = *port;
+            continue;
+        }
+        if (arg == "--lan-address" && i + 1 < argc) {
+            options.lan.address = argv[++i];
+            continue;
+        }
+        if (arg == "--lan-cert" && i + 1 < argc) {
+            options.lan.certificate = argv[++i];
+            continue;
+        }
+        if (arg == "--lan-key" && i + 1 < argc) {
+            options.lan.privateKey = argv[++i];
+            continue;
+        }
         if (arg == "--port" && i + 1 < argc) {
             options.webPort = ringwell::parsePort(argv[++i]);
             if (!options.webPort) {
@@ -255,6 +369,10 @@ int main(int argc, char** argv) {
         }
         std::cerr << "ringwell serve: unknown argument " << arg
                   << "\nRun 'ringwell serve --help' for usage.\n";
+        return 2;
+    }
+    if (options.lan.certificate.empty() != options.lan.privateKey.empty()) {
+        std::cerr << "ringwell serve: --lan-cert and --lan-key go together\n";
         return 2;
     }
     // A client that goes away mid-answer must not kill the daemon.

@@ -1,3 +1,4 @@
+#include "Alarms/SteadyBudget.h"
 #include "Core/ChannelLimits.h"
 #include "Core/ConnectionStatus.h"
 #include "Core/Json.h"
@@ -12,6 +13,10 @@ namespace ringwell::routes {
 namespace {
 
 json::Json describe(const ChannelRule& rule) {
+    // The editor describes the rule on every keystroke; compiling thousands of
+    // patterns must not hold the loop any longer than one routing may.
+    MatchBudget budget = steadyRoutingBudget();
+    auto invalid = rule.invalidPatterns(budget);
     json::Json available = json::Json::array();
     for (auto condition : RuleConditions::available(rule)) {
         available.push_back(json::Json{{"id", RuleConditions::id(condition)},
@@ -22,7 +27,8 @@ json::Json describe(const ChannelRule& rule) {
     }
     return json::Json{{"summary", rule.summary()},
                       {"suggestedName", rule.suggestedName()},
-                      {"invalidPatterns", rule.invalidPatterns()},
+                      {"invalidPatterns", std::move(invalid)},
+                      {"cutShort", budget.cutShortCount() > 0},
                       {"available", std::move(available)}};
 }
 

@@ -8,6 +8,7 @@
 #include <boost/asio/write.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <boost/beast/ssl.hpp>
 
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -29,6 +30,8 @@ struct HttpServer::State {
     std::optional<Tcp::acceptor> tcpAcceptor;
     Handler handler;
     Limits limits;
+    // Set for a TCP server that speaks TLS only.
+    std::shared_ptr<asio::ssl::context> tls;
     bool closed = false;
     std::size_t active = 0;
     std::size_t failedAccepts = 0;
@@ -41,6 +44,10 @@ struct HttpServer::State {
             limits.log(message);
         else
             std::fprintf(stderr, "ringwell http: %s\n", message.c_str());
+    }
+    void refuse(const std::string& peer, const ApiResponse& response) const {
+        if (limits.refused)
+            limits.refused(peer, response);
     }
 };
 
@@ -88,11 +95,13 @@ std::optional<ApiResponse> framingFault(const http::request<http::string_body>& 
 }
 
 Awaitable<ApiResponse> answer(HttpServer::Handler& handler,
-                              const http::request<http::string_body>& request) {
+                              const http::request<http::string_body>& request,
+                              const std::string& peer) {
     auto parsed = parseTarget(std::string(request.method_string()), std::string(request.target()));
     if (!parsed)
         co_return ApiResponse::error(400, "malformed request target");
     parsed->body = request.body();
+    parsed->peer = peer;
     for (const auto& field : request)
         parsed->headers[lowerCase(std::string(field.name_string()))] = std::string(field.value());
     try {
@@ -114,14 +123,14 @@ Awaitable<void> writeEventStream(Stream& stream, const ApiResponse& response, un
     head.keep_alive(false); // the body ends when the connection closes
     http::response_serializer<http::empty_body> serializer(head);
     boost::system::error_code ec;
-    stream.expires_never();
+    beast::get_lowest_layer(stream).expires_never();
     co_await http::async_write_header(stream, serializer,
                                       asio::redirect_error(asio::use_awaitable, ec));
     while (!ec) {
         auto message = co_await response.stream->next(heartbeat);
         if (!message)
             break;
-        stream.expires_after(std::chrono::seconds(30));
+        beast::get_lowest_layer(stream).expires_after(std::chrono::seconds(30));
         co_await asio::async_write(stream, asio::buffer(*message),
                                    asio::redirect_error(asio::use_awaitable, ec));
     }
@@ -151,17 +160,31 @@ private:
     std::shared_ptr<HttpServer::State> state_;
 };
 
-template <typename Protocol>
-Awaitable<void> serveConnection(ConnectionSlot slot, typename Protocol::socket socket) {
-    HttpServer::State* state = &slot.state();
-    beast::basic_stream<Protocol> stream(std::move(socket));
+// "address:port" of a TCP client; empty for a Unix socket's.
+std::string peerOf(const Tcp::socket& socket) {
+    boost::system::error_code ec;
+    auto endpoint = socket.remote_endpoint(ec);
+    if (ec)
+        return "";
+    auto address = endpoint.address();
+    return (address.is_v6() ? "[" + address.to_string() + "]" : address.to_string()) + ":" +
+           std::to_string(endpoint.port());
+}
+std::string peerOf(const Local::socket&) {
+    return "";
+}
+
+// Reads requests and writes answers on one connection until either side ends it.
+template <typename Stream>
+Awaitable<void> serveRequests(HttpServer::State* state, Stream& stream, const std::string& peer) {
+    auto& lowest = beast::get_lowest_layer(stream);
     beast::flat_buffer buffer;
     boost::system::error_code ec;
     for (;;) {
         http::request_parser<http::string_body> parser;
         parser.body_limit(state->limits.maxBodyBytes);
         parser.header_limit(16 * 1024);
-        stream.expires_after(state->limits.readTimeout);
+        lowest.expires_after(state->limits.readTimeout);
         co_await http::async_read(stream, buffer, parser,
                                   asio::redirect_error(asio::use_awaitable, ec));
         if (ec == http::error::end_of_stream || ec == beast::error::timeout ||
@@ -174,34 +197,63 @@ Awaitable<void> serveConnection(ConnectionSlot slot, typename Protocol::socket s
                 ec == http::error::body_limit
                     ? ApiResponse::error(413, "request body too large")
                     : ApiResponse::error(400, "malformed request: " + ec.message());
+            state->refuse(peer, failure);
             auto response = toHttp(failure, 11, false);
-            stream.expires_after(std::chrono::seconds(5));
+            lowest.expires_after(std::chrono::seconds(5));
             co_await http::async_write(stream, response,
                                        asio::redirect_error(asio::use_awaitable, ec));
             break;
         }
         auto request = parser.release();
         if (auto fault = framingFault(request)) {
+            state->refuse(peer, *fault);
             auto response = toHttp(*fault, 11, false);
-            stream.expires_after(std::chrono::seconds(5));
+            lowest.expires_after(std::chrono::seconds(5));
             co_await http::async_write(stream, response,
                                        asio::redirect_error(asio::use_awaitable, ec));
             break;
         }
-        stream.expires_never();
-        ApiResponse result = co_await answer(state->handler, request);
+        lowest.expires_never();
+        ApiResponse result = co_await answer(state->handler, request, peer);
         if (result.stream) {
             co_await writeEventStream(stream, result, request.version(), state->limits.heartbeat);
             break;
         }
         auto response = toHttp(result, request.version(), request.keep_alive(),
                                request.method() == http::verb::head);
-        stream.expires_after(state->limits.readTimeout);
+        lowest.expires_after(state->limits.readTimeout);
         co_await http::async_write(stream, response, asio::redirect_error(asio::use_awaitable, ec));
         if (ec || !response.keep_alive())
             break;
     }
-    stream.socket().shutdown(Protocol::socket::shutdown_send, ec);
+}
+
+template <typename Protocol>
+Awaitable<void> serveConnection(ConnectionSlot slot, typename Protocol::socket socket) {
+    const std::string peer = peerOf(socket);
+    beast::basic_stream<Protocol> stream(std::move(socket));
+    co_await serveRequests(&slot.state(), stream, peer);
+    boost::system::error_code ignored;
+    stream.socket().shutdown(Protocol::socket::shutdown_send, ignored);
+}
+
+// The same behind TLS: a handshake first (within the read timeout), a TLS
+// shutdown at the end.
+Awaitable<void> serveTlsConnection(ConnectionSlot slot, Tcp::socket socket) {
+    HttpServer::State* state = &slot.state();
+    const std::string peer = peerOf(socket);
+    beast::ssl_stream<beast::tcp_stream> stream(beast::tcp_stream(std::move(socket)), *state->tls);
+    boost::system::error_code ec;
+    beast::get_lowest_layer(stream).expires_after(state->limits.readTimeout);
+    co_await stream.async_handshake(asio::ssl::stream_base::server,
+                                    asio::redirect_error(asio::use_awaitable, ec));
+    if (ec) {
+        state->refuse(peer, ApiResponse::error(400, "TLS handshake failed: " + ec.message()));
+        co_return;
+    }
+    co_await serveRequests(state, stream, peer);
+    beast::get_lowest_layer(stream).expires_after(std::chrono::seconds(5));
+    co_await stream.async_shutdown(asio::redirect_error(asio::use_awaitable, ec));
 }
 
 // Waits on `timer` (until `until`, or until cancelled) where close() and a
@@ -254,10 +306,19 @@ Awaitable<void> acceptLoop(std::shared_ptr<HttpServer::State> state,
         if (failing)
             state->report("accepting connections again");
         failing = false;
-        asio::co_spawn(
-            acceptor.get_executor(),
-            serveConnection<Protocol>(ConnectionSlot(state), std::move(socket)),
-            reportEscaped([state](const std::string& m) { state->report(m); }, "a connection"));
+        auto report =
+            reportEscaped([state](const std::string& m) { state->report(m); }, "a connection");
+        if constexpr (std::is_same_v<Protocol, Tcp>) {
+            if (state->tls) {
+                asio::co_spawn(acceptor.get_executor(),
+                               serveTlsConnection(ConnectionSlot(state), std::move(socket)),
+                               std::move(report));
+                continue;
+            }
+        }
+        asio::co_spawn(acceptor.get_executor(),
+                       serveConnection<Protocol>(ConnectionSlot(state), std::move(socket)),
+                       std::move(report));
     }
 }
 
@@ -275,6 +336,7 @@ std::unique_ptr<HttpServer> HttpServer::onSocket(asio::io_context& io, std::file
     server->state_->handler = std::move(handler);
     server->state_->limits = limits;
     server->socketPath_ = path;
+    server->ownsSocketFile_ = true;
     auto& acceptor = server->state_->localAcceptor.emplace(io);
 
     std::error_code removeError;
@@ -298,15 +360,47 @@ std::unique_ptr<HttpServer> HttpServer::onSocket(asio::io_context& io, std::file
     return server;
 }
 
-std::unique_ptr<HttpServer> HttpServer::onLoopback(asio::io_context& io, std::uint16_t port,
-                                                   Handler handler, Limits limits) {
+std::unique_ptr<HttpServer> HttpServer::onListeningSocket(asio::io_context& io, int descriptor,
+                                                          std::filesystem::path path,
+                                                          Handler handler) {
     std::unique_ptr<HttpServer> server(new HttpServer());
     server->state_ = std::make_shared<State>();
     server->state_->handler = std::move(handler);
-    server->state_->limits = limits;
-    auto& acceptor = server->state_->tcpAcceptor.emplace(io);
-    Tcp::endpoint endpoint(asio::ip::address_v4::loopback(), port);
+    server->socketPath_ = std::move(path);
+    auto& acceptor = server->state_->localAcceptor.emplace(io);
+    boost::system::error_code error;
+    acceptor.assign(Local(), descriptor, error);
+    if (error)
+        throw std::system_error(error.value(), std::generic_category(),
+                                "cannot accept on the socket handed over");
+    asio::co_spawn(
+        io, acceptLoop<Local>(server->state_, acceptor),
+        reportEscaped([state = server->state_](const std::string& m) { state->report(m); },
+                      "the accept loop"));
+    return server;
+}
+
+std::unique_ptr<HttpServer> HttpServer::onLoopback(asio::io_context& io, std::uint16_t port,
+                                                   Handler handler, Limits limits) {
+    return onAddress(io, "127.0.0.1", port, std::move(handler), std::move(limits));
+}
+
+std::unique_ptr<HttpServer> HttpServer::onAddress(asio::io_context& io, const std::string& address,
+                                                  std::uint16_t port, Handler handler,
+                                                  Limits limits,
+                                                  std::shared_ptr<asio::ssl::context> tls) {
     boost::system::error_code ec;
+    auto ip = asio::ip::make_address(address, ec);
+    if (ec)
+        throw std::system_error(std::make_error_code(std::errc::invalid_argument),
+                                "not an IP address: " + address);
+    std::unique_ptr<HttpServer> server(new HttpServer());
+    server->state_ = std::make_shared<State>();
+    server->state_->handler = std::move(handler);
+    server->state_->limits = std::move(limits);
+    server->state_->tls = std::move(tls);
+    auto& acceptor = server->state_->tcpAcceptor.emplace(io);
+    Tcp::endpoint endpoint(ip, port);
     acceptor.open(endpoint.protocol(), ec);
     if (!ec)
         acceptor.set_option(asio::socket_base::reuse_address(true), ec);
@@ -316,7 +410,7 @@ std::unique_ptr<HttpServer> HttpServer::onLoopback(asio::io_context& io, std::ui
         acceptor.listen(asio::socket_base::max_listen_connections, ec);
     if (ec)
         throw std::system_error(ec.value(), std::generic_category(),
-                                "cannot listen on 127.0.0.1:" + std::to_string(port));
+                                "cannot listen on " + address + ":" + std::to_string(port));
     server->port_ = acceptor.local_endpoint().port();
     asio::co_spawn(
         io, acceptLoop<Tcp>(server->state_, acceptor),
@@ -348,7 +442,7 @@ void HttpServer::close() {
         state_->tcpAcceptor->close(ignored);
     if (state_->pause)
         state_->pause->cancel();
-    if (!socketPath_.empty()) {
+    if (ownsSocketFile_) {
         std::error_code removeError;
         std::filesystem::remove(socketPath_, removeError);
     }

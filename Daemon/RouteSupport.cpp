@@ -1,6 +1,7 @@
 #include "Daemon/RouteSupport.h"
 
 #include "Core/Text.h"
+#include "Core/TraceMoment.h"
 #include "Intents/ChannelEntity.h"
 
 #include <algorithm>
@@ -76,6 +77,18 @@ Error errorOf(const AlarmServiceError& error) {
     return Error{error.what(), error.kind() == AlarmServiceError::Kind::notFound
                                    ? Error::Kind::notFound
                                    : Error::Kind::conflict};
+}
+
+Result<Calendar> calendarAt(const std::optional<std::string>& at, const Calendar& calendar) {
+    if (!at)
+        return calendar;
+    auto moment = TraceMoment::parse(*at, calendar);
+    if (!moment)
+        return Error{"\"at\": \"" + *at +
+                         "\" is not a day and time such as \"sun 03:00\" or an ISO 8601 "
+                         "date-time such as 2025-01-02T03:04:05Z",
+                     Error::Kind::invalidInput};
+    return calendar.pinnedTo(*moment);
 }
 
 } // namespace ringwell::routes

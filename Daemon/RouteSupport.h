@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Alarms/RingwellAlarmError.h"
+#include "Core/Calendar.h"
 #include "Core/Json.h"
 #include "Core/Result.h"
 #include "Core/Uuid.h"
@@ -28,6 +29,11 @@ Result<Uuid> uuidArgument(const std::string& text, std::string_view what);
 Result<Channel> resolveChannel(const RingwellStore& store, const std::string& text);
 
 Error noChannelWithId(const Uuid& id);
+
+// `calendar` as it is when `at` is absent; else pinned to the weekday and
+// time `at` names ("sun 03:00", or an ISO 8601 date-time read in the
+// calendar's zone), for a trace or a preview "as if at" that moment.
+Result<Calendar> calendarAt(const std::optional<std::string>& at, const Calendar& calendar);
 
 // The value a decoder that throws json::DecodeError gives, or what it threw as
 // invalid input, after `context` ("\"rule\": ").

@@ -24,9 +24,12 @@ constexpr std::array<Member, 10> members = {
 } // namespace
 
 ShortcutInputFields SendToRingwellIntent::fields() const {
-    return ShortcutInputFields::fromShortcutInput(
+    auto fields = ShortcutInputFields::fromShortcutInput(
         notification, notificationTitle, notificationSubtitle, notificationBody, app, timeSensitive,
         sender, recipients, associatedContent, name);
+    if (device)
+        fields.received.push_back({std::string(deviceLabel), *device});
+    return fields;
 }
 
 Awaitable<FireEvent> SendToRingwellIntent::perform(AppContext& ctx) const {

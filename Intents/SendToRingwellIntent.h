@@ -19,6 +19,8 @@ namespace ringwell {
 struct SendToRingwellIntent {
     static constexpr std::string_view title = "Send to Ringwell";
     static constexpr std::string_view parameterSummary = "Send notification to Ringwell";
+    // The label of the received field that names a LAN device.
+    static constexpr std::string_view deviceLabel = "Device";
 
     // Each parameter's property name (also its JSON key) and the title the
     // person sees; the titles double as the labels of the received fields.
@@ -49,6 +51,9 @@ struct SendToRingwellIntent {
     std::optional<std::string> recipients;
     std::optional<std::string> associatedContent;
     std::optional<std::string> name;
+    // The LAN device the Send came from; not a parameter of the automation.
+    // The history keeps it as the received field "Device".
+    std::optional<std::string> device;
 
     // The raw input as the dispatcher receives it.
     ShortcutInputFields fields() const;

@@ -20,6 +20,7 @@ const OutcomeInfo& info(FireOutcome outcome) {
         {"failed", "Failed", "exclamationmark.triangle"},
         {"setupTest", "Setup test received", "checkmark.seal"},
         {"ignored", "Ignored (Ringwell's own)", "arrow.uturn.backward"},
+        {"silent", "Silent", "wifi.exclamationmark"},
     };
     static_assert(std::size(table) == std::size(FireOutcomes::allCases));
     return table[static_cast<std::size_t>(outcome)];
@@ -137,6 +138,11 @@ FireEvent fireEventFromJson(const json::Json& value) {
     event.errorMessage = json::optionalString(value, "errorMessage");
     event.isTest = json::requireBool(value, "isTest");
     return event;
+}
+
+bool isForwardedNotification(const FireEvent& event) {
+    return !event.isTest && event.app && !event.app->empty() &&
+           event.outcome != FireOutcome::ignored && event.outcome != FireOutcome::silent;
 }
 
 } // namespace ringwell

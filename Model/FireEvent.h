@@ -22,7 +22,8 @@ enum class FireOutcome {
     noMatch,
     failed,
     setupTest,
-    ignored
+    ignored,
+    silent // a watched app sent nothing for longer than expected
 };
 
 // The colour of an outcome's row icon.
@@ -30,8 +31,9 @@ enum class OutcomeIconTint { secondary, red };
 
 namespace FireOutcomes {
 inline constexpr FireOutcome allCases[] = {
-    FireOutcome::fired,   FireOutcome::coalesced, FireOutcome::cooledDown, FireOutcome::skipped,
-    FireOutcome::noMatch, FireOutcome::failed,    FireOutcome::setupTest,  FireOutcome::ignored};
+    FireOutcome::fired,     FireOutcome::coalesced, FireOutcome::cooledDown,
+    FireOutcome::skipped,   FireOutcome::noMatch,   FireOutcome::failed,
+    FireOutcome::setupTest, FireOutcome::ignored,   FireOutcome::silent};
 }
 
 std::string_view rawValue(FireOutcome outcome);
@@ -72,6 +74,11 @@ struct FireEvent {
 
     bool operator==(const FireEvent&) const = default;
 };
+
+// Whether the event's notification was really forwarded: not a test, from an
+// app, and not one of Ringwell's own notices. Only those make the history
+// that rules, previews and traces replay.
+bool isForwardedNotification(const FireEvent& event);
 
 // The keys in declaration order; absent optionals are left out.
 json::Json toJson(const FireEvent& event);

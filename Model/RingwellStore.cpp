@@ -97,13 +97,6 @@ void sortForDisplay(std::vector<std::string>& list) {
     });
 }
 
-// The events whose notification was really forwarded: not a test, from an
-// app, and not one of Ringwell's own notices.
-bool isForwardedNotification(const FireEvent& event) {
-    return !event.isTest && event.app && !event.app->empty() &&
-           event.outcome != FireOutcome::ignored;
-}
-
 } // namespace
 
 // MARK: Snapshot

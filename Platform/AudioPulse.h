@@ -1,61 +1,114 @@
 #pragma once
 
+#include "Core/SinkBreakthrough.h"
 #include "Platform/AudioSink.h"
 #include "Shared/Asio.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
 
 namespace ringwell {
 
-// Plays tone files through the sound server with the PulseAudio simple API
-// (PipeWire answers it too), decoding them with libsndfile.
+class PulseConnection;
+class SinkGuard;
+
+// Whether sound can be heard, as the status shows it.
+struct AudioStatus {
+    // A sound server answered the last attempt to reach it.
+    bool reachable = false;
+    // What answers: "pulseaudio 16.1"; empty when nothing does.
+    std::string server;
+    // Why there is no sound; empty when there is no known problem.
+    std::string problem;
+};
+
+// Plays tone files (decoded with libsndfile) through PulseAudio's asynchronous
+// API, which PipeWire's Pulse server answers too. The stream is named for the
+// desktop's volume mixers: application "Ringwell", media role "alarm" (so its
+// level is remembered apart from notification sounds) and the alarm's title
+// as media name. It always starts unmuted at full stream volume, whatever the
+// server remembers of earlier streams.
 //
-// Playback runs on a thread of its own, which only decodes and writes audio;
-// `play` and `stop` just hand it a request and return. It writes in chunks of
-// 20 ms into a stream with a target latency of 50 ms and drops what is
-// buffered when told to stop, so a tone goes quiet within about 100 ms.
+// While a tone plays, the sink it plays on breaks through as the settings say
+// (SinkGuard): unmuted and faded up to the alarm volume, and put back at
+// `stop`. A leftover record of a raised sink (a daemon killed mid-alarm) is
+// acted on at the first connection.
 //
-// A problem (no sound server, an unreadable file) is posted to the
-// io_context the sink was created with; the thread then waits for the next
-// request instead of retrying.
+// A worker thread of its own connects, decodes and drives the sink; the
+// server's callbacks (which write the audio) run on the main loop's thread.
+// `play` and `stop` only hand the worker a request and return. Without a
+// server, the problem is posted to the io_context and `status` says so; each
+// `play` tries to connect again, so a server that appears later is used by the
+// next alarm.
 //
-// `play` and `stop` are called from the main thread; the destructor stops
-// playback and joins the thread.
+// `play`, `stop` and the destructor run on the main thread; `status` on any.
 class AudioPulse final : public AudioSink {
 public:
-    explicit AudioPulse(asio::io_context& context);
+    struct Options {
+        // Where the sink's level is kept while raised; empty: the sink is
+        // never touched (the tone picker's preview).
+        std::filesystem::path savedSinkFile;
+        // Read on the main thread at each `play`; none: no break-through.
+        std::function<BreakthroughSettings()> settings;
+        // Lines for the log, delivered on the main thread.
+        std::function<void(const std::string&)> log;
+        // Called on the server's thread when the first frame of a `play` has
+        // been written to the server (the benchmark's finish line).
+        std::function<void()> onFirstFrame;
+    };
+
+    AudioPulse(asio::io_context& context, Options options);
     ~AudioPulse() override;
     AudioPulse(const AudioPulse&) = delete;
     AudioPulse& operator=(const AudioPulse&) = delete;
 
-    void play(const std::filesystem::path& file, ProblemHandler onProblem) override;
+    void play(const std::filesystem::path& file, const std::string& title,
+              ProblemHandler onProblem) override;
     void stop() override;
+    AudioStatus status() const;
 
 private:
     struct Request {
         std::filesystem::path file;
+        std::string title;
         ProblemHandler onProblem;
-        std::uint64_t generation = 0;
+        std::optional<BreakthroughSettings> breakthrough;
     };
+    struct Tone;
+    struct Stream;
 
     void run();
-    void playLoop(const Request& request);
-    bool isCurrent(std::uint64_t generation) const;
-    void report(const Request& request, AudioProblemKind kind, std::string message);
+    bool connect();
+    void start(const Request& request);
+    void halt();
+    void closeStream();
+    void connectionChanged();
+    void report(const ProblemHandler& handler, AudioProblemKind kind, std::string message);
+    void setStatus(AudioStatus status);
+    void log(const std::string& line);
 
     asio::io_context& context_;
-    std::mutex mutex_;
+    Options options_;
+
+    mutable std::mutex mutex_;
     std::condition_variable wake_;
     std::optional<Request> wanted_;
+    // Every play and stop starts a new generation; the worker acts on the
+    // newest only.
+    std::uint64_t generation_ = 0;
     bool quitting_ = false;
-    // Every play and stop starts a new generation; the playing loop ends as
-    // soon as it sees its generation is no longer the current one.
-    std::atomic<std::uint64_t> generation_{0};
+    bool connectionChanged_ = false;
+    AudioStatus status_;
+
+    // The worker's own; built and torn down on its thread.
+    std::unique_ptr<PulseConnection> pulse_;
+    std::unique_ptr<SinkGuard> guard_;
+    std::unique_ptr<Stream> stream_;
     std::thread thread_;
 };
 

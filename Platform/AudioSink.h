@@ -32,8 +32,10 @@ public:
     using ProblemHandler = std::function<void(const AudioProblem& problem)>;
 
     virtual ~AudioSink() = default;
-    // Starts looping `file`, replacing whatever plays now.
-    virtual void play(const std::filesystem::path& file, ProblemHandler onProblem) = 0;
+    // Starts looping `file`, replacing whatever plays now. `title` names the
+    // sound where the desktop lists what plays (the alarm's title).
+    virtual void play(const std::filesystem::path& file, const std::string& title,
+                      ProblemHandler onProblem) = 0;
     // Silences the sink; nothing happens when it is already silent.
     virtual void stop() = 0;
 };

@@ -1,5 +1,7 @@
 #include "Platform/BundledSounds.h"
 
+#include "Platform/InstalledData.h"
+
 #include <cstdlib>
 
 namespace ringwell::BundledSounds {
@@ -8,7 +10,8 @@ std::filesystem::path directory() {
     const char* overridden = std::getenv("RINGWELL_SOUNDS_DIR");
     if (overridden && *overridden)
         return overridden;
-    return RINGWELL_BUNDLED_SOUNDS_DIR;
+    const std::filesystem::path built = RINGWELL_BUNDLED_SOUNDS_DIR;
+    return InstalledData::directory(built.parent_path()) / "Sounds";
 }
 
 std::filesystem::path defaultTone() {

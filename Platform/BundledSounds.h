@@ -7,8 +7,8 @@
 // directory at start.
 namespace ringwell::BundledSounds {
 
-// $RINGWELL_SOUNDS_DIR when set and not empty (for installed copies),
-// otherwise the directory the build wrote the tones into.
+// $RINGWELL_SOUNDS_DIR when set and not empty, otherwise "Sounds" in the
+// data directory of the running program's tree (InstalledData).
 std::filesystem::path directory();
 
 // "ringwell-default.caf" in `directory()`: what an alarm with the service's

@@ -3,10 +3,10 @@
 #include "Core/Json.h"
 #include "Model/XdgPaths.h"
 #include "Platform/AlarmFile.h"
-#include "Platform/AlarmNotice.h"
 #include "Platform/AlarmSoundFile.h"
 #include "Platform/BundledSounds.h"
 #include "Platform/JsonFile.h"
+#include "Platform/SystemTimeZone.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,22 +21,6 @@ namespace {
 // clock again, which bounds how late an alarm can be after such a jump.
 constexpr double longestTimerWait = 10.0;
 
-// Posts one notice and reports a refusal to the log. A free function, so that
-// the coroutine never touches the service, which may be gone by the time the
-// notice centre answers. The frame owns the request; the notice centre and the
-// logger are only required to outlive the service, so the logger is used only
-// while `alive` says the service still exists.
-Awaitable<void> deliverNotice(NoticeCenter& notices, NoticeRequest request, Logger& logger,
-                              std::weak_ptr<int> alive) {
-    try {
-        co_await notices.add(std::move(request));
-    } catch (const std::exception& error) {
-        if (!alive.expired())
-            logger.log(LogLevel::error, LocalAlarmService::logCategory,
-                       std::string("The alarm notice could not be shown: ") + error.what());
-    }
-}
-
 } // namespace
 
 std::optional<LocalAlarmService::Files> LocalAlarmService::defaultFiles() {
@@ -50,8 +34,9 @@ std::optional<LocalAlarmService::Files> LocalAlarmService::defaultFiles() {
 LocalAlarmService::LocalAlarmService(asio::io_context& context, const Clock& clock,
                                      AudioSink& audio, NoticeCenter& notices, Logger& logger,
                                      Files files)
-    : context_(context), clock_(clock), audio_(audio), notices_(notices), logger_(logger),
-      files_(std::move(files)), timer_(context) {
+    : context_(context), clock_(clock), audio_(audio), logger_(logger), files_(std::move(files)),
+      timer_(context),
+      presenter_(context, notices, *this, logger, SystemTimeZone::currentCalendar) {
     load();
     // Alarms that were alerting when the daemon stopped alert again; those
     // whose deadline passed meanwhile join them in processDueAlarms.
@@ -59,6 +44,7 @@ LocalAlarmService::LocalAlarmService(asio::io_context& context, const Clock& clo
         if (alarm.state == AlarmState::alerting)
             alert(alarm);
     }
+    presenter_.show(book_.alarms());
     updateSound();
     processDueAlarms();
 }
@@ -169,9 +155,6 @@ void LocalAlarmService::processDueAlarms() {
 void LocalAlarmService::alert(const Alarm& alarm) {
     const auto& title = alarm.configuration.attributes.presentation.alert.title;
     log(LogLevel::notice, "Alarm " + alarm.id.toString() + " is alerting: " + title);
-    asio::co_spawn(context_, deliverNotice(notices_, AlarmNotice::make(alarm), logger_, alive_),
-                   reportEscaped([this](const std::string& m) { log(LogLevel::error, m); },
-                                 "Delivering the alarm notice"));
 }
 
 void LocalAlarmService::updateSound() {
@@ -201,27 +184,30 @@ void LocalAlarmService::updateSound() {
         audio_.stop();
         return;
     }
-    playTone(loudest->id, *file);
+    playTone(loudest->id, loudest->configuration.attributes.presentation.alert.title, *file);
 }
 
-void LocalAlarmService::playTone(const Uuid& alarm, const std::filesystem::path& file) {
-    audio_.play(file, [this, alive = std::weak_ptr<int>(alive_), alarm,
-                       file](const AudioProblem& problem) {
-        if (alive.expired())
-            return;
-        if (problem.kind == AudioProblemKind::noAudioServer) {
-            if (!loggedMissingAudio_) {
-                loggedMissingAudio_ = true;
-                log(LogLevel::error, std::string(noAudioMessage) + " (" + problem.message + ")");
-            }
-            return;
-        }
-        log(LogLevel::error, "The alarm tone could not be played: " + problem.message);
-        // A damaged tone file should not leave an alarm silent while the
-        // default tone is there to play.
-        if (sounding_ == alarm && file != files_.defaultTone)
-            playTone(alarm, files_.defaultTone);
-    });
+void LocalAlarmService::playTone(const Uuid& alarm, const std::string& title,
+                                 const std::filesystem::path& file) {
+    audio_.play(file, title,
+                [this, alive = std::weak_ptr<int>(alive_), alarm, title,
+                 file](const AudioProblem& problem) {
+                    if (alive.expired())
+                        return;
+                    if (problem.kind == AudioProblemKind::noAudioServer) {
+                        if (!loggedMissingAudio_) {
+                            loggedMissingAudio_ = true;
+                            log(LogLevel::error,
+                                std::string(noAudioMessage) + " (" + problem.message + ")");
+                        }
+                        return;
+                    }
+                    log(LogLevel::error, "The alarm tone could not be played: " + problem.message);
+                    // A damaged tone file should not leave an alarm silent while the
+                    // default tone is there to play.
+                    if (sounding_ == alarm && file != files_.defaultTone)
+                        playTone(alarm, title, files_.defaultTone);
+                });
 }
 
 void LocalAlarmService::armTimer() {
@@ -270,6 +256,8 @@ void LocalAlarmService::save() {
         JsonFile::write(files_.alarms, toJson(AlarmServiceState{authorization_, book_.alarms()}));
     if (!written)
         log(LogLevel::error, "Saving the alarms failed: " + written.error().message);
+    // Every change is saved, so the desktop notices follow from here.
+    presenter_.show(book_.alarms());
 }
 
 } // namespace ringwell

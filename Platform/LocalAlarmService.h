@@ -5,6 +5,7 @@
 #include "Core/ObserverList.h"
 #include "Model/Clock.h"
 #include "Platform/AlarmBook.h"
+#include "Platform/AlarmNoticePresenter.h"
 #include "Platform/AudioSink.h"
 #include "Shared/AlarmService.h"
 #include "Shared/Asio.h"
@@ -26,9 +27,13 @@ namespace ringwell {
 // Alerting: the alarm's tone loops through the AudioSink (the named tone from
 // the sounds directory, else the default tone); when several alarms alert,
 // the one that started last is heard, and a tone file that cannot be played
-// gives way to the default tone. A desktop notice "alarm-<ID>" is posted
-// through the NoticeCenter and a line is logged. Without an audio server the
-// alarm alerts all the same and the missing sound is logged once per run.
+// gives way to the default tone, and a line is logged. Without an audio server
+// the alarm alerts all the same and the missing sound is logged once per run.
+//
+// Desktop notices: each alarm that counts down, is paused or rings has its
+// notice "alarm-<ID>" with its buttons, kept in step by an
+// AlarmNoticePresenter after every change; the buttons pressed there act on
+// this service.
 //
 // Authorization is the person's consent, kept in the same file. While it is
 // `notDetermined`, `requestAuthorization` cannot wait for an answer (nobody is
@@ -103,14 +108,13 @@ private:
     void save();
     void alert(const Alarm& alarm);
     void updateSound();
-    void playTone(const Uuid& alarm, const std::filesystem::path& file);
+    void playTone(const Uuid& alarm, const std::string& title, const std::filesystem::path& file);
     void armTimer();
     void log(LogLevel level, const std::string& message);
 
     asio::io_context& context_;
     const Clock& clock_;
     AudioSink& audio_;
-    NoticeCenter& notices_;
     Logger& logger_;
     Files files_;
 
@@ -124,6 +128,7 @@ private:
     bool loggedMissingAudio_ = false;
 
     asio::steady_timer timer_;
+    AlarmNoticePresenter presenter_;
     // Handlers that may run after the service is gone (timer, notices, audio
     // reports) hold a weak reference to this and do nothing once it expired.
     std::shared_ptr<int> alive_ = std::make_shared<int>(0);

@@ -5,6 +5,8 @@
 #include "Model/XdgPaths.h"
 #include "Platform/JsonFile.h"
 
+#include <algorithm>
+
 namespace ringwell {
 namespace {
 
@@ -39,11 +41,39 @@ std::optional<json::Json> SettingsFile::value(std::string_view key) const {
     return *found;
 }
 
+SettingsFile::~SettingsFile() {
+    if (unwritten_)
+        write();
+}
+
 void SettingsFile::set(std::string_view key, json::Json value) {
     const json::Json* existing = json::member(values_, key);
     if (existing && *existing == value)
         return;
     values_[std::string(key)] = std::move(value);
+    const bool behind = scheduleWrite_ &&
+                        std::find(behindKeys_.begin(), behindKeys_.end(), key) != behindKeys_.end();
+    if (!behind) {
+        write();
+        return;
+    }
+    if (unwritten_)
+        return; // the write already scheduled takes this change too
+    unwritten_ = true;
+    std::weak_ptr<SettingsFile*> self = self_;
+    scheduleWrite_([self] {
+        if (auto alive = self.lock(); alive && (*alive)->unwritten_)
+            (*alive)->write();
+    });
+}
+
+void SettingsFile::writeBehind(std::vector<std::string> keys, WriteScheduler schedule) {
+    behindKeys_ = std::move(keys);
+    scheduleWrite_ = std::move(schedule);
+}
+
+void SettingsFile::write() {
+    unwritten_ = false;
     auto written = JsonFile::write(file_, values_);
     if (!written)
         logger_.log(LogLevel::error, logCategory,

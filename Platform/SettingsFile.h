@@ -5,8 +5,12 @@
 #include "Core/Json.h"
 
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace ringwell {
 
@@ -20,6 +24,11 @@ namespace ringwell {
 // file gets mode 0600. Setting a key to the value it has writes nothing. A
 // failed write is logged and the value stays in memory.
 //
+// Keys given to writeBehind are the exception: a change of one waits for a
+// write scheduled later (or for the next change of another key, or the
+// object's end), so that a value set on every Send ("lastSendToRingwell")
+// costs no flush to disk while the Send waits for its answer.
+//
 // Main thread only. The logger must outlive the object.
 class SettingsFile final : public UserDefaults {
 public:
@@ -32,15 +41,33 @@ public:
     // when neither gives an absolute path.
     static std::optional<std::filesystem::path> defaultPath();
 
+    ~SettingsFile() override;
+    SettingsFile(const SettingsFile&) = delete;
+    SettingsFile& operator=(const SettingsFile&) = delete;
+
     std::optional<json::Json> value(std::string_view key) const override;
     void set(std::string_view key, json::Json value) override;
+
+    // Runs `write` later on the main thread (the daemon uses a timer); the
+    // write does nothing once the object is gone.
+    using WriteScheduler = std::function<void(std::function<void()> write)>;
+    // From now on a change of one of `keys` asks `schedule` for one write
+    // that every change made before it runs shares, instead of writing at once.
+    void writeBehind(std::vector<std::string> keys, WriteScheduler schedule);
 
     const std::filesystem::path& path() const { return file_; }
 
 private:
+    void write();
+
     std::filesystem::path file_;
     Logger& logger_;
     json::Json values_ = json::Json::object();
+    std::vector<std::string> behindKeys_;
+    WriteScheduler scheduleWrite_;
+    bool unwritten_ = false;
+    // Lets a scheduled write that runs after the object is gone do nothing.
+    std::shared_ptr<SettingsFile*> self_ = std::make_shared<SettingsFile*>(this);
 };
 
 } // namespace ringwell

@@ -6,6 +6,10 @@
 #include <fstream>
 #include <sstream>
 
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
 #include <sys/utsname.h>
 
 namespace ringwell::SystemInfo {
@@ -137,6 +141,24 @@ std::string deviceModel() {
     const auto product = readFile("/sys/class/dmi/id/product_name");
     return deviceModelFrom(vendor ? std::optional<std::string_view>(*vendor) : std::nullopt,
                            product ? std::optional<std::string_view>(*product) : std::nullopt);
+}
+
+std::optional<std::string> lanAddress() {
+    ifaddrs* interfaces = nullptr;
+    if (::getifaddrs(&interfaces) != 0)
+        return std::nullopt;
+    std::optional<std::string> found;
+    for (ifaddrs* entry = interfaces; entry && !found; entry = entry->ifa_next) {
+        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET ||
+            !(entry->ifa_flags & IFF_UP) || (entry->ifa_flags & IFF_LOOPBACK))
+            continue;
+        char text[INET_ADDRSTRLEN] = {};
+        const auto* address = reinterpret_cast<const sockaddr_in*>(entry->ifa_addr);
+        if (::inet_ntop(AF_INET, &address->sin_addr, text, sizeof text))
+            found = text;
+    }
+    ::freeifaddrs(interfaces);
+    return found;
 }
 
 } // namespace ringwell::SystemInfo

@@ -30,4 +30,8 @@ std::string osVersion();
 // From /sys/class/dmi/id.
 std::string deviceModel();
 
+// The IPv4 address of the first interface that is up and not loopback,
+// where phones on the same network reach this machine; none without one.
+std::optional<std::string> lanAddress();
+
 } // namespace ringwell::SystemInfo

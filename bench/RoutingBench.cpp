@@ -1,6 +1,7 @@
 // Routing and preview cost at the sizes Ringwell meets in use: 50 channels and
 // the full 200-entry activity log. Targets: one routing under 1 ms, one preview
-// of 200 notifications under 50 ms. Hostile channel sets (hundreds of
+// of 200 notifications under 50 ms, one trace of 200 notifications through
+// all 50 channels at another weekday and time under 50 ms. Hostile channel sets (hundreds of
 // catastrophic expressions, thousands of keywords) must keep one routing near
 // its matching budget, MatchBudget::routingLimit.
 #include "Core/Calendar.h"
@@ -9,6 +10,7 @@
 #include "Core/NotificationInfo.h"
 #include "Core/Router.h"
 #include "Core/RulePreview.h"
+#include "Core/Trace.h"
 #include "Core/Uuid.h"
 
 #include <benchmark/benchmark.h>
@@ -173,5 +175,20 @@ void BM_PreviewTwoHundredNotifications(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_PreviewTwoHundredNotifications)->Unit(benchmark::kMillisecond);
+
+void BM_TraceTwoHundredNotificationsAtSunday3am(benchmark::State& state) {
+    const Calendar calendar = benchCalendar().pinnedTo({1, 3, 0});
+    std::vector<NamedChannel> named;
+    for (const auto& channel : channels())
+        named.push_back({channel, "Channel"});
+    auto newestFirst = recentNotifications();
+    std::reverse(newestFirst.begin(), newestFirst.end());
+
+    for (auto _ : state) {
+        auto report = Trace::run(named, newestFirst, newestFirst.size(), calendar);
+        benchmark::DoNotOptimize(report);
+    }
+}
+BENCHMARK(BM_TraceTwoHundredNotificationsAtSunday3am)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -18,11 +18,15 @@ protected:
     testing::FakeNoticeCenter center;
 };
 
-TEST_F(RingwellNotificationsTest, AFailureNoticeNamesTheChannel) {
+TEST_F(RingwellNotificationsTest, AFailureNoticeNamesTheChannelAndOpensRingwell) {
     post("Too many alarms.", std::string("Urgent"));
     ASSERT_EQ(center.shown.size(), 1u);
-    EXPECT_EQ(center.shown[0], (NoticeRequest{"ring-failed", "Ringwell couldn't ring Urgent",
-                                              "Too many alarms.", "ringwell-failure"}));
+    EXPECT_EQ(center.shown[0], (NoticeRequest{"ring-failed",
+                                              "Ringwell couldn't ring Urgent",
+                                              "Too many alarms.",
+                                              "ringwell-failure",
+                                              {{"default", "Open Ringwell"}},
+                                              NoticeKind::information}));
 }
 
 TEST_F(RingwellNotificationsTest, WithoutAChannelTheTitleHasNoTrailingSpace) {

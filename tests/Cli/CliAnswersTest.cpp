@@ -131,7 +131,7 @@ TEST(CliAnswersTest, EventsKeepOneRowPerEventWhateverItsTextHolds) {
     StandInDaemon daemon(Answers{
         {"/v1/events",
          R"([{"id":"E2","receivedAt":0,"label":"Fired","isTest":false,"channelName":"Urgent",)"
-         R"("title":"Server\ndown","body":"disk\r\nfull"},)"
+         R"("title":"Server\ndown","body":"disk\r\n\u2028full"},)"
          R"({"id":"E1","receivedAt":0,"label":"No match","isTest":false,"app":"Mail"}])"}});
     auto events = runRingwell({"events"}, daemon.environment());
     ASSERT_EQ(events.exitCode, 0) << events.err;

@@ -132,5 +132,16 @@ TEST(CommandLineTest, HelpVersionAndUnknownCommands) {
     EXPECT_EQ(runRingwell({}).exitCode, 2);
 }
 
+TEST(CommandLineTest, OrdinaryCommandsDoNotLoadIcu) {
+    // The dynamic loader lists every library it loads; ICU comes only with
+    // the rule commands, which run ringwell-rules.
+    auto version = runRingwell({"--version"}, {{"LD_DEBUG", "libs"}});
+    ASSERT_EQ(version.exitCode, 0);
+    EXPECT_NE(version.err.find("libstdc++"), std::string::npos) << version.err;
+    EXPECT_EQ(version.err.find("libicu"), std::string::npos) << version.err;
+    auto templates = runRingwell({"templates", "--json"}, {{"LD_DEBUG", "libs"}});
+    EXPECT_NE(templates.err.find("libicu"), std::string::npos);
+}
+
 } // namespace
 } // namespace ringwell

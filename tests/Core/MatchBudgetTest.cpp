@@ -1,6 +1,7 @@
 #include "Core/MatchBudget.h"
 #include "Core/Router.h"
 #include "Core/RuleMatcher.h"
+#include "Core/RulePreview.h"
 #include "Core/TextMatcher.h"
 
 #include "TestSupport/Helpers.h"
@@ -99,6 +100,35 @@ TEST(MatchBudgetTest, ChecksCutShortSayTheRuleWasCutShort) {
     EXPECT_EQ(evaluation.checks[1].detail,
               "1 matching in the last 10 min, rule wants 2 (cut short: the rules' patterns took "
               "too long to check)");
+}
+
+TEST(MatchBudgetTest, PreviewAndDescriptionStopOnceTheBudgetIsSpent) {
+    ChannelRule rule;
+    rule.usesRegex = true;
+    rule.keywords = {"(a+)+b", "(", "urgent"};
+    const Uuid id = Uuid::random();
+    const std::vector<RoutableChannel> channels = {{id, true, rule}};
+    NotificationInfo info;
+    info.body = "urgent";
+    const std::vector<NotificationInfo> notifications(3, info);
+    auto calendar = testing::calendarIn("UTC");
+
+    auto unbounded = RulePreview::run(id, channels, notifications, calendar);
+    EXPECT_EQ(RulePreview::ringCount(unbounded), 3);
+    MatchBudget spent = MatchBudget::spent();
+    auto cut = RulePreview::run(id, channels, notifications, calendar, spent);
+    ASSERT_EQ(cut.size(), 3u);
+    for (const auto& entry : cut)
+        EXPECT_EQ(entry.verdict, PreviewVerdict::noMatch());
+    EXPECT_GE(spent.cutShortCount(), 3u);
+
+    // Describing compiles every pattern; with the time spent after the first
+    // one, the invalid "(" is never reached.
+    SteppingSource clock{30ms};
+    MatchBudget budget(50ms, clock.source());
+    EXPECT_TRUE(rule.invalidPatterns(budget).empty());
+    EXPECT_EQ(budget.cutShortCount(), 2u);
+    EXPECT_EQ(rule.invalidPatterns(), std::vector<std::string>{"("});
 }
 
 } // namespace

@@ -71,6 +71,16 @@ TEST_F(ApiRobustnessTest, MalformedRequestsGetJsonErrors) {
     EXPECT_EQ(ringwell({"channels"}).exitCode, 0);
 }
 
+TEST_F(ApiRobustnessTest, ASettingsChangeWithOneBadValueStoresNothing) {
+    const std::string body = R"({"ringThroughMute": false, "alarmVolume": 5})";
+    auto answer = exchange("PUT /v1/settings HTTP/1.1\r\nHost: localhost\r\nContent-Length: " +
+                           std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
+    EXPECT_NE(answer.find("HTTP/1.1 400"), std::string::npos) << answer;
+    EXPECT_NE(answer.find("alarmVolume must be a whole number"), std::string::npos) << answer;
+    EXPECT_EQ(ringwellJson({"settings", "--json"}),
+              (json::Json{{"ringThroughMute", true}, {"alarmVolume", 70}}));
+}
+
 TEST_F(ApiRobustnessTest, UnknownRoutesAnswer404AndOtherMethods405) {
     EXPECT_NE(get("/v2/status").find("HTTP/1.1 404"), std::string::npos);
     auto refused = get("/v1/status", "DELETE");

@@ -5,7 +5,8 @@ namespace {
 
 using CaptureCommandsTest = DaemonTest;
 
-// Without a session bus the daemon runs on, says why it is not capturing,
+// Without a session bus the daemon runs on, says why it is not capturing
+// and that no notification server shows its alarms,
 // and the settings of `ringwell capture` still take and survive a restart.
 TEST_F(CaptureCommandsTest, WithoutABusCaptureSaysWhyAndItsSettingsStick) {
     startDaemon();
@@ -14,6 +15,9 @@ TEST_F(CaptureCommandsTest, WithoutABusCaptureSaysWhyAndItsSettingsStick) {
     EXPECT_FALSE(status["capture"]["active"].get<bool>());
     EXPECT_NE(status["capture"]["problem"].get<std::string>(), "");
     EXPECT_EQ(status["capture"]["seen"], 0);
+    EXPECT_TRUE(status["notifications"]["server"].is_null());
+    EXPECT_NE(ringwell({"status"}).out.find("Alarm notices: no notification server answers"),
+              std::string::npos);
 
     json::Json apps = ringwellJson({"capture", "apps", "Signal", "Mom's phone", "--json"});
     EXPECT_EQ(apps["apps"], (json::Json{"Signal", "Mom's phone"}));

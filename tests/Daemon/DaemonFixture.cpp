@@ -48,8 +48,13 @@ void DaemonTest::startDaemon() {
         (void)out;
         (void)err;
         // Port 0: tests run side by side, each daemon on a free port of its own.
-        ::execl(RINGWELL_BINARY, RINGWELL_BINARY, "serve", "--port", "0",
-                static_cast<char*>(nullptr));
+        std::vector<std::string> args = {RINGWELL_BINARY, "serve", "--port", "0"};
+        args.insert(args.end(), serveArguments.begin(), serveArguments.end());
+        std::vector<char*> argv;
+        for (auto& arg : args)
+            argv.push_back(arg.data());
+        argv.push_back(nullptr);
+        ::execv(RINGWELL_BINARY, argv.data());
         ::_exit(127);
     }
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);

@@ -31,6 +31,8 @@ protected:
     // Runs a command that must succeed and returns its JSON output.
     json::Json ringwellJson(const std::vector<std::string>& args);
 
+    // Arguments `ringwell serve` gets after "--port 0".
+    std::vector<std::string> serveArguments;
     // The environment every process of the test runs with.
     std::map<std::string, std::string> environment;
     std::filesystem::path root;

@@ -1,7 +1,13 @@
 #include "Core/Json.h"
 #include "DaemonFixture.h"
 
+#include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
 
 #include <fstream>
 
@@ -33,6 +39,41 @@ TEST_F(DaemonLifecycleTest, OneDaemonPerUserWithPrivateSocket) {
 
     EXPECT_EQ(stopDaemon(), 0);
     EXPECT_FALSE(std::filesystem::exists(socket));
+}
+
+// As systemd's notify socket sees it: one datagram per message, or "" when
+// none comes within 30 s.
+std::string nextNotification(int notify) {
+    pollfd ready{notify, POLLIN, 0};
+    if (::poll(&ready, 1, 30'000) != 1)
+        return "";
+    char buffer[512];
+    const auto size = ::recv(notify, buffer, sizeof buffer, 0);
+    return size > 0 ? std::string(buffer, static_cast<std::size_t>(size)) : "";
+}
+
+// Under systemd (Type=notify) the daemon says READY once its API socket and
+// web listener are up, and STOPPING when it stops.
+TEST_F(DaemonLifecycleTest, SystemdHearsReadyOnceEverythingListensAndStoppingAtTheEnd) {
+    const auto path = root / "notify";
+    const int notify = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    ASSERT_GE(notify, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(notify, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    environment["NOTIFY_SOCKET"] = path.string();
+
+    startDaemon();
+    const std::string ready = nextNotification(notify);
+    EXPECT_EQ(
+        ready.rfind("READY=1\nSTATUS=Serving on " + socket.string() + " and http://127.0.0.1:", 0),
+        0u)
+        << ready;
+    EXPECT_EQ(ready.find("token"), std::string::npos); // the secret stays out of systemctl status
+    EXPECT_EQ(stopDaemon(), 0);
+    EXPECT_EQ(nextNotification(notify), "STOPPING=1");
+    ::close(notify);
 }
 
 TEST_F(DaemonLifecycleTest, ACountdownSurvivesARestart) {

@@ -102,7 +102,8 @@ TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
     for (const Alarm& alarm : service->alarms())
         EXPECT_EQ(alarm.state, AlarmState::alerting);
     EXPECT_EQ(sink.playing(), directory / "default.caf");
-    EXPECT_EQ(notices.requests.size(), 3u);
+    ASSERT_FALSE(notices.requests.empty());
+    EXPECT_EQ(notices.requests.back().actions.at(0).key, "stop"); // a ringing notice
 }
 
 TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -84,9 +86,12 @@ private:
 };
 
 // Owns org.freedesktop.Notifications and org.gtk.Notifications on the bus and
-// answers Notify, AddNotification (GTK's and the portal's) and
-// GetServerInformation from a thread of its own, recording every notice.
-// A notice whose summary is "refuse me" gets an error reply.
+// answers Notify, CloseNotification, AddNotification (GTK's and the portal's)
+// and GetServerInformation from a thread of its own, recording every notice
+// and every close; it has Plasma's `Inhibited` property. A notice whose
+// summary is "refuse me" gets an error reply. `invoke`, `close` and
+// `setInhibited` send the server's signals, as a person using the desktop
+// would cause them.
 class FakeNotificationServer {
 public:
     struct Notice {
@@ -94,13 +99,17 @@ public:
         std::uint32_t replacesId = 0;
         std::string summary;
         std::string body;
-        std::size_t actionCount = 0;
+        std::vector<std::string> actions; // key, label, key, label...
+        // Every hint, its value written out: booleans "true"/"false", bytes
+        // and integers in decimal, strings as they are.
+        std::map<std::string, std::string> hints;
         int urgency = -1;
         std::int32_t expireTimeout = 0;
         std::uint32_t id = 0;
     };
 
-    explicit FakeNotificationServer(const std::string& address) {
+    explicit FakeNotificationServer(const std::string& address, std::string name = "fake")
+        : name_(std::move(name)) {
         if (sd_bus_new(&bus_) < 0 || sd_bus_set_address(bus_, address.c_str()) < 0 ||
             sd_bus_set_bus_client(bus_, 1) < 0 || sd_bus_start(bus_) < 0)
             fail("the fake server cannot reach the bus");
@@ -116,6 +125,7 @@ public:
             fail("the fake server cannot take its name");
         thread_ = std::thread([this] {
             while (!stopping_) {
+                sendQueuedSignals();
                 while (sd_bus_process(bus_, nullptr) > 0) {
                 }
                 sd_bus_wait(bus_, 20'000);
@@ -134,8 +144,53 @@ public:
         std::lock_guard lock(mutex_);
         return notices_;
     }
+    // The ids given to CloseNotification, in order.
+    std::vector<std::uint32_t> closed() const {
+        std::lock_guard lock(mutex_);
+        return closed_;
+    }
+
+    void invoke(std::uint32_t id, const std::string& key) {
+        queue([=](sd_bus* bus) {
+            sd_bus_emit_signal(bus, "/org/freedesktop/Notifications",
+                               "org.freedesktop.Notifications", "ActionInvoked", "us", id,
+                               key.c_str());
+        });
+    }
+    // Reasons: 1 expired, 2 dismissed by the person, 3 closed by a call.
+    void close(std::uint32_t id, std::uint32_t reason) {
+        queue([=](sd_bus* bus) {
+            sd_bus_emit_signal(bus, "/org/freedesktop/Notifications",
+                               "org.freedesktop.Notifications", "NotificationClosed", "uu", id,
+                               reason);
+        });
+    }
+    void setInhibited(bool inhibited) {
+        queue([=, this](sd_bus* bus) {
+            inhibited_ = inhibited;
+            sd_bus_emit_properties_changed(bus, "/org/freedesktop/Notifications",
+                                           "org.freedesktop.Notifications", "Inhibited", nullptr);
+        });
+    }
 
 private:
+    // Signals are sent from the server's thread, which alone uses its bus.
+    void queue(std::function<void(sd_bus*)> send) {
+        std::lock_guard lock(mutex_);
+        queued_.push_back(std::move(send));
+    }
+    void sendQueuedSignals() {
+        std::vector<std::function<void(sd_bus*)>> sends;
+        {
+            std::lock_guard lock(mutex_);
+            sends.swap(queued_);
+        }
+        for (auto& send : sends)
+            send(bus_);
+        if (!sends.empty())
+            sd_bus_flush(bus_);
+    }
+
     [[noreturn]] void fail(const char* what) {
         sd_bus_flush_close_unref(bus_);
         throw std::runtime_error(what);
@@ -152,21 +207,17 @@ private:
         sd_bus_message_enter_container(message, 'a', "s");
         const char* action = nullptr;
         while (sd_bus_message_read(message, "s", &action) > 0)
-            ++notice.actionCount;
+            notice.actions.emplace_back(action);
         sd_bus_message_exit_container(message);
         sd_bus_message_enter_container(message, 'a', "{sv}");
         while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
             const char* key = nullptr;
             sd_bus_message_read(message, "s", &key);
-            if (std::string(key) == "urgency") {
-                std::uint8_t urgency = 0;
-                sd_bus_message_read(message, "v", "y", &urgency);
-                notice.urgency = urgency;
-            } else {
-                sd_bus_message_skip(message, "v");
-            }
+            notice.hints[key] = hintValue(message);
             sd_bus_message_exit_container(message);
         }
+        if (notice.hints.count("urgency"))
+            notice.urgency = std::stoi(notice.hints["urgency"]);
         sd_bus_message_exit_container(message);
         sd_bus_message_read(message, "i", &notice.expireTimeout);
 
@@ -179,13 +230,61 @@ private:
         return sd_bus_reply_method_return(message, "u", notice.id);
     }
 
+    static std::string hintValue(sd_bus_message* message) {
+        const char* contents = nullptr;
+        char type = 0;
+        sd_bus_message_peek_type(message, &type, &contents);
+        std::string value;
+        sd_bus_message_enter_container(message, 'v', contents);
+        if (std::string(contents) == "b") {
+            int flag = 0;
+            sd_bus_message_read(message, "b", &flag);
+            value = flag ? "true" : "false";
+        } else if (std::string(contents) == "y") {
+            std::uint8_t byte = 0;
+            sd_bus_message_read(message, "y", &byte);
+            value = std::to_string(byte);
+        } else if (std::string(contents) == "s") {
+            const char* text = nullptr;
+            sd_bus_message_read(message, "s", &text);
+            value = text;
+        } else {
+            sd_bus_message_skip(message, contents);
+            value = "?";
+        }
+        sd_bus_message_exit_container(message);
+        return value;
+    }
+
+    // Closes as a server does: the close is recorded and announced.
+    static int onCloseNotification(sd_bus_message* message, void* userdata, sd_bus_error*) {
+        auto* self = static_cast<FakeNotificationServer*>(userdata);
+        std::uint32_t id = 0;
+        sd_bus_message_read(message, "u", &id);
+        {
+            std::lock_guard lock(self->mutex_);
+            self->closed_.push_back(id);
+        }
+        sd_bus_emit_signal(sd_bus_message_get_bus(message), "/org/freedesktop/Notifications",
+                           "org.freedesktop.Notifications", "NotificationClosed", "uu", id, 3u);
+        return sd_bus_reply_method_return(message, "");
+    }
+
+    static int onInhibited(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
+                           void* userdata, sd_bus_error*) {
+        auto* self = static_cast<FakeNotificationServer*>(userdata);
+        return sd_bus_message_append(reply, "b", self->inhibited_ ? 1 : 0);
+    }
+
     // GTK's and the portal's AddNotification: taken and not kept.
     static int onAddNotification(sd_bus_message* message, void*, sd_bus_error*) {
         return sd_bus_reply_method_return(message, "");
     }
 
-    static int onServerInformation(sd_bus_message* message, void*, sd_bus_error*) {
-        return sd_bus_reply_method_return(message, "ssss", "fake", "ringwell-tests", "1", "1.2");
+    static int onServerInformation(sd_bus_message* message, void* userdata, sd_bus_error*) {
+        auto* self = static_cast<FakeNotificationServer*>(userdata);
+        return sd_bus_reply_method_return(message, "ssss", self->name_.c_str(), "ringwell-tests",
+                                          "1", "1.2");
     }
 
     static constexpr sd_bus_vtable vtable[] = {
@@ -193,6 +292,9 @@ private:
         SD_BUS_METHOD("Notify", "susssasa{sv}i", "u", onNotify, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_METHOD("GetServerInformation", "", "ssss", onServerInformation,
                       SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_METHOD("CloseNotification", "u", "", onCloseNotification,
+                      SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_PROPERTY("Inhibited", "b", onInhibited, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
         SD_BUS_VTABLE_END};
     static constexpr sd_bus_vtable addVtable[] = {SD_BUS_VTABLE_START(0),
                                                   SD_BUS_METHOD("AddNotification", "ssa{sv}", "",
@@ -203,8 +305,12 @@ private:
     sd_bus* bus_ = nullptr;
     std::thread thread_;
     std::atomic<bool> stopping_{false};
+    std::string name_;
+    std::atomic<bool> inhibited_{false};
     mutable std::mutex mutex_;
     std::vector<Notice> notices_;
+    std::vector<std::uint32_t> closed_;
+    std::vector<std::function<void(sd_bus*)>> queued_;
     std::uint32_t nextId_ = 7;
 };
 

@@ -20,6 +20,14 @@ namespace fs = std::filesystem;
 // that only moves when told, a recording sink, notice centre and log.
 class LocalAlarmServiceTest : public ::testing::Test {
 protected:
+    // The action keys of a notice, in order, joined by spaces.
+    static std::string keys(const NoticeRequest& notice) {
+        std::string joined;
+        for (const auto& action : notice.actions)
+            joined += (joined.empty() ? "" : " ") + action.key;
+        return joined;
+    }
+
     LocalAlarmServiceTest() {
         fs::create_directories(directory / "Sounds");
         fs::create_directories(directory / "Bundled");
@@ -127,22 +135,89 @@ TEST_F(LocalAlarmServiceTest, ObserversHearEveryChangeAndOnlyChanges) {
 
 // MARK: Alerting
 
-TEST_F(LocalAlarmServiceTest, AnAlertingAlarmPlaysItsToneAndPostsItsOwnNotice) {
+TEST_F(LocalAlarmServiceTest, AnAlertingAlarmPlaysItsToneAndItsNoticeFollowsItsState) {
     auto service = authorizedService();
     schedule(*service, first, configuration(30, std::nullopt, "ringwell-klaxon.caf"));
 
     pass(*service, 29);
     EXPECT_TRUE(sink.calls().empty());
-    EXPECT_TRUE(notices.requests.empty());
+    ASSERT_EQ(notices.requests.size(), 1u);
+    EXPECT_EQ(keys(notices.requests[0]), "pause stop default");
 
     pass(*service, 1);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
-    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon()}}));
-    ASSERT_EQ(notices.requests.size(), 1u);
-    EXPECT_EQ(notices.requests[0].identifier, "alarm-" + first.toString());
-    EXPECT_EQ(notices.requests[0].title, "Urgent: Mom");
-    EXPECT_EQ(notices.requests[0].body, "Mom\ncall me\nChannel Urgent, from Messages");
+    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon(), "Urgent: Mom"}}));
+    ASSERT_EQ(notices.requests.size(), 2u);
+    const auto& ringing = notices.requests[1];
+    EXPECT_EQ(ringing.identifier, "alarm-" + first.toString());
+    EXPECT_EQ(ringing.kind, NoticeKind::alarm);
+    EXPECT_EQ(ringing.title, "Urgent: Mom");
+    EXPECT_EQ(ringing.body, "Mom\ncall me\nChannel Urgent, from Messages");
+    EXPECT_EQ(keys(ringing), "stop default"); // no snooze on this channel
     EXPECT_EQ(logger.count("Alarm " + first.toString() + " is alerting: Urgent: Mom"), 1);
+
+    service->stop(first);
+    drain(context);
+    EXPECT_EQ(notices.withdrawn, (std::vector<std::string>{ringing.identifier}));
+}
+
+TEST_F(LocalAlarmServiceTest, PausedRemindersAndSnoozedAlarmsShowTheRightNotices) {
+    auto service = authorizedService();
+    auto config = configuration(60, 300);
+    config.attributes.presentation.alert.secondaryButton = AlarmButton{"Snooze", "#FFFFFF", "zzz"};
+    config.attributes.presentation.alert.secondaryButtonBehavior =
+        SecondaryButtonBehavior::countdown;
+    config.stopIntent = StopRingwellAlarmIntent::make(first, {second});
+    schedule(*service, first, config);
+    schedule(*service, second, configuration(180)); // the reminder: no notice of its own
+    service->pause(first);
+    drain(context);
+    ASSERT_EQ(notices.requests.size(), 2u);
+    EXPECT_EQ(keys(notices.requests[1]), "resume stop default");
+    EXPECT_EQ(notices.requests[1].body.substr(0, 7), "Paused\n");
+
+    service->resume(first);
+    pass(*service, 60);
+    EXPECT_EQ(keys(notices.requests.back()), "stop snooze default");
+    service->snooze(first); // counts down again without a notice
+    drain(context);
+    EXPECT_EQ(notices.withdrawn, (std::vector<std::string>{"alarm-" + first.toString()}));
+    for (const auto& request : notices.requests)
+        EXPECT_EQ(request.identifier, "alarm-" + first.toString());
+}
+
+TEST_F(LocalAlarmServiceTest, AnsweringTheNoticeActsOnTheAlarm) {
+    auto service = authorizedService();
+    auto config = configuration(1);
+    config.stopIntent = StopRingwellAlarmIntent::make(first, {second});
+    schedule(*service, first, config);
+    schedule(*service, second, configuration(121));
+    pass(*service, 1);
+    const std::string notice = "alarm-" + first.toString();
+
+    // The desktop took it away while it rings: it comes back.
+    const auto posted = notices.requests.size();
+    notices.answer({notice, NoticeResponse::Kind::closedBySystem, ""});
+    drain(context);
+    EXPECT_EQ(notices.requests.size(), posted + 1);
+
+    // Closed by the person: Stop, reminders and all.
+    notices.answer({notice, NoticeResponse::Kind::dismissed, ""});
+    drain(context);
+    EXPECT_TRUE(service->alarms().empty());
+}
+
+TEST_F(LocalAlarmServiceTest, ADesktopThatKeepsDroppingTheNoticeIsNotFedForever) {
+    auto service = authorizedService();
+    schedule(*service, first, configuration(1));
+    pass(*service, 1);
+    const auto posted = notices.requests.size();
+    for (int i = 0; i < 10; ++i) {
+        notices.answer({"alarm-" + first.toString(), NoticeResponse::Kind::closedBySystem, ""});
+        drain(context);
+    }
+    EXPECT_EQ(notices.requests.size(), posted + AlarmNoticePresenter::mostRepostsPerNotice);
+    EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
 }
 
 // A name that leaves the sounds directory must not play what it points at.
@@ -173,7 +248,7 @@ TEST_F(LocalAlarmServiceTest, SnoozeSilencesAndTheAlarmAlertsAgainAfterThePostAl
     pass(*service, 1);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
     EXPECT_EQ(sink.playing(), klaxon());
-    ASSERT_EQ(notices.requests.size(), 2u);
+    ASSERT_EQ(notices.requests.size(), 2u); // rang, withdrawn while snoozed, rang again
     EXPECT_EQ(notices.requests[1].identifier, notices.requests[0].identifier);
 }
 
@@ -218,8 +293,8 @@ TEST_F(LocalAlarmServiceTest, AToneThatCannotBePlayedGivesWayToTheDefaultTone) {
     pass(*service, 1);
 
     // The default tone fails too here; the service must then give up, not loop.
-    EXPECT_EQ(sink.calls(),
-              (std::vector<Call>{{Call::Kind::play, klaxon()}, {Call::Kind::play, defaultTone()}}));
+    EXPECT_EQ(sink.calls(), (std::vector<Call>{{Call::Kind::play, klaxon(), "Urgent: Mom"},
+                                               {Call::Kind::play, defaultTone(), "Urgent: Mom"}}));
     EXPECT_EQ(logger.count("The alarm tone could not be played: not a sound file"), 2);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
 }

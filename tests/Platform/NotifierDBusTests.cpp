@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <map>
 #include <memory>
 
 namespace ringwell {
@@ -29,6 +30,14 @@ protected:
 
     static NoticeRequest failure(const std::string& body) {
         return {"ring-failed", "Ringwell couldn't ring Urgent", body, "ringwell-failure"};
+    }
+    static NoticeRequest alarm(const std::string& identifier = "alarm-1") {
+        return {identifier,
+                "Urgent: Mom",
+                "call me",
+                "ringwell-alarm",
+                {{"stop", "Stop"}, {"snooze", "Snooze"}, {"default", "Open Ringwell"}},
+                NoticeKind::alarm};
     }
 
     asio::io_context context;
@@ -67,6 +76,8 @@ TEST_F(NotifierOnABusTest, AServerThatAnswersMeansNoticesAreAllowed) {
     EXPECT_TRUE(notifier.isConnected());
     EXPECT_TRUE(runUntil(context, [&] { return notifier.permissionStatus() != "unknown"; }));
     EXPECT_EQ(notifier.permissionStatus(), "allowed");
+    EXPECT_EQ(notifier.server()->name, "fake");
+    EXPECT_EQ(notifier.server()->doNotDisturb, std::nullopt); // a server that does not tell
 }
 
 TEST_F(NotifierOnABusTest, WithNobodyServingNotificationsTheyAreDenied) {
@@ -74,6 +85,7 @@ TEST_F(NotifierOnABusTest, WithNobodyServingNotificationsTheyAreDenied) {
 
     EXPECT_TRUE(runUntil(context, [&] { return notifier.permissionStatus() != "unknown"; }));
     EXPECT_EQ(notifier.permissionStatus(), "denied");
+    EXPECT_EQ(notifier.server(), std::nullopt);
     EXPECT_NE(post(notifier, failure("message")), nullptr);
 }
 
@@ -83,7 +95,7 @@ TEST_F(NotifierOnABusTest, ANewerNoticeReplacesTheOlderOneWithTheSameIdentifier)
 
     EXPECT_EQ(post(notifier, failure("first")), nullptr);
     EXPECT_EQ(post(notifier, failure("second")), nullptr);
-    EXPECT_EQ(post(notifier, {"alarm-1", "Urgent: Mom", "call me", "ringwell-alarm"}), nullptr);
+    EXPECT_EQ(post(notifier, alarm()), nullptr);
 
     const auto notices = server.notices();
     ASSERT_EQ(notices.size(), 3u);
@@ -94,12 +106,12 @@ TEST_F(NotifierOnABusTest, ANewerNoticeReplacesTheOlderOneWithTheSameIdentifier)
     EXPECT_NE(notices[2].id, notices[0].id);
 }
 
-TEST_F(NotifierOnABusTest, NoticesCarryTheAppTitleBodyAndUrgency) {
+TEST_F(NotifierOnABusTest, AnAlarmNoticeAsksToPassDoNotDisturbAndOthersDoNot) {
     FakeNotificationServer server(bus->address());
     NotifierDBus notifier(context, logger);
 
     EXPECT_EQ(post(notifier, failure("Too many alarms")), nullptr);
-    EXPECT_EQ(post(notifier, {"alarm-1", "Urgent: Mom", "call me", "ringwell-alarm"}), nullptr);
+    EXPECT_EQ(post(notifier, alarm()), nullptr);
     // Invalid UTF-8 would make the bus refuse the whole message.
     EXPECT_EQ(post(notifier, {"other", "bad \xff text", "", ""}), nullptr);
 
@@ -108,11 +120,103 @@ TEST_F(NotifierOnABusTest, NoticesCarryTheAppTitleBodyAndUrgency) {
     EXPECT_EQ(notices[0].appName, "Ringwell");
     EXPECT_EQ(notices[0].summary, "Ringwell couldn't ring Urgent");
     EXPECT_EQ(notices[0].body, "Too many alarms");
-    EXPECT_EQ(notices[0].actionCount, 0u);
     EXPECT_EQ(notices[0].expireTimeout, -1);
     EXPECT_EQ(notices[0].urgency, 1);
-    EXPECT_EQ(notices[1].urgency, 2);
+    EXPECT_EQ(notices[0].hints.count("resident"), 0u);
+
+    EXPECT_EQ(notices[1].actions, (std::vector<std::string>{"stop", "Stop", "snooze", "Snooze",
+                                                            "default", "Open Ringwell"}));
+    EXPECT_EQ(notices[1].expireTimeout, 0);
+    const std::map<std::string, std::string> alarmHints{{"urgency", "2"},
+                                                        {"resident", "true"},
+                                                        {"transient", "false"},
+                                                        {"suppress-sound", "true"},
+                                                        {"desktop-entry", "ringwell"},
+                                                        {"category", "x-ringwell.alarm"},
+                                                        {"SWAYNC_BYPASS_DND", "true"},
+                                                        {"x-ringwell-notice", "true"},
+                                                        {"x-ringwell-thread", "ringwell-alarm"}};
+    EXPECT_EQ(notices[1].hints, alarmHints);
     EXPECT_EQ(notices[2].summary, "bad \xef\xbf\xbd text");
+}
+
+TEST_F(NotifierOnABusTest, WithdrawClosesTheNoticeAndItsCloseIsNoResponse) {
+    FakeNotificationServer server(bus->address());
+    NotifierDBus notifier(context, logger);
+    std::vector<NoticeResponse> responses;
+    auto token = notifier.observeResponses([&](const auto& r) { responses.push_back(r); });
+
+    EXPECT_EQ(post(notifier, alarm()), nullptr);
+    const auto id = server.notices().at(0).id;
+    bool withdrawn = false;
+    asio::co_spawn(context, notifier.withdraw("alarm-1"),
+                   [&](std::exception_ptr) { withdrawn = true; });
+    EXPECT_TRUE(runUntil(context, [&] { return withdrawn && !server.closed().empty(); }));
+    EXPECT_EQ(server.closed(), (std::vector<std::uint32_t>{id}));
+
+    // The server's announcement of that close, and a click on the old id,
+    // come too late to mean anything.
+    server.invoke(id, "stop");
+    EXPECT_EQ(post(notifier, failure("a later notice")), nullptr);
+    server.close(server.notices().at(1).id, 3);
+    EXPECT_TRUE(runUntil(context, [&] { return !responses.empty(); }));
+    EXPECT_EQ(responses, (std::vector<NoticeResponse>{
+                             {"ring-failed", NoticeResponse::Kind::closedBySystem, ""}}));
+    notifier.stopObservingResponses(token);
+}
+
+TEST_F(NotifierOnABusTest, StoppingTakesTheAlarmNoticesAwayAndLeavesTheOthers) {
+    FakeNotificationServer server(bus->address());
+    auto notifier = std::make_unique<NotifierDBus>(context, logger);
+    EXPECT_EQ(post(*notifier, failure("stays")), nullptr);
+    EXPECT_EQ(post(*notifier, alarm()), nullptr);
+    const auto alarmId = server.notices().at(1).id;
+
+    notifier.reset();
+    EXPECT_TRUE(runUntil(context, [&] { return !server.closed().empty(); }));
+    EXPECT_EQ(server.closed(), (std::vector<std::uint32_t>{alarmId}));
+}
+
+TEST_F(NotifierOnABusTest, ClicksAndClosesOfANoticeOnShowBecomeResponses) {
+    FakeNotificationServer server(bus->address());
+    NotifierDBus notifier(context, logger);
+    std::vector<NoticeResponse> responses;
+    auto token = notifier.observeResponses([&](const auto& r) { responses.push_back(r); });
+    auto next = [&](std::size_t count) {
+        EXPECT_TRUE(runUntil(context, [&] { return responses.size() >= count; }));
+        return responses.size() >= count ? responses[count - 1] : NoticeResponse{};
+    };
+
+    EXPECT_EQ(post(notifier, alarm("alarm-1")), nullptr);
+    EXPECT_EQ(post(notifier, alarm("alarm-2")), nullptr);
+    EXPECT_EQ(post(notifier, alarm("alarm-3")), nullptr);
+    const auto notices = server.notices();
+
+    server.invoke(notices[0].id, "snooze");
+    EXPECT_EQ(next(1), (NoticeResponse{"alarm-1", NoticeResponse::Kind::action, "snooze"}));
+    // A server that ignores `resident` closes a clicked notice as if dismissed.
+    server.close(notices[0].id, 2);
+    EXPECT_EQ(next(2), (NoticeResponse{"alarm-1", NoticeResponse::Kind::closedBySystem, ""}));
+    server.close(notices[1].id, 2);
+    EXPECT_EQ(next(3), (NoticeResponse{"alarm-2", NoticeResponse::Kind::dismissed, ""}));
+    server.close(notices[2].id, 1);
+    EXPECT_EQ(next(4), (NoticeResponse{"alarm-3", NoticeResponse::Kind::closedBySystem, ""}));
+    notifier.stopObservingResponses(token);
+}
+
+TEST_F(NotifierOnABusTest, TheServerIsNamedWithItsDoNotDisturbWhereItTells) {
+    FakeNotificationServer server(bus->address(), "Plasma");
+    NotifierDBus notifier(context, logger);
+    auto quiet = [&]() -> std::optional<bool> {
+        auto found = notifier.server();
+        return found ? found->doNotDisturb : std::nullopt;
+    };
+
+    EXPECT_TRUE(runUntil(context, [&] { return quiet().has_value(); }));
+    EXPECT_EQ(notifier.server()->name, "Plasma");
+    EXPECT_EQ(quiet(), false);
+    server.setInhibited(true);
+    EXPECT_TRUE(runUntil(context, [&] { return quiet() == true; }));
 }
 
 TEST_F(NotifierOnABusTest, ARefusedNoticeFailsTheCall) {

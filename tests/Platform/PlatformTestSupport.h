@@ -74,9 +74,16 @@ public:
             throw std::runtime_error("refused by the test");
         co_return;
     }
+    Awaitable<void> withdraw(std::string identifier) override {
+        withdrawn.push_back(identifier);
+        co_return;
+    }
     std::string permissionStatus() const override { return "allowed"; }
+    // As the person answering a notice on the desktop.
+    void answer(const NoticeResponse& response) { respond(response); }
 
     std::vector<NoticeRequest> requests;
+    std::vector<std::string> withdrawn;
     bool refuse = false;
 };
 

@@ -7,6 +7,9 @@
 
 #include <sys/stat.h>
 
+#include <functional>
+#include <vector>
+
 namespace ringwell {
 namespace {
 
@@ -57,6 +60,32 @@ TEST_F(SettingsFileTest, SettingTheValueAKeyHasWritesNothing) {
     EXPECT_EQ(inodeOf(file()), before);
     settings.set(DefaultsKey::hasCompletedOnboarding, false);
     EXPECT_NE(inodeOf(file()), before); // every real change is a whole new file
+}
+
+TEST_F(SettingsFileTest, WrittenBehindKeysShareOneLaterWriteThatTheEndCompletes) {
+    std::vector<std::function<void()>> scheduled;
+    {
+        SettingsFile settings(file(), logger);
+        settings.writeBehind({std::string(DefaultsKey::lastSendToRingwell)},
+                             [&](std::function<void()> write) { scheduled.push_back(write); });
+        settings.set(DefaultsKey::lastSendToRingwell, 1.0);
+        settings.set(DefaultsKey::lastSendToRingwell, 2.0);
+        EXPECT_FALSE(fs::exists(file())); // nothing on disk while the Send waits
+        ASSERT_EQ(scheduled.size(), 1u);
+        scheduled[0]();
+        EXPECT_EQ(SettingsFile(file(), logger).value(DefaultsKey::lastSendToRingwell),
+                  json::Json(2.0));
+
+        // Another key writes at once and takes the pending value with it.
+        settings.set(DefaultsKey::lastSendToRingwell, 3.0);
+        settings.set(DefaultsKey::hasCompletedOnboarding, true);
+        EXPECT_EQ(SettingsFile(file(), logger).value(DefaultsKey::lastSendToRingwell),
+                  json::Json(3.0));
+        settings.set(DefaultsKey::lastSendToRingwell, 4.0);
+    }
+    EXPECT_EQ(SettingsFile(file(), logger).value(DefaultsKey::lastSendToRingwell), json::Json(4.0));
+    scheduled.back()(); // a write that runs after the end does nothing
+    EXPECT_TRUE(logger.lines().empty());
 }
 
 TEST_F(SettingsFileTest, AnUnreadableFileIsMovedAsideAndTheSettingsStartEmpty) {

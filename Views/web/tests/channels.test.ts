@@ -199,6 +199,40 @@ test('adds and removes conditions and reports invalid patterns', async ({ page, 
   await expect.poll(async () => (await channelNamed(daemon, 'Mom'))?.rule.frequency).toBeUndefined();
 });
 
+test.describe('over the limits', () => {
+  // The daemon answers the refused saves with 400, which the browser logs.
+  test.use({ expectedConsoleError: /status of 400/ });
+
+  test('shows the limits the daemon refuses next to the list they are about', async ({ page, daemon }) => {
+    const keywords = Array.from({ length: 100 }, (_, i) => `word ${i}`);
+    const channel = await daemon.api<Channel>('POST', '/v1/channels', { name: 'Busy', rule: { keywords } });
+    await openApp(page, daemon, `/channels/${channel.id}`);
+    const contains = page.locator('[data-condition="keywords"]');
+    const words = contains.getByRole('textbox', { name: 'Add a word' });
+    await words.fill('one too many');
+    await words.press('Enter');
+    const problem = contains.getByRole('alert');
+    await expect(problem).toHaveText('A rule can have at most 100 keywords; this one has 101.');
+    await expect(words).toHaveAttribute('aria-invalid', 'true');
+
+    // A sender past the length limit is shown under the people, not the words.
+    await page.getByRole('button', { name: 'Add Condition' }).click();
+    await page.getByRole('menuitem', { name: 'From' }).click();
+    const from = page.locator('[data-condition="sender"]');
+    const people = from.getByRole('textbox', { name: 'Add a person' });
+    await people.fill('x'.repeat(201));
+    await people.press('Enter');
+    await expect(from.getByRole('alert')).toContainText('is longer than 200 characters.');
+    await expect(contains.getByRole('alert')).toHaveCount(0);
+
+    // The refused entry is gone again; the next save the daemon takes clears the note.
+    await people.fill('Mom');
+    await people.press('Enter');
+    await expect(from.getByRole('alert')).toHaveCount(0);
+    await expect.poll(async () => (await channelNamed(daemon, 'Busy'))?.rule.senders).toEqual(['Mom']);
+  });
+});
+
 test('shows whether an app reaches Ringwell, and the forwarding sheet turns live', async ({ page, daemon }) => {
   const added = await daemon.api<Channel>('POST', '/v1/channels', { rule: { apps: ['Slack'] } });
   await openApp(page, daemon, `/channels/${added.id}`);
@@ -273,6 +307,11 @@ test('previews the rule against recent notifications with each check', async ({ 
   await call.locator('summary').click();
   await expect(call.getByRole('list', { name: 'Checks' }).getByRole('listitem').first()).toBeVisible();
   await snap(page, 'channel-preview');
+  // As if at another moment: the same replay through the daemon's trace engine.
+  await page.getByLabel('As if at').selectOption('sun');
+  await page.getByLabel('Time').fill('03:00');
+  await expect(entries.first()).toContainText('Messages · Dad');
+  await expect(page.locator('.error-note')).toHaveCount(0);
 });
 
 test('rings a test alarm from the editor and deletes the channel after confirming', async ({ page, daemon }) => {

@@ -102,6 +102,13 @@ test('opens an event, and creates a channel from it in the editor', async ({ pag
   await expect(page.getByRole('region', { name: 'From the automation' })).toContainText('call me');
   await expect(page.getByRole('region', { name: 'Outcome' })).toContainText('Fired');
   await snap(page, 'history-detail');
+  const why = page.getByRole('region', { name: 'Why' });
+  await expect(why).toContainText('Rang “Urgent”: the first enabled channel whose rule matched.');
+  await expect(why.getByRole('list', { name: 'Checks' }).or(why.getByText('No conditions'))).toBeVisible();
+  // Edited after the fact, the channel no longer takes it: the section says so.
+  await narrowUrgent(daemon, 'Mail');
+  await expect(why).toContainText("Today's channels would decide differently");
+  await expect(why).toContainText('Changed: Urgent.');
 
   await page.getByRole('button', { name: 'Create Channel from This' }).click();
   await expect(page).toHaveURL(/\/history\/[\w-]+\/channel\/[\w-]+$/);

@@ -192,3 +192,19 @@ test('the setup test names the fields that fail', async ({ page, daemon }) => {
     /^failed: Title, Body, Is Time Sensitive \(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ\)$/,
   );
 });
+
+test('changes the sound settings and tests the alarm volume', async ({ page, daemon }) => {
+  await openApp(page, daemon, '/settings');
+  const sound = page.getByRole('region', { name: 'Sound' });
+  await sound.getByRole('switch', { name: 'Ring through mute' }).click();
+  await sound.getByLabel('Alarm volume').selectOption('50');
+  await expect
+    .poll(() => daemon.api<{ ringThroughMute: boolean; alarmVolume: number }>('GET', '/v1/settings'))
+    .toMatchObject({ ringThroughMute: false, alarmVolume: 50 });
+  await expect(sound.getByRole('switch', { name: 'Ring through mute' })).toHaveAttribute('aria-checked', 'false');
+
+  // The test daemon has no audio server: the screen says why nothing is heard.
+  await sound.getByRole('button', { name: 'Test Alarm Volume' }).click();
+  await expect(page.getByRole('status').filter({ hasText: 'No sound:' })).toBeVisible();
+  await expect(sound).toContainText('No audio server');
+});

@@ -35,7 +35,19 @@ public:
         co_return;
     }
 
+    Awaitable<void> withdraw(std::string identifier) override {
+        withdrawn.push_back(identifier);
+        std::erase_if(shown,
+                      [&](const NoticeRequest& notice) { return notice.identifier == identifier; });
+        co_return;
+    }
+
     std::string permissionStatus() const override { return permission; }
+
+    // As the person answering a notice on the desktop.
+    void answer(const NoticeResponse& response) { respond(response); }
+
+    std::vector<std::string> withdrawn;
 };
 
 } // namespace ringwell::testing

@@ -3,6 +3,7 @@
 #include "Platform/AudioSink.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace ringwell {
@@ -15,17 +16,19 @@ public:
         enum class Kind { play, stop };
         Kind kind = Kind::play;
         std::filesystem::path file; // empty for stop
+        std::string title;          // what the desktop would list; empty for stop
         bool operator==(const Call&) const = default;
     };
 
-    void play(const std::filesystem::path& file, ProblemHandler onProblem) override {
-        calls_.push_back({Call::Kind::play, file});
+    void play(const std::filesystem::path& file, const std::string& title,
+              ProblemHandler onProblem) override {
+        calls_.push_back({Call::Kind::play, file, title});
         playing_ = file;
         if (problem_ && onProblem)
             onProblem(*problem_);
     }
     void stop() override {
-        calls_.push_back({Call::Kind::stop, {}});
+        calls_.push_back({Call::Kind::stop, {}, {}});
         playing_.reset();
     }
 

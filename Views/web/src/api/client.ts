@@ -4,6 +4,9 @@
 
 import type {
   Alarm,
+  CaptureState,
+  LanDevices,
+  NewLanDevice,
   AppConfig,
   Channel,
   ChannelRule,
@@ -16,9 +19,11 @@ import type {
   RuleDescription,
   RuleTemplate,
   Settings,
+  SoundStatus,
   SetupTestState,
   Stats,
   Tone,
+  WhyExplanation,
 } from './types';
 
 export class ApiError extends Error {
@@ -75,6 +80,9 @@ export const api = {
   settings: () => get<Settings>('/v1/settings'),
   status: () => get<DaemonStatus>('/v1/status'),
   completeOnboarding: () => put<Settings>('/v1/settings', { hasCompletedOnboarding: true }),
+  updateSoundSettings: (change: Partial<Pick<Settings, 'ringThroughMute' | 'alarmVolume'>>) =>
+    put<Settings>('/v1/settings', change),
+  testAlarmSound: () => post<{ playing: boolean; sound: SoundStatus | null }>('/v1/sound-test'),
 
   permissions: () => get<Permissions>('/v1/permissions'),
   answerAlarmPermission: (state: 'authorized' | 'denied') => put<Permissions>('/v1/permissions/alarms', { state }),
@@ -89,7 +97,8 @@ export const api = {
   moveChannel: (channelId: string, position: number) =>
     post<Channel[]>(`/v1/channels/${id(channelId)}/move`, { position }),
   testChannel: (channelId: string) => post<FireEvent>(`/v1/channels/${id(channelId)}/test`),
-  preview: (channelId: string) => get<Preview>(`/v1/preview?channel=${id(channelId)}`),
+  preview: (channelId: string, at?: string) =>
+    get<Preview>(`/v1/preview?channel=${id(channelId)}${at ? `&at=${id(at)}` : ''}`),
 
   templates: () => get<RuleTemplate[]>('/v1/templates'),
   describeRule: (rule: ChannelRule) => post<RuleDescription>('/v1/rules/describe', { rule }),
@@ -106,6 +115,7 @@ export const api = {
 
   events: () => get<FireEvent[]>('/v1/events'),
   clearEvents: () => del('/v1/events'),
+  why: (eventId: string) => get<WhyExplanation>(`/v1/events/${id(eventId)}/why`),
   stats: () => get<Stats>('/v1/stats'),
 
   alarms: () => get<Alarm[]>('/v1/alarms'),
@@ -116,6 +126,12 @@ export const api = {
   setupTest: () => get<SetupTestState>('/v1/setup-test'),
   startSetupTest: () => post<SetupTestState>('/v1/setup-test/start'),
   cancelSetupTest: () => post<SetupTestState>('/v1/setup-test/cancel'),
+
+  capture: () => get<CaptureState>('/v1/capture'),
+  setCapture: (enabled: boolean) => put<CaptureState>('/v1/capture', { enabled }),
+  devices: () => get<LanDevices>('/v1/devices'),
+  addDevice: (name: string) => post<NewLanDevice>('/v1/devices', { name }),
+  removeDevice: (name: string) => del(`/v1/devices/${id(name)}`),
 
   emailSupport: () => get<{ url: string }>('/v1/diagnostics/email'),
   diagnosticsDownloadPath: '/v1/diagnostics?download=1',

@@ -55,7 +55,7 @@ export interface ChannelView {
 }
 
 export type FireOutcome =
-  'fired' | 'coalesced' | 'cooledDown' | 'skipped' | 'noMatch' | 'failed' | 'setupTest' | 'ignored';
+  'fired' | 'coalesced' | 'cooledDown' | 'skipped' | 'noMatch' | 'failed' | 'setupTest' | 'ignored' | 'silent';
 
 export interface ReceivedField {
   name: string;
@@ -144,6 +144,19 @@ export interface Preview {
   entries: PreviewEntry[];
 }
 
+export type WhyRole = 'wins' | 'disabledMatch' | 'noMatch' | 'notReached';
+
+// Why one event ended as it did, replayed through today's channels.
+export interface WhyExplanation {
+  eventID: string;
+  outcome: string;
+  channels: { id: string; name: string; isEnabled: boolean; role: WhyRole; matches: boolean; checks: RuleCheck[] }[];
+  winner?: string;
+  step: { kind: string; text: string; earlierEventID?: string; earlierDate?: number };
+  difference?: string;
+  changedChannel?: string;
+}
+
 export interface CountRow {
   name: string;
   count: number;
@@ -170,6 +183,17 @@ export interface Settings {
   lastSetupTestResult: string | null;
   setupWarning: string | null;
   appVersion: string;
+  // While an alarm rings, unmute its output and raise it to `alarmVolume`.
+  ringThroughMute: boolean;
+  // Percent, 10 to 100.
+  alarmVolume: number;
+}
+
+// Whether alarms can be heard, and if not why.
+export interface SoundStatus {
+  reachable: boolean;
+  server: string;
+  problem: string;
 }
 
 export type SetupCheckStatus = 'passed' | 'failed' | 'unverifiable';
@@ -253,6 +277,36 @@ export interface Limits {
 export interface DaemonStatus {
   // "Ringwell can't save its history: …", or null while saves succeed.
   saveProblem: string | null;
+  sound?: SoundStatus;
+}
+
+// GET /v1/capture: the capture of this computer's notifications.
+export interface CaptureState {
+  enabled: boolean;
+  active: boolean;
+  server: string;
+  serverVersion: string;
+  seen: number;
+  forwarded: number;
+  apps: string[] | null;
+  problem: string;
+}
+
+// GET /v1/devices: the phones that send over the network.
+export interface LanDevices {
+  listening: boolean;
+  url: string;
+  tls: boolean;
+  problem: string;
+  devices: { name: string; addedAt: number }[];
+}
+
+// POST /v1/devices: a device just added; its token is shown this once.
+export interface NewLanDevice {
+  name: string;
+  token: string;
+  url: string;
+  problem: string;
 }
 
 export interface PaletteColour {

@@ -79,6 +79,7 @@ function alarmCard(alarm: Alarm): TemplateResult {
     class="alarm-card ${alarm.state}"
     role=${alarm.state === 'alerting' ? 'alertdialog' : 'region'}
     aria-labelledby=${headingId}
+    id="alarm-${alarm.id}"
     data-alarm=${alarm.id}
     style=${styleMap({ '--tint': tintHex, '--on-tint': readableTextOn(tintHex) })}
   >

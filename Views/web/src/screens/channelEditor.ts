@@ -20,6 +20,7 @@ import { errorNote, linkRow, loadingNote, screenHeader, section, segmented, sele
 import { ruleEditor } from './ruleEditor';
 import { ChannelDraft } from '../state/channelDraft';
 import { errorMessage } from '../logic/errors';
+import { ruleProblems, type RuleProblems } from '../logic/ruleProblems';
 
 const repeatIntervals = [60, 120, 300, 600, 900, 1800];
 
@@ -32,6 +33,7 @@ interface EditorState {
   open: Set<RuleConditionId>;
   toneMessage: string;
   blankFocused: boolean;
+  ruleProblems: RuleProblems; // from the last refused save, until one succeeds
 }
 
 let state: EditorState | null = null;
@@ -42,10 +44,19 @@ function stateFor(channelId: string): EditorState {
     state = {
       channelId,
       draft: new ChannelDraft({
-        save: (channel) => api.updateChannel(channel),
+        save: async (channel) => {
+          const stored = await api.updateChannel(channel);
+          if (state?.channelId === channelId) state.ruleProblems = {};
+          return stored;
+        },
         fetchSequence,
         saved: () => invalidate('channels'),
-        failed: (error) => showToast(errorMessage(error)),
+        failed: (error) => {
+          // A rule past the limits: each problem also shows under its list.
+          if (error instanceof ApiError && error.status === 400 && state?.channelId === channelId)
+            state.ruleProblems = ruleProblems(error.message);
+          showToast(errorMessage(error));
+        },
         changed: requestRender,
       }),
       description: undefined,
@@ -54,6 +65,7 @@ function stateFor(channelId: string): EditorState {
       open: new Set(),
       toneMessage: '',
       blankFocused: false,
+      ruleProblems: {},
     };
   }
   return state;
@@ -347,6 +359,7 @@ export function channelEditorScreen(
       limits: config,
       open: editor.open,
       blank,
+      problems: editor.ruleProblems,
       onRule: (rule) => edit(editor, (draft) => ({ ...draft, rule }), 300),
       onCondition: (condition, action) => void changeCondition(editor, condition, action),
     }),

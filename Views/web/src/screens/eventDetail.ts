@@ -4,15 +4,16 @@
 
 import { html, nothing, type TemplateResult } from 'lit-html';
 import { api } from '../api/client';
-import type { FireEvent } from '../api/types';
+import type { FireEvent, WhyExplanation, WhyRole } from '../api/types';
 import { navigate } from '../router';
-import { eventsQuery } from '../state/data';
+import { eventsQuery, whyQuery } from '../state/data';
 import { invalidate } from '../state/store';
 import { showToast } from '../ui/dialog';
 import { fullDate } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, loadingNote, row, screenHeader, section } from '../ui/widgets';
 import { outcomeIcon } from './history';
+import { checkRow } from './rulePreview';
 import { errorMessage } from '../logic/errors';
 
 function valueOrNotProvided(value: string | undefined): TemplateResult {
@@ -27,6 +28,56 @@ async function createChannel(event: FireEvent): Promise<void> {
   } catch (error) {
     showToast(errorMessage(error));
   }
+}
+
+const roleTexts: Record<WhyRole, { label: string; tone: string }> = {
+  wins: { label: 'Wins', tone: 'good' },
+  disabledMatch: { label: 'Matches, but off', tone: 'muted' },
+  noMatch: { label: 'No match', tone: 'muted' },
+  notReached: { label: 'Not reached', tone: 'muted' },
+};
+
+function whyContent(why: WhyExplanation): TemplateResult {
+  return html`<p class="why-step">${why.step.text}</p>
+    ${
+      why.difference
+        ? html`<p class="why-difference bad">${why.difference} Changed: ${why.changedChannel}.</p>`
+        : nothing
+    }
+    <ol class="why-channels" aria-label="Channels in priority order">
+      ${why.channels.map(
+        (channel) =>
+          html`<li>
+            <details ?open=${channel.role === 'wins' || channel.role === 'disabledMatch'}>
+              <summary>
+                <span class="entry-title"
+                  >${channel.name}${channel.isEnabled ? nothing : html` <span class="muted">(off)</span>`}</span
+                >
+                <span class="verdict ${roleTexts[channel.role].tone}">${roleTexts[channel.role].label}</span>
+              </summary>
+              ${
+                channel.checks.length
+                  ? html`<ul class="checks" aria-label="Checks">
+                      ${channel.checks.map(checkRow)}
+                    </ul>`
+                  : html`<p class="note">No conditions: every notification matches.</p>`
+              }
+            </details>
+          </li>`,
+      )}
+    </ol>`;
+}
+
+function whySection(eventId: string): TemplateResult {
+  const result = whyQuery(eventId);
+  return section({
+    id: 'why',
+    title: 'Why',
+    content: result.data
+      ? whyContent(result.data)
+      : html`${errorNote(result.error)}${result.error ? nothing : loadingNote()}`,
+    footer: 'Replayed with the history before it and the channels as they are now.',
+  });
 }
 
 export function eventDetailScreen(eventId: string): TemplateResult {
@@ -69,6 +120,7 @@ export function eventDetailScreen(eventId: string): TemplateResult {
     ${event.errorMessage ? row('Error', html`<span class="bad">${event.errorMessage}</span>`) : nothing}
     ${row('Received', fullDate(event.receivedAt))} ${row('Handled', fullDate(event.firedAt))}`,
   })}
+  ${whySection(event.id)}
   ${section({
     content: html`<button type="button" class="row row-button" @click=${() => void createChannel(event)}>
       ${icon('plus.rectangle.on.rectangle', { className: 'row-icon accent' })}

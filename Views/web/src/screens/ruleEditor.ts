@@ -13,6 +13,7 @@ import { menuButton } from '../ui/menu';
 import { tokenList } from '../ui/tokenList';
 import { segmented, switchRow } from '../ui/widgets';
 import { isReaching } from '../logic/history';
+import type { RuleProblems } from '../logic/ruleProblems';
 import { openForwardingSheet } from './forwardingSheet';
 
 export const conditionOrder: readonly RuleConditionId[] = [
@@ -42,6 +43,7 @@ export interface RuleEditorProps {
   limits: Limits | undefined;
   open: ReadonlySet<RuleConditionId>; // list conditions added and still empty
   blank: RuleConditionId | undefined; // the template's condition still to fill in
+  problems: RuleProblems; // why the daemon refused the last save, by list
   onRule: (rule: ChannelRule) => void;
   onCondition: (condition: RuleConditionId, action: 'seed' | 'clear') => void;
 }
@@ -129,6 +131,7 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
         values: rule.senders,
         suggestions: knownSendersQuery(rule.apps.filter((app) => app.trim() !== '')).data,
         invalid,
+        error: props.problems.senders,
         onChange: (senders) => onRule({ ...rule, senders }),
       });
     case 'keywords':
@@ -138,6 +141,7 @@ function conditionBody(condition: RuleConditionId, props: RuleEditorProps): Temp
         placeholder: 'Add a word',
         values: rule.keywords,
         invalid,
+        error: props.problems.keywords,
         onChange: (keywords) => onRule({ ...rule, keywords }),
       });
     case 'calls': {

@@ -5,6 +5,7 @@
 import { html, nothing, type TemplateResult } from 'lit-html';
 import type { PreviewEntry, PreviewVerdictKind, RuleCheck } from '../api/types';
 import { previewQuery } from '../state/data';
+import { requestRender } from '../state/store';
 import { shortDate } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, loadingNote, screenHeader, section } from '../ui/widgets';
@@ -33,7 +34,7 @@ function verdictLabel(entry: PreviewEntry): string {
   return verdictTexts[entry.verdict.kind].label;
 }
 
-function checkRow(check: RuleCheck): TemplateResult {
+export function checkRow(check: RuleCheck): TemplateResult {
   return html`<li class="check ${check.passed ? 'passed' : 'failed'}">
     ${icon(check.passed ? 'checkmark.circle.fill' : 'xmark.circle.fill', {
       label: check.passed ? 'Passed' : 'Failed',
@@ -71,8 +72,50 @@ function entryView(entry: PreviewEntry): TemplateResult {
   </li>`;
 }
 
+// The "As if at" moment chosen per channel: a weekday and a time, judged in
+// the daemon's time zone. Without a day the notifications keep their own times.
+const asIfAt = new Map<string, { day: string; time: string }>();
+const days = [
+  ['sun', 'Sunday'],
+  ['mon', 'Monday'],
+  ['tue', 'Tuesday'],
+  ['wed', 'Wednesday'],
+  ['thu', 'Thursday'],
+  ['fri', 'Friday'],
+  ['sat', 'Saturday'],
+];
+
+function momentOf(channelId: string): string | undefined {
+  const chosen = asIfAt.get(channelId);
+  return chosen?.day && chosen.time ? `${chosen.day} ${chosen.time}` : undefined;
+}
+
+function asIfPicker(channelId: string): TemplateResult {
+  const chosen = asIfAt.get(channelId) ?? { day: '', time: '03:00' };
+  const change = (next: Partial<typeof chosen>) => {
+    asIfAt.set(channelId, { ...chosen, ...next });
+    requestRender();
+  };
+  return html`<div class="row as-if">
+    <label class="row-label" for="as-if-day">As if at</label>
+    <span class="row-value">
+      <select id="as-if-day" @change=${(event: Event) => change({ day: (event.target as HTMLSelectElement).value })}>
+        <option value="" ?selected=${!chosen.day}>Their own times</option>
+        ${days.map(([value, label]) => html`<option value=${value} ?selected=${chosen.day === value}>${label}</option>`)}
+      </select>
+      <input
+        type="time"
+        aria-label="Time"
+        .value=${chosen.time}
+        ?disabled=${!chosen.day}
+        @change=${(event: Event) => change({ time: (event.target as HTMLInputElement).value })}
+      />
+    </span>
+  </div>`;
+}
+
 export function previewScreen(channelId: string): TemplateResult {
-  const result = previewQuery(channelId);
+  const result = previewQuery(channelId, momentOf(channelId));
   const preview = result.data;
   const header = screenHeader({
     title: 'Preview',
@@ -91,6 +134,10 @@ export function previewScreen(channelId: string): TemplateResult {
         <span class="tile-label">${preview.entries.length === 1 ? 'Notification' : 'Notifications'} replayed</span>
       </div>
     </div>
+    ${section({
+      content: asIfPicker(channelId),
+      footer: 'Replays each notification on that day at that time; repeats and cooldowns keep their real dates.',
+    })}
     ${
       preview.entries.length === 0
         ? html`<div class="empty-state">

@@ -1,14 +1,14 @@
-// The Settings tab: the alarm permission, stopping every alarm, help and
-// support, and the version.
+// The Settings tab: the alarm permission, the alarms' sound, stopping every
+// alarm, help and support, and the version.
 
 import { html, nothing, type TemplateResult } from 'lit-html';
 import { api } from '../api/client';
-import type { AuthorizationState } from '../api/types';
-import { permissionsQuery, settingsQuery } from '../state/data';
+import type { AuthorizationState, Settings, SoundStatus } from '../api/types';
+import { permissionsQuery, settingsQuery, statusQuery } from '../state/data';
 import { invalidate } from '../state/store';
 import { showToast } from '../ui/dialog';
 import { icon } from '../ui/icons';
-import { linkRow, row, screenHeader, section } from '../ui/widgets';
+import { linkRow, row, screenHeader, section, selectRow, switchRow } from '../ui/widgets';
 import { errorMessage } from '../logic/errors';
 
 export function alarmPermissionLabel(state: AuthorizationState | string | undefined): string {
@@ -65,6 +65,66 @@ async function emailSupport(): Promise<void> {
   }
 }
 
+async function changeSound(change: Partial<Pick<Settings, 'ringThroughMute' | 'alarmVolume'>>): Promise<void> {
+  try {
+    await api.updateSoundSettings(change);
+  } catch (error) {
+    showToast(errorMessage(error));
+  }
+  invalidate('settings');
+}
+
+async function testAlarmVolume(): Promise<void> {
+  try {
+    const { sound } = await api.testAlarmSound();
+    showToast(
+      sound && !sound.reachable ? 'No sound: ' + (sound.problem || 'no audio server') : 'Playing the alarm tone…',
+    );
+  } catch (error) {
+    showToast(errorMessage(error));
+  }
+  invalidate('settings');
+}
+
+export function soundLabel(sound: SoundStatus | undefined): string {
+  if (!sound) return 'Unknown';
+  if (sound.reachable) return sound.server || 'Audio server reachable';
+  return 'No audio server';
+}
+
+// 10% to 100% in tens, with a value set elsewhere (the command line) kept.
+function volumeChoices(current: number): { value: number; label: string }[] {
+  const values = new Set([10, 20, 30, 40, 50, 60, 70, 80, 90, 100, current]);
+  return [...values].sort((a, b) => a - b).map((value) => ({ value, label: `${value}%` }));
+}
+
+function soundSection(settings: Settings | undefined, sound: SoundStatus | undefined): TemplateResult {
+  const ringThroughMute = settings?.ringThroughMute ?? true;
+  const alarmVolume = settings?.alarmVolume ?? 70;
+  return section({
+    id: 'sound',
+    title: 'Sound',
+    content: html`${switchRow({
+      label: 'Ring through mute',
+      checked: ringThroughMute,
+      onChange: (checked) => void changeSound({ ringThroughMute: checked }),
+    })}
+    ${selectRow({
+      label: 'Alarm volume',
+      id: 'alarm-volume',
+      value: alarmVolume,
+      choices: volumeChoices(alarmVolume),
+      onChange: (value) => void changeSound({ alarmVolume: value }),
+    })}
+    ${actionRow('Test Alarm Volume', 'play.fill', () => void testAlarmVolume())}
+    ${row('Audio', soundLabel(sound), { symbol: 'speaker.wave.2' })}`,
+    footer:
+      sound && !sound.reachable && sound.problem
+        ? `${sound.problem}: alarms still alert on screen, without sound.`
+        : 'While an alarm rings, its output is unmuted and faded up to the alarm volume (at most 50% on headphones), then put back as it was unless you changed it.',
+  });
+}
+
 function actionRow(label: string, symbol: string, onClick: () => void, className = ''): TemplateResult {
   return html`<button type="button" class="row row-button ${className}" @click=${onClick}>
     ${icon(symbol, { className: 'row-icon' })}<span class="row-label">${label}</span>
@@ -74,6 +134,7 @@ function actionRow(label: string, symbol: string, onClick: () => void, className
 export function settingsScreen(): TemplateResult {
   const permissions = permissionsQuery().data;
   const settings = settingsQuery().data;
+  const sound = statusQuery().data?.sound;
   const alarms = permissions?.alarms;
   return html`${screenHeader({ title: 'Settings' })}
   ${section({
@@ -97,6 +158,7 @@ export function settingsScreen(): TemplateResult {
     ${row('Desktop notices', noticesLabel(permissions?.notifications), { symbol: 'bell' })}`,
     footer: 'Without alarms allowed, matching notifications fail and Ringwell posts a notice instead.',
   })}
+  ${soundSection(settings, sound)}
   ${section({ content: actionRow('Stop All Alarms', 'stop.circle', () => void stopAll(), 'destructive') })}
   ${section({
     id: 'help',

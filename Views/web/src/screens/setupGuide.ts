@@ -4,10 +4,58 @@
 import { html, type TemplateResult } from 'lit-html';
 import { appsToForwardQuery } from '../state/data';
 import { icon } from '../ui/icons';
-import { copyableCommand, errorNote, linkRow, loadingNote, numberedSteps, screenHeader, section } from '../ui/widgets';
+import {
+  copyableCommand,
+  errorNote,
+  linkRow,
+  loadingNote,
+  numberedSteps,
+  screenHeader,
+  section,
+  switchRow,
+} from '../ui/widgets';
 import { captureAppsCommand, sendCommand } from '../logic/shell';
 import { captureSteps, mappingStep } from './automation';
 import { setupWarningNote } from './setupTest';
+import { lanDevicesSection } from './lanDevices';
+import { api } from '../api/client';
+import { forget, query, requestRender } from '../state/store';
+
+function captureSection(): TemplateResult {
+  const result = query('capture', [], api.capture);
+  const capture = result.data;
+  const change = async (enabled: boolean): Promise<void> => {
+    try {
+      await api.setCapture(enabled);
+    } finally {
+      forget('capture');
+      requestRender();
+    }
+  };
+  const state = !capture
+    ? ''
+    : !capture.enabled
+      ? 'Off'
+      : capture.active
+        ? `On, ${capture.seen} seen since start${capture.server ? ` (${capture.server})` : ''}`
+        : `On, not active: ${capture.problem}`;
+  return section({
+    id: 'capture',
+    title: 'Capture this computer’s notifications',
+    content: html`${errorNote(result.error)}
+    ${
+      capture
+        ? switchRow({
+            label: 'Capture this computer’s notifications',
+            detail: state,
+            checked: capture.enabled,
+            onChange: (enabled) => void change(enabled),
+          })
+        : loadingNote()
+    }`,
+    footer: 'Ringwell reads the notifications shown on this desktop, and those a phone bridge mirrors.',
+  });
+}
 
 function appsToSelect(apps: string[] | null | undefined, loading: boolean): TemplateResult {
   if (loading) return loadingNote();
@@ -27,7 +75,7 @@ export function setupGuideScreen(): TemplateResult {
     back: { href: '/settings', label: 'Settings' },
     subtitle: 'One automation forwards notifications. Your channels decide what rings.',
   })}
-  ${setupWarningNote()} ${errorNote(result.error)}
+  ${setupWarningNote()} ${captureSection()} ${errorNote(result.error)}
   ${section({
     id: 'apps-to-select',
     title: 'Apps to select',
@@ -54,5 +102,6 @@ export function setupGuideScreen(): TemplateResult {
     </div>`,
     footer: 'Forwarded notifications appear in History and in each channel’s preview.',
   })}
+  ${lanDevicesSection()}
   ${section({ content: linkRow('/settings/setup-test', 'Test your setup', { symbol: 'checkmark.seal' }) })}`;
 }

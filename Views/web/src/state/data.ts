@@ -4,7 +4,8 @@ import { api } from '../api/client';
 import { query } from './store';
 
 export const settingsQuery = () => query('settings', ['settings', 'setupWarning', 'setupTest'], api.settings);
-export const statusQuery = () => query('status', ['saveError'], api.status);
+// The sound line changes with a test of the alarm volume, which counts as a settings change.
+export const statusQuery = () => query('status', ['saveError', 'settings'], api.status);
 export const permissionsQuery = () => query('permissions', ['authorization'], api.permissions);
 export const channelViewsQuery = () => query('channel-views', ['channels', 'events'], api.channelViews);
 export const channelsQuery = () => query('channels', ['channels'], api.channels);
@@ -20,5 +21,6 @@ export const configQuery = () => query('config', [], api.config);
 
 export const knownSendersQuery = (apps: string[]) =>
   query(`known-senders:${JSON.stringify(apps)}`, ['events'], () => api.knownSenders(apps));
-export const previewQuery = (channelId: string) =>
-  query(`preview:${channelId}`, ['channels', 'events'], () => api.preview(channelId));
+export const previewQuery = (channelId: string, at?: string) =>
+  query(`preview:${channelId}:${at ?? ''}`, ['channels', 'events'], () => api.preview(channelId, at));
+export const whyQuery = (eventId: string) => query(`why:${eventId}`, ['channels', 'events'], () => api.why(eventId));

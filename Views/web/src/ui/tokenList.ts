@@ -12,9 +12,11 @@ export function tokenList(options: {
   values: string[];
   suggestions?: string[];
   invalid?: Set<string>;
+  error?: string; // why the daemon refused the list, shown under it
   onChange: (values: string[]) => void;
 }): TemplateResult {
   const listId = `${options.id}-suggestions`;
+  const errorId = `${options.id}-error`;
   const add = (input: HTMLInputElement) => {
     const value = input.value;
     if (value.trim() === '') {
@@ -65,6 +67,8 @@ export function tokenList(options: {
       list=${suggestions.length ? listId : nothing}
       placeholder=${options.placeholder}
       aria-label=${options.placeholder}
+      aria-invalid=${options.error ? 'true' : 'false'}
+      aria-describedby=${options.error ? errorId : nothing}
       @keydown=${onKey}
       @change=${(event: Event) => add(event.target as HTMLInputElement)}
     />
@@ -75,5 +79,6 @@ export function tokenList(options: {
           </datalist>`
         : nothing
     }
+    ${options.error ? html`<p id=${errorId} class="error-note field-error" role="alert">${options.error}</p>` : nothing}
   </div>`;
 }

@@ -50,7 +50,10 @@ async function serve(
   log: (text: string) => void,
 ): Promise<{ child: ChildProcess; address: string }> {
   const ringwell = path.join(binDir(), 'ringwell');
-  const child = spawn(ringwell, ['serve', '--port', String(port)], { env, stdio: ['ignore', 'pipe', 'pipe'] });
+  const child = spawn(ringwell, ['serve', '--port', String(port), '--lan-address', '127.0.0.2', '--lan-port', '0'], {
+    env,
+    stdio: ['ignore', 'pipe', 'pipe'],
+  });
   let output = '';
   const address = await new Promise<string>((resolve, reject) => {
     const timer = setTimeout(() => reject(new Error(`ringwell serve printed no address:\n${output}`)), 15_000);

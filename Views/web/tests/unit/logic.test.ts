@@ -9,6 +9,7 @@ import { contrast, luminance, readableTextOn } from '../../src/logic/colour';
 import { eventTitle, filteredEvents, isReaching, notificationLine } from '../../src/logic/history';
 import { relativeDescription, untilNextMidnight, untilNextMinute } from '../../src/logic/relativeTime';
 import { parseRoute, tabOf } from '../../src/logic/routes';
+import { ruleProblems } from '../../src/logic/ruleProblems';
 import { captureAppsCommand, shellQuote, testNotificationCommand } from '../../src/logic/shell';
 import { clock, duration, minuteToTime, timeToMinute, weekdaysMondayFirst, windowLabel } from '../../src/ui/format';
 
@@ -177,5 +178,14 @@ test.describe('text on a channel’s colour', () => {
     expect(readableTextOn('#12345')).toBe('#ffffff');
     expect(luminance('#ffffff')).toBeCloseTo(1);
     expect(luminance('#000000')).toBe(0);
+  });
+});
+
+test.describe('rule problems', () => {
+  test("sort the daemon's refusal by the list each problem is about", () => {
+    const count = 'A rule can have at most 100 keywords; this one has 101.';
+    const long = 'The sender "Dr. Who. Or so. Or m…" is longer than 200 characters.';
+    expect(ruleProblems(`"rule": ${count} ${long}`)).toEqual({ keywords: count, senders: long });
+    expect(ruleProblems('"name": too long')).toEqual({});
   });
 });

@@ -1,0 +1,174 @@
+#include "Alarms/Watchdog.h"
+
+#include "Alarms/EventRecord.h"
+#include "Core/Json.h"
+#include "Core/Text.h"
+
+#include <algorithm>
+#include <exception>
+
+namespace ringwell {
+namespace {
+
+constexpr std::string_view settingsKey = "watchdog";
+constexpr std::string_view logCategory = "Watchdog";
+
+std::string key(std::string_view app) {
+    return text::lowercased(text::trimmed(app));
+}
+
+json::Json datesToJson(const std::map<std::string, Date>& dates) {
+    json::Json out = json::Json::object();
+    for (const auto& [app, date] : dates)
+        out[app] = json::dateValue(date);
+    return out;
+}
+
+std::map<std::string, Date> datesFromJson(const json::Json& settings, std::string_view name) {
+    std::map<std::string, Date> dates;
+    if (const json::Json* object = json::member(settings, name); object && object->is_object()) {
+        for (const auto& [app, date] : object->items())
+            dates[app] = json::asDate(date, app);
+    }
+    return dates;
+}
+
+} // namespace
+
+Watchdog::Watchdog(AppContext& ctx) : ctx_(ctx) {
+    // Settings that do not read are logged and left behind: the watches
+    // start over rather than keep the daemon from starting.
+    if (auto saved = ctx_.defaults.value(settingsKey)) {
+        try {
+            if (const json::Json* watches = json::optionalArray(*saved, "watches")) {
+                for (const auto& watch : *watches)
+                    watches_.push_back(watchExpectationFromJson(watch));
+            }
+            lastHeard_ = datesFromJson(*saved, "lastHeard");
+            told_ = datesFromJson(*saved, "told");
+        } catch (const std::exception& error) {
+            ctx_.logger.log(LogLevel::error, logCategory,
+                            std::string("The saved watches do not read: ") + error.what());
+        }
+    }
+    storeToken_ = ctx_.store.subscribe([this](StoreChange change) {
+        if (change != StoreChange::events || ctx_.store.events().empty())
+            return;
+        const FireEvent& newest = ctx_.store.events().front();
+        // A setup test's notification proves the forwarding works too.
+        if (isForwardedNotification(newest) ||
+            (newest.outcome == FireOutcome::setupTest && newest.app))
+            heard(*newest.app, newest.receivedAt);
+    });
+}
+
+Watchdog::~Watchdog() {
+    ctx_.store.unsubscribe(storeToken_);
+}
+
+void Watchdog::save() {
+    json::Json watches = json::Json::array();
+    for (const auto& watch : watches_)
+        watches.push_back(toJson(watch));
+    ctx_.defaults.set(settingsKey, json::Json{{"watches", std::move(watches)},
+                                              {"lastHeard", datesToJson(lastHeard_)},
+                                              {"told", datesToJson(told_)}});
+}
+
+Date Watchdog::silenceStart(const WatchExpectation& watch) const {
+    auto heard = lastHeard_.find(key(watch.app));
+    return heard == lastHeard_.end() ? watch.since : std::max(heard->second, watch.since);
+}
+
+std::vector<Watchdog::Status> Watchdog::list() const {
+    const Calendar calendar = ctx_.calendar();
+    std::vector<Status> out;
+    for (const auto& watch : watches_) {
+        Status status{watch, std::nullopt, std::nullopt, false};
+        if (auto heard = lastHeard_.find(key(watch.app)); heard != lastHeard_.end())
+            status.lastHeard = heard->second;
+        const Date start = silenceStart(watch);
+        status.dueAt = Silence::dueAt(watch, start, calendar);
+        auto told = told_.find(key(watch.app));
+        status.isSilent = told != told_.end() && told->second == start;
+        out.push_back(std::move(status));
+    }
+    return out;
+}
+
+Result<WatchExpectation> Watchdog::add(WatchExpectation watch) {
+    watch.app = text::trimmed(watch.app);
+    if (auto problem = ringwell::problem(watch))
+        return Error{"The watch of " + watch.app + " can't be kept: " + *problem + ".",
+                     Error::Kind::invalidInput};
+    watch.since = ctx_.clock.now();
+    auto same = std::find_if(watches_.begin(), watches_.end(), [&](const WatchExpectation& w) {
+        return key(w.app) == key(watch.app);
+    });
+    if (same != watches_.end())
+        *same = watch;
+    else
+        watches_.push_back(watch);
+    told_.erase(key(watch.app));
+    save();
+    return watch;
+}
+
+bool Watchdog::remove(std::string_view app) {
+    auto removed =
+        std::erase_if(watches_, [&](const WatchExpectation& w) { return key(w.app) == key(app); });
+    if (removed == 0)
+        return false;
+    told_.erase(key(app));
+    save();
+    return true;
+}
+
+void Watchdog::heard(std::string_view app, Date at) {
+    auto [entry, added] = lastHeard_.try_emplace(key(app), at);
+    if (!added) {
+        if (at <= entry->second)
+            return;
+        entry->second = at;
+    }
+    told_.erase(key(app));
+    save();
+}
+
+Awaitable<std::vector<FireEvent>> Watchdog::check() {
+    const Date now = ctx_.clock.now();
+    const Calendar calendar = ctx_.calendar();
+    std::vector<FireEvent> recorded;
+    // A copy: posting a notice suspends, and the list may change meanwhile.
+    const std::vector<WatchExpectation> watches = watches_;
+    for (const auto& watch : watches) {
+        const Date start = silenceStart(watch);
+        if (auto told = told_.find(key(watch.app)); told != told_.end() && told->second == start)
+            continue;
+        auto due = Silence::dueAt(watch, start, calendar);
+        if (!due || now < *due)
+            continue;
+        told_[key(watch.app)] = start;
+        save();
+        const std::string text = Silence::noticeText(watch.app, start, calendar);
+        NotificationInfo silence{watch.app, "", text, "", "", now, false, std::nullopt};
+        FireEvent event = EventRecord::make(silence, FireOutcome::silent, now);
+        ctx_.store.log(event);
+        recorded.push_back(event);
+        // A named request: temporaries in a co_await's arguments do not
+        // live through the suspension with GCC 12.
+        NoticeRequest notice{"ringwell.silent." + key(watch.app), text, "", "ringwell.silent"};
+        std::optional<std::string> problem;
+        try {
+            co_await ctx_.notices.add(std::move(notice));
+        } catch (const std::exception& error) {
+            problem = error.what();
+        }
+        if (problem)
+            ctx_.logger.log(LogLevel::error, logCategory,
+                            "Posting the silence notice failed: " + *problem);
+    }
+    co_return recorded;
+}
+
+} // namespace ringwell
