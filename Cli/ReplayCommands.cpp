@@ -2,9 +2,9 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Cli/TerminalText.h"
 #include "Core/Json.h"
 #include "Core/PercentEncoding.h"
-#include "Cli/TerminalText.h"
 
 #include <charconv>
 #include <iostream>
