@@ -17,6 +17,8 @@ json::Json toJson(const WatchExpectation& watch) {
     if (watch.hours)
         out["hours"] = toJson(*watch.hours);
     out["since"] = json::dateValue(watch.since);
+    if (watch.ring)
+        out["ring"] = watch.ring->toString();
     return out;
 }
 
@@ -28,6 +30,7 @@ WatchExpectation watchExpectationFromJson(const json::Json& value) {
     if (const json::Json* hours = json::member(value, "hours"))
         watch.hours = activeHoursFromJson(*hours);
     watch.since = json::requireDate(value, "since");
+    watch.ring = json::optionalUuid(value, "ring");
     return watch;
 }
 
@@ -50,6 +53,10 @@ std::optional<std::string> problem(const WatchExpectation& watch) {
             return "times of day are 00:00 to 23:59";
     }
     return std::nullopt;
+}
+
+std::string deviceWatchName(std::string_view device) {
+    return "device:" + std::string(device);
 }
 
 namespace Silence {
