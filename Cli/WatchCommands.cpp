@@ -87,8 +87,10 @@ int runWatch(std::span<const std::string> args, CommandContext& context) {
     }
     if (adding) {
         context.out << "Watching " << answer.json.value("app", "") << ": "
-                    << answer.json.value("summary", "") << ".\n";
-        printWatch(context, answer.json);
+                    << answer.json.value("summary", "");
+        if (answer.json.contains("dueAt"))
+            context.out << "; silent if nothing by " << localTime(answer.json["dueAt"]);
+        context.out << ".\n";
     } else if (action == "remove") {
         context.out << "No longer watching " << words[1] << ".\n";
     } else {
