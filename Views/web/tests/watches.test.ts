@@ -1,6 +1,6 @@
 // The setup guide's watches: adding one, traffic shown as last heard, and removing it.
 
-import { expect, openApp, test } from './support/fixtures';
+import { expect, openApp, snap, test } from './support/fixtures';
 
 test.use({ onboarded: true });
 
@@ -50,4 +50,6 @@ test('shows a silent watch and a stopped capture as the daemon reports them', as
   const watches = page.getByRole('region', { name: 'Is forwarding still alive?' });
   await expect(watches.getByRole('listitem', { name: 'Watch on Mail' })).toContainText('Silent since');
   await expect(watches).toContainText('Capture of this computer’s notifications stopped working after');
+  await watches.scrollIntoViewIfNeeded();
+  await snap(page, 'setup-watches');
 });

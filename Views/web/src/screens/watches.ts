@@ -50,11 +50,11 @@ export function watchState(watch: Watch): string {
 
 function watchRow(watch: Watch): TemplateResult {
   return html`<li class="row watch-row ${watch.isSilent ? 'is-silent' : ''}" aria-label="Watch on ${watch.app}">
-    <span class="row-label"
-      >${watch.app} <span class="note">${watch.summary}</span><br /><span class="watch-state"
-        >${watchState(watch)}</span
-      ></span
-    >
+    <span class="row-label">
+      <strong>${watch.app}</strong>
+      <span class="note">${watch.summary}</span>
+      <span class="watch-state">${watchState(watch)}</span>
+    </span>
     <button type="button" class="destructive" @click=${() => change(() => api.removeWatch(watch.app))}>
       Stop watching ${watch.app}
     </button>
@@ -70,7 +70,7 @@ export function watchesSection(apps: string[] | null | undefined): TemplateResul
       : loadingNote()
     : html`${
         state.captureSilentSince !== undefined
-          ? html`<p class="note warning">
+          ? html`<p class="warning-note">
               Capture of this computer’s notifications stopped working after ${shortDate(state.captureSilentSince)}.
             </p>`
           : nothing
