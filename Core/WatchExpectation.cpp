@@ -37,6 +37,9 @@ WatchExpectation watchExpectationFromJson(const json::Json& value) {
 std::optional<std::string> problem(const WatchExpectation& watch) {
     if (text::isBlank(watch.app))
         return "the app is blank";
+    // The app names its watch in the API's paths (DELETE /v1/watches/APP).
+    if (watch.app.find('/') != std::string::npos)
+        return "an app's name can't contain \"/\"";
     if (watch.everySeconds < WatchExpectation::minimumSeconds ||
         watch.everySeconds > WatchExpectation::maximumSeconds)
         return "the interval must be between 1 minute and 7 days";

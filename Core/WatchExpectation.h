@@ -40,7 +40,7 @@ json::Json toJson(const WatchExpectation& watch);
 WatchExpectation watchExpectationFromJson(const json::Json& value);
 
 // What is wrong with a watch a person asks for, in their words; none when it
-// can be kept: a blank app, an interval outside one minute to seven days, a
+// can be kept: a blank app or one with "/", an interval outside one minute to seven days, a
 // weekday outside 1…7 or a minute outside 0…1439.
 std::optional<std::string> problem(const WatchExpectation& watch);
 

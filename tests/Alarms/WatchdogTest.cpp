@@ -140,6 +140,7 @@ TEST_F(WatchdogTest, CaptureThatStopsWorkingIsToldOnceAndClearedWhenItWorksAgain
 TEST_F(WatchdogTest, RefusesWatchesItCannotKeep) {
     Watchdog watchdog(ctx);
     EXPECT_FALSE(watchdog.add(every(" ", 3600)));
+    EXPECT_FALSE(watchdog.add(every("a/b", 3600)));
     EXPECT_FALSE(watchdog.add(every("Mail", 59)));
     EXPECT_FALSE(watchdog.add(every("Mail", 3600, ActiveHours{{}, 0, 0})));
     EXPECT_FALSE(watchdog.add(every("Mail", 3600, ActiveHours{{8}, 0, 0})));
