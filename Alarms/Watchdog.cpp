@@ -1,6 +1,7 @@
 #include "Alarms/Watchdog.h"
 
 #include "Alarms/EventRecord.h"
+#include "Alarms/RingwellAlarmError.h"
 #include "Core/Json.h"
 #include "Core/Text.h"
 
@@ -12,6 +13,10 @@ namespace {
 
 constexpr std::string_view settingsKey = "watchdog";
 constexpr std::string_view logCategory = "Watchdog";
+constexpr std::string_view captureName = "desktop capture";
+// The label of the received field that names the LAN device of a Send
+// (SendToRingwellIntent::deviceLabel, a layer above this one).
+constexpr std::string_view deviceLabel = "Device";
 
 std::string key(std::string_view app) {
     return text::lowercased(text::trimmed(app));
@@ -59,6 +64,12 @@ Watchdog::Watchdog(AppContext& ctx) : ctx_(ctx) {
         if (isForwardedNotification(newest) ||
             (newest.outcome == FireOutcome::setupTest && newest.app))
             heard(*newest.app, newest.receivedAt);
+        if (newest.isTest || newest.outcome == FireOutcome::silent || !newest.received)
+            return;
+        for (const auto& field : *newest.received) {
+            if (field.name == deviceLabel)
+                heard(deviceWatchName(field.value), newest.receivedAt);
+        }
     });
 }
 
@@ -125,6 +136,11 @@ bool Watchdog::remove(std::string_view app) {
 }
 
 void Watchdog::heard(std::string_view app, Date at) {
+    // Only watched apps are remembered: the settings are written at every
+    // change, and a watch's clock starts when it is added anyway.
+    if (std::none_of(watches_.begin(), watches_.end(),
+                     [&](const WatchExpectation& w) { return key(w.app) == key(app); }))
+        return;
     auto [entry, added] = lastHeard_.try_emplace(key(app), at);
     if (!added) {
         if (at <= entry->second)
@@ -135,11 +151,30 @@ void Watchdog::heard(std::string_view app, Date at) {
     save();
 }
 
+void Watchdog::watchCapture(std::function<bool()> stopped) {
+    captureStopped_ = std::move(stopped);
+}
+
+std::optional<Date> Watchdog::captureSilentSince() const {
+    return captureTold_ ? captureWorked_ : std::nullopt;
+}
+
 Awaitable<std::vector<FireEvent>> Watchdog::check() {
     const Date now = ctx_.clock.now();
     const Calendar calendar = ctx_.calendar();
     std::vector<FireEvent> recorded;
-    // A copy: posting a notice suspends, and the list may change meanwhile.
+    if (captureStopped_) {
+        if (!captureStopped_()) {
+            captureWorked_ = now;
+            captureTold_ = false;
+        } else if (captureWorked_ && !captureTold_) {
+            // Only a capture that worked can stop: one that never started
+            // (no desktop session) has nothing to tell.
+            captureTold_ = true;
+            recorded.push_back(co_await tell(std::string(captureName), *captureWorked_, {}));
+        }
+    }
+    // A copy: telling suspends, and the list may change meanwhile.
     const std::vector<WatchExpectation> watches = watches_;
     for (const auto& watch : watches) {
         const Date start = silenceStart(watch);
@@ -150,25 +185,48 @@ Awaitable<std::vector<FireEvent>> Watchdog::check() {
             continue;
         told_[key(watch.app)] = start;
         save();
-        const std::string text = Silence::noticeText(watch.app, start, calendar);
-        NotificationInfo silence{watch.app, "", text, "", "", now, false, std::nullopt};
-        FireEvent event = EventRecord::make(silence, FireOutcome::silent, now);
-        ctx_.store.log(event);
-        recorded.push_back(event);
-        // A named request: temporaries in a co_await's arguments do not
-        // live through the suspension with GCC 12.
-        NoticeRequest notice{"ringwell.silent." + key(watch.app), text, "", "ringwell.silent"};
-        std::optional<std::string> problem;
-        try {
-            co_await ctx_.notices.add(std::move(notice));
-        } catch (const std::exception& error) {
-            problem = error.what();
-        }
-        if (problem)
-            ctx_.logger.log(LogLevel::error, logCategory,
-                            "Posting the silence notice failed: " + *problem);
+        recorded.push_back(co_await tell(watch.app, start, watch.ring));
     }
     co_return recorded;
+}
+
+Awaitable<FireEvent> Watchdog::tell(std::string app, Date start, std::optional<Uuid> ring) {
+    const Date now = ctx_.clock.now();
+    const std::string text = Silence::noticeText(app, start, ctx_.calendar());
+    NotificationInfo silence{app, "", text, "", "", now, false, std::nullopt};
+    FireEvent event = EventRecord::make(silence, FireOutcome::silent, now);
+    ctx_.store.log(event);
+    const std::optional<Channel> channel = ring ? ctx_.store.channel(*ring) : std::nullopt;
+    if (ring && !channel)
+        ctx_.logger.log(LogLevel::error, logCategory,
+                        "The channel to ring for " + app + " is gone; posting the notice");
+    if (channel) {
+        // Ringwell's own ring: no app, so it is not heard as the app's traffic.
+        NotificationInfo payload{"", "", text, "", "", now, false, std::nullopt};
+        FireAttempt attempt = co_await ctx_.scheduler.attempt(*channel, payload, RingKind::live);
+        if (!attempt.error)
+            co_return event;
+        ctx_.logger.log(LogLevel::error, logCategory,
+                        "Ringing for the silence of " + app +
+                            " failed; posting the notice: " + attempt.error->what());
+    }
+    co_await notify(app, text);
+    co_return event;
+}
+
+Awaitable<void> Watchdog::notify(std::string app, std::string text) {
+    // A named request: temporaries in a co_await's arguments do not live
+    // through the suspension with GCC 12.
+    NoticeRequest notice{"ringwell.silent." + key(app), text, "", "ringwell.silent"};
+    std::optional<std::string> problem;
+    try {
+        co_await ctx_.notices.add(std::move(notice));
+    } catch (const std::exception& error) {
+        problem = error.what();
+    }
+    if (problem)
+        ctx_.logger.log(LogLevel::error, logCategory,
+                        "Posting the silence notice failed: " + *problem);
 }
 
 } // namespace ringwell

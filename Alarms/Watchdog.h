@@ -6,6 +6,7 @@
 #include "Model/FireEvent.h"
 #include "Shared/Asio.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,7 +21,13 @@ namespace ringwell {
 // records a `silent` event, once per silence; the next notification from the
 // app ends the silence. The watches, when each app was last heard from and
 // which silences were told are kept in the settings, so a restart forgets
-// none of them.
+// none of them. A watch on "device:NAME" is heard from by every notification
+// the LAN device NAME sends; a watch may name a channel that rings when its
+// silence is told, instead of the notice.
+//
+// The desktop's capture is watched without asking: when it stops working
+// after it worked (the bus went away, the monitor was refused), the same
+// notice is posted once, and it is cleared when capture works again.
 //
 // It hears every forwarded notification through the store's log. Main thread
 // only; `ctx` must outlive it. The daemon calls `check` once a minute.
@@ -47,7 +54,14 @@ public:
     bool remove(std::string_view app);
 
     // A notification from `app` arrived at `at`: its silence, if any, ends.
+    // Apps without a watch are not remembered.
     void heard(std::string_view app, Date at);
+
+    // Watches the desktop's capture: `stopped` tells whether it is on but not
+    // working, and is asked at every `check`.
+    void watchCapture(std::function<bool()> stopped);
+    // Since when capture has been silent, once that silence was told.
+    std::optional<Date> captureSilentSince() const;
 
     // Tells every silence that is due and not yet told: a notice (one whose
     // posting fails is logged) and a `silent` event, which it returns.
@@ -56,12 +70,18 @@ public:
 private:
     Date silenceStart(const WatchExpectation& watch) const;
     void save();
+    // Records the `silent` event and posts the notice, or rings `ring`.
+    Awaitable<FireEvent> tell(std::string app, Date start, std::optional<Uuid> ring);
+    Awaitable<void> notify(std::string app, std::string text);
 
     AppContext& ctx_;
     std::vector<WatchExpectation> watches_;
     std::map<std::string, Date> lastHeard_; // by app, lower case
     std::map<std::string, Date> told_;      // the silence start told, by app
     RingwellStore::ObserverToken storeToken_;
+    std::function<bool()> captureStopped_;
+    std::optional<Date> captureWorked_; // the last check that found it working
+    bool captureTold_ = false;
 };
 
 } // namespace ringwell

@@ -10,6 +10,7 @@
 #include "Cli/RuleCommands.h"
 #include "Cli/ServeCommand.h"
 #include "Cli/SettingsCommand.h"
+#include "Cli/WatchCommands.h"
 
 #include "Version.h"
 
@@ -30,7 +31,8 @@ const Command* const commands[] = {
     &statsCommand,         &alarmsCommand,        &alarmStopCommand,    &alarmPauseCommand,
     &alarmResumeCommand,   &alarmSnoozeCommand,   &permissionCommand,   &setupTestCommand,
     &diagnosticsCommand,   &ruleExplainCommand,   &ruleDescribeCommand, &templatesCommand,
-    &statusCommand,        &captureCommand,       &settingsCommand,     &devicesCommand};
+    &statusCommand,        &captureCommand,       &settingsCommand,     &devicesCommand,
+    &watchCommand};
 
 void printOverview(std::ostream& out) {
     out << "Usage: ringwell <command> [options]\n\n"

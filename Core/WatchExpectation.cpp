@@ -17,6 +17,8 @@ json::Json toJson(const WatchExpectation& watch) {
     if (watch.hours)
         out["hours"] = toJson(*watch.hours);
     out["since"] = json::dateValue(watch.since);
+    if (watch.ring)
+        out["ring"] = watch.ring->toString();
     return out;
 }
 
@@ -28,12 +30,16 @@ WatchExpectation watchExpectationFromJson(const json::Json& value) {
     if (const json::Json* hours = json::member(value, "hours"))
         watch.hours = activeHoursFromJson(*hours);
     watch.since = json::requireDate(value, "since");
+    watch.ring = json::optionalUuid(value, "ring");
     return watch;
 }
 
 std::optional<std::string> problem(const WatchExpectation& watch) {
     if (text::isBlank(watch.app))
         return "the app is blank";
+    // The app names its watch in the API's paths (DELETE /v1/watches/APP).
+    if (watch.app.find('/') != std::string::npos)
+        return "an app's name can't contain \"/\"";
     if (watch.everySeconds < WatchExpectation::minimumSeconds ||
         watch.everySeconds > WatchExpectation::maximumSeconds)
         return "the interval must be between 1 minute and 7 days";
@@ -50,6 +56,10 @@ std::optional<std::string> problem(const WatchExpectation& watch) {
             return "times of day are 00:00 to 23:59";
     }
     return std::nullopt;
+}
+
+std::string deviceWatchName(std::string_view device) {
+    return "device:" + std::string(device);
 }
 
 namespace Silence {

@@ -17,6 +17,7 @@ namespace ringwell {
 class CaptureRelay;
 class ChangeFeed;
 class LanListener;
+class Watchdog;
 enum class AlarmTone;
 
 // What only the daemon's own wiring provides to the routes.
@@ -40,6 +41,8 @@ struct ApiServices {
     std::function<bool()> testAlarmSound;
     // The devices that send over the LAN; none in daemons without it.
     LanListener* devices = nullptr;
+    // The watches on forwarding; none in daemons without them.
+    Watchdog* watchdog = nullptr;
 };
 
 // Everything a route works on. Main thread only.

@@ -65,6 +65,11 @@ ApiResult listDevices(const RouteRequest&, ApiState&);
 ApiResult addDevice(const RouteRequest&, ApiState&);
 ApiResult removeDevice(const RouteRequest&, ApiState&);
 
+// WatchRoutes.cpp: the watches on apps' and devices' forwarding.
+ApiResult listWatches(const RouteRequest&, ApiState&);
+ApiResult addWatch(const RouteRequest&, ApiState&);
+ApiResult removeWatch(const RouteRequest&, ApiState&);
+
 // EditorRoutes.cpp: what the channel and rule editors and the web app need
 // beyond the records: templates, tones, limits, the app's configuration, rule
 // descriptions, list badges and suggestions.

@@ -7,6 +7,7 @@
 #include "Alarms/AppContext.h"
 #include "Alarms/CaptureRelay.h"
 #include "Alarms/SetupTestController.h"
+#include "Alarms/Watchdog.h"
 #include "Core/Json.h"
 #include "Core/SoundSettings.h"
 #include "Daemon/Api.h"
@@ -98,6 +99,24 @@ ErrorLog categoryLog(Logger& logger, std::string_view category) {
     return [&logger, category](const std::string& message) {
         logger.log(LogLevel::error, category, message);
     };
+}
+
+// Tells the silences that fell due, at start (some may have while the daemon
+// was down) and then once a minute. A check that throws is logged and the
+// next one runs as usual.
+Awaitable<void> checkWatches(asio::steady_timer& timer, Watchdog& watchdog, Logger& logger) {
+    for (;;) {
+        std::optional<std::string> problem;
+        try {
+            co_await watchdog.check();
+        } catch (const std::exception& error) {
+            problem = error.what();
+        }
+        if (problem)
+            logger.log(LogLevel::error, "Watchdog", "A check of the watches failed: " + *problem);
+        timer.expires_after(std::chrono::minutes(1));
+        co_await timer.async_wait(asio::use_awaitable);
+    }
 }
 
 std::filesystem::path webDirectory() {
@@ -221,6 +240,14 @@ int run(const Options& options) {
     CaptureRelay captureRelay(ctx, capture, io.get_executor());
     captureRelay.start();
 
+    // The watches on forwarding, the desktop's capture among them.
+    Watchdog watchdog(ctx);
+    watchdog.watchCapture(
+        [&captureRelay] { return captureRelay.enabled() && !captureRelay.status().active; });
+    asio::steady_timer watchdogTimer(io);
+    asio::co_spawn(io, checkWatches(watchdogTimer, watchdog, logger),
+                   reportEscaped(categoryLog(logger, "Watchdog"), "Watching the forwarding"));
+
     // Phones on the network, once a device has been added.
     LanOptions lanOptions = options.lan;
     if (lanOptions.address == "0.0.0.0" || lanOptions.address == "::")
@@ -238,7 +265,8 @@ int run(const Options& options) {
                            &captureRelay,
                            soundStatus,
                            testAlarmSound,
-                           &lan};
+                           &lan,
+                           &watchdog};
     std::unique_ptr<HttpServer> web;
     std::string token;
     StaticFiles staticFiles(webDirectory());

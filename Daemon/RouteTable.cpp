@@ -58,6 +58,9 @@ const std::array table = std::to_array<Route>({
     {"GET", "/v1/devices", listDevices},
     {"POST", "/v1/devices", addDevice},
     {"DELETE", "/v1/devices/{name}", removeDevice},
+    {"GET", "/v1/watches", listWatches},
+    {"POST", "/v1/watches", addWatch},
+    {"DELETE", "/v1/watches/{app}", removeWatch},
 
     {"GET", "/v1/config", config},
     {"GET", "/v1/templates", templates},

@@ -6,7 +6,7 @@ _ringwell() {
 
     local commands="serve open send ring stop-all channels channel preview events why trace
         clear-history stats alarms alarm permission setup-test diagnostics rule
-        templates status settings capture devices help"
+        templates status settings capture devices watch help"
 
     if ((cword == 1)); then
         COMPREPLY=($(compgen -W "$commands --help --version" -- "$cur"))
@@ -21,6 +21,10 @@ _ringwell() {
         settings) ((cword == 2)) && COMPREPLY=($(compgen -W "ringThroughMute alarmVolume" -- "$cur")) ;;
         capture) ((cword == 2)) && COMPREPLY=($(compgen -W "status on off apps" -- "$cur")) ;;
         devices) ((cword == 2)) && COMPREPLY=($(compgen -W "list add remove" -- "$cur")) ;;
+        watch)
+            ((cword == 2)) && { COMPREPLY=($(compgen -W "list add remove" -- "$cur")); return; }
+            [[ ${words[2]} == add && $cur == -* ]] &&
+                COMPREPLY=($(compgen -W "--every --weekdays --from --to --ring --json" -- "$cur")) ;;
         permission) ((cword == 2)) && COMPREPLY=($(compgen -W "alarms" -- "$cur"))
             ((cword == 3)) && COMPREPLY=($(compgen -W "allow deny" -- "$cur")) ;;
         diagnostics)

@@ -22,7 +22,7 @@ protected:
 
     static WatchExpectation every(const char* app, std::int64_t seconds,
                                   std::optional<ActiveHours> hours = std::nullopt) {
-        return {app, seconds, std::move(hours), {}};
+        return {app, seconds, std::move(hours), {}, std::nullopt};
     }
 };
 
@@ -79,9 +79,68 @@ TEST_F(WatchdogTest, OnlyWatchedHoursCountAndARestartKeepsWhatItKnew) {
     EXPECT_FALSE(restarted.remove("Mail"));
 }
 
+TEST_F(WatchdogTest, ADeviceIsHeardFromWhateverItSendsAndAWatchCanRingAChannel) {
+    Watchdog watchdog(ctx);
+    change(urgent().id, [](Channel& c) { c.rule = appRule("Calendar"); });
+    WatchExpectation watch = every("device:Pixel", 3600);
+    watch.ring = urgent().id;
+    ASSERT_TRUE(watchdog.add(watch));
+    auto fromPixel = send(std::string("Mail"));
+    fromPixel.received.push_back({"Device", "Pixel"});
+    clock.advance(1800);
+    run(NotificationDispatcher::handle(ctx, fromPixel));
+    ASSERT_EQ(watchdog.list()[0].lastHeard, clock.now());
+
+    clock.advance(3600);
+    ASSERT_EQ(run(watchdog.check()).size(), 1u);
+    // The channel rings instead of the notice, and its ring is not heard as
+    // the device's traffic.
+    EXPECT_EQ(service.scheduled.size(), 1u);
+    EXPECT_TRUE(notices.posted.empty());
+    EXPECT_EQ(store.events().front().outcome, FireOutcome::fired);
+    EXPECT_TRUE(watchdog.list()[0].isSilent);
+
+    // A channel deleted since falls back to the notice.
+    const Uuid channel = urgent().id;
+    store.deleteChannel(channel);
+    run(NotificationDispatcher::handle(ctx, fromPixel));
+    clock.advance(3600);
+    ASSERT_EQ(run(watchdog.check()).size(), 1u);
+    EXPECT_EQ(notices.posted.size(), 1u);
+}
+
+TEST_F(WatchdogTest, CaptureThatStopsWorkingIsToldOnceAndClearedWhenItWorksAgain) {
+    Watchdog watchdog(ctx);
+    bool stopped = true;
+    watchdog.watchCapture([&] { return stopped; });
+    // Never working (no desktop session) is nothing to tell.
+    EXPECT_TRUE(run(watchdog.check()).empty());
+
+    stopped = false;
+    EXPECT_TRUE(run(watchdog.check()).empty());
+    const Date worked = clock.now();
+    clock.advance(60);
+    stopped = true;
+    auto told = run(watchdog.check());
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_EQ(told[0].title, "No notifications from desktop capture since 2026-03-01 10:30 "
+                             "\u2014 is forwarding still working?");
+    EXPECT_EQ(watchdog.captureSilentSince(), worked);
+    clock.advance(60);
+    EXPECT_TRUE(run(watchdog.check()).empty());
+    EXPECT_EQ(notices.posted.size(), 1u);
+
+    stopped = false;
+    EXPECT_TRUE(run(watchdog.check()).empty());
+    EXPECT_FALSE(watchdog.captureSilentSince());
+    stopped = true;
+    EXPECT_EQ(run(watchdog.check()).size(), 1u);
+}
+
 TEST_F(WatchdogTest, RefusesWatchesItCannotKeep) {
     Watchdog watchdog(ctx);
     EXPECT_FALSE(watchdog.add(every(" ", 3600)));
+    EXPECT_FALSE(watchdog.add(every("a/b", 3600)));
     EXPECT_FALSE(watchdog.add(every("Mail", 59)));
     EXPECT_FALSE(watchdog.add(every("Mail", 3600, ActiveHours{{}, 0, 0})));
     EXPECT_FALSE(watchdog.add(every("Mail", 3600, ActiveHours{{8}, 0, 0})));

@@ -301,6 +301,32 @@ export interface LanDevices {
   devices: { name: string; addedAt: number }[];
 }
 
+// GET /v1/watches: the watches that an app's notifications keep arriving.
+export interface Watch {
+  app: string;
+  everySeconds: number;
+  hours?: ActiveHours;
+  since: number;
+  ring?: string;
+  summary: string;
+  lastHeard?: number;
+  dueAt?: number;
+  isSilent: boolean;
+  silentSince?: number;
+}
+
+export interface Watches {
+  watches: Watch[];
+  captureSilentSince?: number;
+}
+
+// POST /v1/watches
+export interface NewWatch {
+  app: string;
+  everySeconds: number;
+  hours?: ActiveHours;
+}
+
 // POST /v1/devices: a device just added; its token is shown this once.
 export interface NewLanDevice {
   name: string;

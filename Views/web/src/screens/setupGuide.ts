@@ -18,6 +18,7 @@ import { captureAppsCommand, sendCommand } from '../logic/shell';
 import { captureSteps, mappingStep } from './automation';
 import { setupWarningNote } from './setupTest';
 import { lanDevicesSection } from './lanDevices';
+import { watchesSection } from './watches';
 import { api } from '../api/client';
 import { forget, query, requestRender } from '../state/store';
 
@@ -82,6 +83,7 @@ export function setupGuideScreen(): TemplateResult {
     content: appsToSelect(apps, !result.data && !result.error),
     footer: 'Only selected apps reach Ringwell.',
   })}
+  ${watchesSection(apps)}
   ${section({
     id: 'ready-made',
     title: 'Ready-made automation',

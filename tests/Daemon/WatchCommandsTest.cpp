@@ -1,0 +1,40 @@
+#include "Core/Json.h"
+#include "DaemonFixture.h"
+
+namespace ringwell::testing {
+namespace {
+
+using WatchCommandsTest = DaemonTest;
+
+TEST_F(WatchCommandsTest, AWatchAndItsLastHeardTimeSurviveARestart) {
+    startDaemon();
+    auto bad = ringwell({"watch", "add", "Signal", "--every", "3x"});
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_NE(bad.err.find("\"3x\" is not a duration (like 90m, 3h or 1d)"), std::string::npos)
+        << bad.err;
+    auto tooShort = ringwell({"watch", "add", "Signal", "--every", "30s"});
+    EXPECT_EQ(tooShort.exitCode, 2);
+    EXPECT_NE(tooShort.err.find("between 1 minute and 7 days"), std::string::npos) << tooShort.err;
+
+    auto added = ringwellJson({"watch", "add", "Signal", "--every", "3h", "--weekdays", "mon,fri",
+                               "--from", "09:00", "--to", "17:30", "--json"});
+    EXPECT_EQ(added["summary"], "every 3 h, Mon, Fri 09:00\u201317:30");
+    ringwellJson({"send", "--app", "signal", "--json"});
+    const json::Json heard = ringwellJson({"watch", "list", "--json"})["watches"][0]["lastHeard"];
+    ASSERT_TRUE(heard.is_number());
+
+    ASSERT_EQ(stopDaemon(), 0);
+    startDaemon();
+    auto kept = ringwellJson({"watch", "list", "--json"})["watches"];
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(kept[0]["lastHeard"], heard);
+    EXPECT_NE(ringwell({"watch"}).out.find("Signal  every 3 h"), std::string::npos);
+
+    EXPECT_EQ(ringwell({"watch", "remove", "SIGNAL"}).exitCode, 0);
+    auto again = ringwell({"watch", "remove", "Signal"});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_NE(again.err.find("no watch on Signal"), std::string::npos) << again.err;
+}
+
+} // namespace
+} // namespace ringwell::testing
