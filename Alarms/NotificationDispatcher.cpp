@@ -2,7 +2,7 @@
 
 #include "Alarms/EventRecord.h"
 #include "Alarms/RingwellNotifications.h"
-#include "Alarms/SteadyBudget.h"
+#include "Alarms/RoutingBudget.h"
 #include "Core/Cooldown.h"
 #include "Core/Json.h"
 #include "Core/Router.h"
@@ -91,7 +91,7 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
     std::vector<RoutableChannel> channels;
     for (const Channel& channel : ctx.store.channels())
         channels.push_back({channel.id, channel.isEnabled, channel.rule});
-    MatchBudget budget = steadyRoutingBudget();
+    MatchBudget budget = routingBudget();
     const RouteResult verdict = Router::route(
         notification, channels, ctx.store.notificationHistory(), ctx.calendar(), budget);
 

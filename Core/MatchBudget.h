@@ -13,7 +13,7 @@ namespace ringwell {
 // matching and the evaluation says it was cut short.
 //
 // The core reads no clock: the caller passes a monotonic time source (the
-// daemon's steady clock; a fake one in tests). One budget belongs to one
+// daemon's per-thread CPU clock; a fake one in tests). One budget belongs to one
 // routing on one thread.
 class MatchBudget {
 public:

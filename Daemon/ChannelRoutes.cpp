@@ -1,4 +1,4 @@
-#include "Alarms/SteadyBudget.h"
+#include "Alarms/RoutingBudget.h"
 #include "Core/ChannelLimits.h"
 #include "Core/RuleLimits.h"
 #include "Core/RulePreview.h"
@@ -230,7 +230,7 @@ ApiResult preview(const RouteRequest& request, ApiState& state) {
     const Calendar& calendar = pinned.value();
     // Replaying the history through hostile rules must not hold the loop any
     // longer than one routing may.
-    MatchBudget budget = steadyRoutingBudget();
+    MatchBudget budget = routingBudget();
     auto entries = RulePreview::run(channel.value().id, routable, ctx.store.notificationHistory(),
                                     calendar, budget);
     json::Json list = json::Json::array();

@@ -1,4 +1,4 @@
-#include "Alarms/SteadyBudget.h"
+#include "Alarms/RoutingBudget.h"
 #include "Core/ChannelLimits.h"
 #include "Core/ConnectionStatus.h"
 #include "Core/Json.h"
@@ -15,7 +15,7 @@ namespace {
 json::Json describe(const ChannelRule& rule) {
     // The editor describes the rule on every keystroke; compiling thousands of
     // patterns must not hold the loop any longer than one routing may.
-    MatchBudget budget = steadyRoutingBudget();
+    MatchBudget budget = routingBudget();
     auto invalid = rule.invalidPatterns(budget);
     json::Json available = json::Json::array();
     for (auto condition : RuleConditions::available(rule)) {
