@@ -256,8 +256,9 @@ void LocalAlarmService::save() {
         JsonFile::write(files_.alarms, toJson(AlarmServiceState{authorization_, book_.alarms()}));
     if (!written)
         log(LogLevel::error, "Saving the alarms failed: " + written.error().message);
-    // Every change is saved, so the desktop notices follow from here.
+    // Every change is saved, so the desktop notices and the observers follow from here.
     presenter_.show(book_.alarms());
+    alarmsChanged();
 }
 
 } // namespace ringwell
