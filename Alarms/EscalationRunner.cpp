@@ -96,6 +96,8 @@ void EscalationRunner::track(const Alarm& alarm, const std::vector<Alarm>& held)
         return;
     escalation.channelName = channel->name;
     escalation.title = alarm.configuration.attributes.presentation.alert.title;
+    if (escalation.title.empty())
+        escalation.title = channel->name;
     escalation.steps = channel->escalation;
     escalation.start = alarm.fireDate.value_or(ctx_.clock.now());
     // After a restart the steps already recorded are not run again.

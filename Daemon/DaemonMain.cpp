@@ -5,6 +5,7 @@
 #include "Alarms/AlarmAuthorization.h"
 #include "Alarms/AlarmScheduler.h"
 #include "Alarms/AppContext.h"
+#include "Alarms/EscalationRunner.h"
 #include "Alarms/CaptureRelay.h"
 #include "Alarms/SetupTestController.h"
 #include "Core/Json.h"
@@ -28,6 +29,7 @@
 #include "Platform/InstalledData.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
+#include "Platform/WebhookClient.h"
 #include "Platform/NotificationCapture.h"
 #include "Platform/NotifierDBus.h"
 #include "Platform/SettingsFile.h"
@@ -273,6 +275,17 @@ int run(const Options& options) {
     }
     // A click on a notice opens the web app.
     DesktopOpener opener(notices, logger, services.webAddress);
+
+    // Escalation: the channels' steps while an alarm rings unanswered. The
+    // stop link is the alarm's event in the web app; it carries no token.
+    WebhookClient webhookClient(io);
+    EscalationRunner escalation(
+        io, ctx, webhookClient, alarmService,
+        {std::chrono::seconds(5), [&webPort](const Uuid& event) {
+             return webPort ? "http://127.0.0.1:" + std::to_string(webPort) + "/history/" +
+                                  event.toString()
+                            : std::string();
+         }});
     Api::Services webServices = services;
     webServices.feed = &feed;
     webApi = std::make_unique<Api>(ctx, webServices);
