@@ -60,8 +60,7 @@ void EscalationRunner::alarmsChanged() {
         if (dropped > 0)
             log(LogLevel::info, "The alarm of " + it->second.channelName +
                                     " was stopped: " + std::to_string(dropped) +
-                                    " escalation step" + (dropped == 1 ? "" : "s") +
-                                    " cancelled");
+                                    " escalation step" + (dropped == 1 ? "" : "s") + " cancelled");
         it = running_.erase(it);
     }
     for (const auto& alarm : held)
@@ -102,8 +101,8 @@ void EscalationRunner::track(const Alarm& alarm, const std::vector<Alarm>& held)
     escalation.start = alarm.fireDate.value_or(ctx_.clock.now());
     // After a restart the steps already recorded are not run again.
     for (const auto& record : event->escalations)
-        escalation.next =
-            std::max(escalation.next, static_cast<std::size_t>(std::max<std::int64_t>(record.step, 0)));
+        escalation.next = std::max(
+            escalation.next, static_cast<std::size_t>(std::max<std::int64_t>(record.step, 0)));
     escalation.next = std::min(escalation.next, escalation.steps.size());
     running_.emplace(alarm.id, std::move(escalation));
 }
@@ -116,12 +115,10 @@ void EscalationRunner::processDue() {
         for (std::size_t i = 0; i < due; ++i) {
             const std::size_t index = escalation.next++;
             ++inFlight_;
-            asio::co_spawn(context_, runStep(escalation, index),
-                           reportEscaped(
-                               [this](const std::string& message) {
-                                   log(LogLevel::error, message);
-                               },
-                               stepName(escalation.channelName, index)));
+            asio::co_spawn(
+                context_, runStep(escalation, index),
+                reportEscaped([this](const std::string& message) { log(LogLevel::error, message); },
+                              stepName(escalation.channelName, index)));
         }
     }
     arm();
@@ -183,7 +180,8 @@ EscalationRecord EscalationRunner::louder(const Running& escalation) {
     EscalationRecord record{0, EscalationAction::louder, ctx_.clock.now(), true,
                             "volume +" + std::to_string(EscalationLimits::louderStepPercent) + "%"};
     AlarmSound sound;
-    if (auto channel = ctx_.store.channel(escalation.channelID); channel && channel->reminderSound) {
+    if (auto channel = ctx_.store.channel(escalation.channelID);
+        channel && channel->reminderSound) {
         sound = {AlarmTones::alertSoundName(*channel->reminderSound)};
         record.detail += ", tone " + label(*channel->reminderSound);
     }
@@ -193,11 +191,10 @@ EscalationRecord EscalationRunner::louder(const Running& escalation) {
 
 Awaitable<EscalationRecord> EscalationRunner::notice(const Running& escalation) {
     EscalationRecord record{0, EscalationAction::notice, ctx_.clock.now(), true, "notice shown"};
-    NoticeRequest request{"escalation-" + escalation.eventID.toString(),
-                          "Still ringing: " + escalation.channelName,
-                          escalation.title + " (ringing since " +
-                              formatIso8601(escalation.start) + ")",
-                          "ringwell-escalation"};
+    NoticeRequest request{
+        "escalation-" + escalation.eventID.toString(), "Still ringing: " + escalation.channelName,
+        escalation.title + " (ringing since " + formatIso8601(escalation.start) + ")",
+        "ringwell-escalation"};
     try {
         co_await ctx_.notices.add(std::move(request));
     } catch (const std::exception& error) {
@@ -215,12 +212,11 @@ Awaitable<EscalationRecord> EscalationRunner::webhook(const Running& escalation,
         record.detail = "the URL is not an http or https URL";
         co_return record;
     }
-    EscalationBody::Values values{
-        escalation.title, escalation.channelName, escalation.start,
-        options_.stopLink ? options_.stopLink(escalation.eventID) : std::string()};
-    auto body =
-        EscalationBody::render(step.body.value_or(std::string(EscalationBody::defaultTemplate)),
-                               values);
+    EscalationBody::Values values{escalation.title, escalation.channelName, escalation.start,
+                                  options_.stopLink ? options_.stopLink(escalation.eventID)
+                                                    : std::string()};
+    auto body = EscalationBody::render(
+        step.body.value_or(std::string(EscalationBody::defaultTemplate)), values);
     WebhookRequest request{*url, {}, body.contentType, body.text};
     for (const auto& [name, value] : step.headers)
         request.headers.emplace_back(name, EscalationBody::renderHeader(value, values));
@@ -244,8 +240,8 @@ Awaitable<EscalationRecord> EscalationRunner::webhook(const Running& escalation,
     record.ok = reply.ok;
     record.detail = reply.detail;
     if (attempt > 1)
-        record.detail += " (attempt " + std::to_string(attempt) + " of " +
-                         std::to_string(attempts) + ")";
+        record.detail +=
+            " (attempt " + std::to_string(attempt) + " of " + std::to_string(attempts) + ")";
     co_return record;
 }
 

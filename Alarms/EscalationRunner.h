@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Alarms/AppContext.h"
 #include "Alarms/AlarmAmplifier.h"
+#include "Alarms/AppContext.h"
 #include "Alarms/WebhookSender.h"
 #include "Core/Escalation.h"
 #include "Shared/Asio.h"

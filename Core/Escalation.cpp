@@ -171,13 +171,13 @@ std::optional<WebhookUrl> parseWebhookUrl(std::string_view text) {
         url.host = std::string(authority.substr(0, colon));
         port = colon == std::string_view::npos ? "" : authority.substr(colon + 1);
     }
-    if (url.host.empty() ||
-        std::any_of(url.host.begin(), url.host.end(),
-                    [](unsigned char c) { return c <= ' ' || c == '/' || c == '\\'; }))
+    if (url.host.empty() || std::any_of(url.host.begin(), url.host.end(), [](unsigned char c) {
+            return c <= ' ' || c == '/' || c == '\\';
+        }))
         return std::nullopt;
     if (!port.empty()) {
-        if (port.size() > 5 || !std::all_of(port.begin(), port.end(),
-                                            [](unsigned char c) { return std::isdigit(c); }))
+        if (port.size() > 5 ||
+            !std::all_of(port.begin(), port.end(), [](unsigned char c) { return std::isdigit(c); }))
             return std::nullopt;
         const int number = std::stoi(std::string(port));
         if (number < 1 || number > 65535)
@@ -230,8 +230,7 @@ std::vector<std::string> problems(const std::vector<EscalationStep>& steps) {
                 found.push_back(name + "the header \"" + header + "\" is set by Ringwell.");
             seen.push_back(lowered(header));
             if (value.find_first_of("\r\n") != std::string::npos)
-                found.push_back(name + "the value of \"" + header +
-                                "\" must be on one line.");
+                found.push_back(name + "the value of \"" + header + "\" must be on one line.");
         }
         if (step.body && step.body->size() > maxBodyBytes)
             found.push_back(name + "the body is longer than " + std::to_string(maxBodyBytes) +
@@ -255,7 +254,8 @@ Rendered render(std::string_view bodyTemplate, const Values& values) {
 
 std::string renderHeader(std::string_view valueTemplate, const Values& values) {
     std::string text = substitute(std::string(valueTemplate), values);
-    std::replace_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
     return text;
 }
 

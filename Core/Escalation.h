@@ -126,8 +126,7 @@ namespace EscalationSchedule {
 std::size_t dueCount(const std::vector<EscalationStep>& steps, Date start, std::size_t next,
                      Date now);
 // When step `next` is due; none past the last step.
-std::optional<Date> nextDue(const std::vector<EscalationStep>& steps, Date start,
-                            std::size_t next);
+std::optional<Date> nextDue(const std::vector<EscalationStep>& steps, Date start, std::size_t next);
 } // namespace EscalationSchedule
 
 } // namespace ringwell

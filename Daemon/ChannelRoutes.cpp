@@ -130,7 +130,8 @@ ApiResult addChannel(const RouteRequest& request, ApiState& state) {
         return channelRule.error();
     if (auto refused = overLimits(channelRule.value()))
         return *refused;
-    return ApiResponse::json(channelForApi(state.ctx.store.addChannel(name, channelRule.value())), 201);
+    return ApiResponse::json(channelForApi(state.ctx.store.addChannel(name, channelRule.value())),
+                             201);
 }
 
 ApiResult updateChannel(const RouteRequest& request, ApiState& state) {

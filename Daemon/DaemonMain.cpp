@@ -5,8 +5,8 @@
 #include "Alarms/AlarmAuthorization.h"
 #include "Alarms/AlarmScheduler.h"
 #include "Alarms/AppContext.h"
-#include "Alarms/EscalationRunner.h"
 #include "Alarms/CaptureRelay.h"
+#include "Alarms/EscalationRunner.h"
 #include "Alarms/SetupTestController.h"
 #include "Core/Json.h"
 #include "Core/SoundSettings.h"
@@ -29,13 +29,13 @@
 #include "Platform/InstalledData.h"
 #include "Platform/JournalLogger.h"
 #include "Platform/LocalAlarmService.h"
-#include "Platform/WebhookClient.h"
 #include "Platform/NotificationCapture.h"
 #include "Platform/NotifierDBus.h"
 #include "Platform/SettingsFile.h"
 #include "Platform/SystemInfo.h"
 #include "Platform/SystemTimeZone.h"
 #include "Platform/Systemd.h"
+#include "Platform/WebhookClient.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>
@@ -279,13 +279,13 @@ int run(const Options& options) {
     // Escalation: the channels' steps while an alarm rings unanswered. The
     // stop link is the alarm's event in the web app; it carries no token.
     WebhookClient webhookClient(io);
-    EscalationRunner escalation(
-        io, ctx, webhookClient, alarmService,
-        {std::chrono::seconds(5), [&webPort](const Uuid& event) {
-             return webPort ? "http://127.0.0.1:" + std::to_string(webPort) + "/history/" +
-                                  event.toString()
-                            : std::string();
-         }});
+    EscalationRunner escalation(io, ctx, webhookClient, alarmService,
+                                {std::chrono::seconds(5), [&webPort](const Uuid& event) {
+                                     return webPort
+                                                ? "http://127.0.0.1:" + std::to_string(webPort) +
+                                                      "/history/" + event.toString()
+                                                : std::string();
+                                 }});
     Api::Services webServices = services;
     webServices.feed = &feed;
     webApi = std::make_unique<Api>(ctx, webServices);

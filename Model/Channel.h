@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Core/ChannelRule.h"
-#include "Core/Escalation.h"
 #include "Core/Date.h"
+#include "Core/Escalation.h"
 #include "Core/JsonFwd.h"
 #include "Core/Uuid.h"
 #include "Model/AlarmTone.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Alarms/AlarmAmplifier.h"
 #include "Alarms/Logger.h"
 #include "Alarms/NoticeCenter.h"
-#include "Alarms/AlarmAmplifier.h"
 #include "Core/ObserverList.h"
 #include "Model/Clock.h"
 #include "Platform/AlarmBook.h"

@@ -37,9 +37,10 @@ TEST(EscalationTest, JsonRoundTripsAndAbsentOrNullMeanNoSteps) {
 }
 
 TEST(EscalationTest, LimitsNameEveryProblemByStep) {
-    EXPECT_TRUE(EscalationLimits::problems({webhook(0, "http://homeassistant.local:8123/api/webhook/x"),
-                                            webhook(0, "https://[::1]/")})
-                    .empty());
+    EXPECT_TRUE(
+        EscalationLimits::problems({webhook(0, "http://homeassistant.local:8123/api/webhook/x"),
+                                    webhook(0, "https://[::1]/")})
+            .empty());
     EscalationStep louderWithUrl;
     louderWithUrl.action = EscalationAction::louder;
     louderWithUrl.afterSeconds = 30;
@@ -50,16 +51,17 @@ TEST(EscalationTest, LimitsNameEveryProblemByStep) {
         {louderWithUrl, badHeaders, webhook(86401, "http://user:pw@host/")});
     ASSERT_EQ(problems.size(), 8u) << ::testing::PrintToString(problems);
     EXPECT_EQ(problems[0], "Step 1: only a webhook step takes a URL, headers or a body.");
-    EXPECT_EQ(problems[1], "Step 2: it comes after step 1, so it cannot be due earlier (10 s < 30 s).");
+    EXPECT_EQ(problems[1],
+              "Step 2: it comes after step 1, so it cannot be due earlier (10 s < 30 s).");
     EXPECT_NE(problems[2].find("http:// or https://"), std::string::npos);
     EXPECT_NE(problems[3].find("\"Bad Name\" is not a header name"), std::string::npos);
     EXPECT_NE(problems[4].find("must be on one line"), std::string::npos);
     EXPECT_NE(problems[5].find("given twice"), std::string::npos);
     EXPECT_NE(problems[6].find("from 0 to 86400"), std::string::npos);
     EXPECT_NE(problems[7].find("no user name or password"), std::string::npos);
-    EXPECT_EQ(EscalationLimits::problems(std::vector<EscalationStep>(11, webhook(0, "http://h")))
-                  .front(),
-              "An escalation can have at most 10 steps; this one has 11.");
+    EXPECT_EQ(
+        EscalationLimits::problems(std::vector<EscalationStep>(11, webhook(0, "http://h"))).front(),
+        "An escalation can have at most 10 steps; this one has 11.");
 }
 
 TEST(EscalationTest, UrlsSplitIntoHostPortAndTarget) {
@@ -76,8 +78,9 @@ TEST(EscalationTest, BodiesEscapeValuesInJsonAndKeepThemInText) {
                                   "http://127.0.0.1:7383/history/E"};
     auto json = EscalationBody::render(EscalationBody::defaultTemplate, values);
     EXPECT_EQ(json.contentType, "application/json");
-    EXPECT_EQ(json.text, R"({"title":"Say \"hi\"\n","channel":"Prod","time":"2026-01-01T00:00:00Z",)"
-                         R"("stopLink":"http://127.0.0.1:7383/history/E"})");
+    EXPECT_EQ(json.text,
+              R"({"title":"Say \"hi\"\n","channel":"Prod","time":"2026-01-01T00:00:00Z",)"
+              R"("stopLink":"http://127.0.0.1:7383/history/E"})");
     auto text = EscalationBody::render("{{channel}} rings: {{title}} {{unknown}}", values);
     EXPECT_EQ(text.contentType, "text/plain; charset=utf-8");
     EXPECT_EQ(text.text, "Prod rings: Say \"hi\"\n {{unknown}}");

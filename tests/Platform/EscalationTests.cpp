@@ -40,12 +40,13 @@ public:
 class EscalationTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        server = HttpServer::onLoopback(io, 0, [this](ApiRequest request) -> Awaitable<ApiResponse> {
-            received.push_back(request);
-            ApiResponse response = ApiResponse::text("ok");
-            response.status = answerStatus;
-            co_return response;
-        });
+        server =
+            HttpServer::onLoopback(io, 0, [this](ApiRequest request) -> Awaitable<ApiResponse> {
+                received.push_back(request);
+                ApiResponse response = ApiResponse::text("ok");
+                response.status = answerStatus;
+                co_return response;
+            });
     }
 
     // The seeded channel with these steps, and its alarm `alarm` ringing now.
@@ -94,7 +95,9 @@ protected:
         ASSERT_EQ(runner->stepsInFlight(), 0u);
     }
 
-    const std::vector<EscalationRecord>& records() const { return store.events().front().escalations; }
+    const std::vector<EscalationRecord>& records() const {
+        return store.events().front().escalations;
+    }
 
     static EscalationStep step(std::int64_t after, EscalationAction action) {
         EscalationStep result;
@@ -105,7 +108,8 @@ protected:
     EscalationStep webhook(std::int64_t after) const {
         EscalationStep result = step(after, EscalationAction::webhook);
         result.url = webhookUrl();
-        result.headers = {{"Authorization", "Bearer SECRET-TOKEN-42"}, {"Title", "{{channel}} rings"}};
+        result.headers = {{"Authorization", "Bearer SECRET-TOKEN-42"},
+                          {"Title", "{{channel}} rings"}};
         return result;
     }
 
@@ -119,8 +123,8 @@ protected:
     AlarmScheduler scheduler{service, store, clock};
     AlarmAuthorization authorization{service};
     SetupTestController setupTest{defaults, clock};
-    AppContext ctx{store, service, scheduler, authorization, setupTest, notices, defaults, logger,
-                   clock};
+    AppContext ctx{store,   service,  scheduler, authorization, setupTest,
+                   notices, defaults, logger,    clock};
     WebhookClient client{io};
     RecordingAmplifier amplifier;
     std::unique_ptr<HttpServer> server;
