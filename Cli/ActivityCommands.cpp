@@ -37,6 +37,16 @@ std::string eventLine(const json::Json& event) {
         line += "  " + oneLine(what);
     if (event.contains("errorMessage"))
         line += "  [" + event["errorMessage"].get<std::string>() + "]";
+    if (event.contains("escalations") && event["escalations"].is_array()) {
+        std::string steps;
+        for (const auto& record : event["escalations"])
+            steps += (steps.empty() ? "" : "; ") + std::string("step ") +
+                     std::to_string(record.value("step", 0)) + " " +
+                     record.value("action", std::string()) +
+                     (record.value("ok", false) ? " ok" : " failed") + " (" +
+                     record.value("detail", std::string()) + ")";
+        line += "  [escalation: " + steps + "]";
+    }
     return line;
 }
 

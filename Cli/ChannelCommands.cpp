@@ -244,7 +244,9 @@ const Command channelUpdateCommand{"channel update", "Replace a channel with one
 
 Reads a whole channel object in its JSON form (as `ringwell channel add --json`
 or the API print it) from standard input and stores it in place of the channel
-with the same "id".
+with the same "id". Its "escalation" lists what happens while the alarm rings
+unanswered (see the README); header values shown as "••••" keep their stored
+value.
 )",
                                    runChannelUpdate};
 

@@ -31,6 +31,12 @@ std::string_view rawValue(PreviewVerdict::Kind kind) {
 
 } // namespace
 
+json::Json channelForApi(const Channel& channel) {
+    Channel shown = channel;
+    shown.escalation = EscalationSecrets::masked(std::move(shown.escalation));
+    return toJson(shown);
+}
+
 json::Json eventWithLabel(const FireEvent& event) {
     json::Json out = toJson(event);
     out["label"] = label(event.outcome);

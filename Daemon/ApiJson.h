@@ -10,6 +10,10 @@ namespace ringwell {
 
 // JSON forms the API adds to the records' own.
 
+// The channel's own form with every escalation header value masked: the API
+// never gives a secret back (an update that sends the mask keeps the value).
+json::Json channelForApi(const Channel& channel);
+
 // The event's own form followed by "label" and "icon", the outcome's shared
 // display mapping.
 json::Json eventWithLabel(const FireEvent& event);

@@ -26,10 +26,20 @@ std::optional<Error> overLimits(const ChannelRule& rule) {
     return Error{"\"rule\": " + message, Error::Kind::invalidInput};
 }
 
+// An escalation past its limits is refused with every reason, before anything is saved.
+std::optional<Error> escalationProblems(const std::vector<EscalationStep>& steps) {
+    std::string message;
+    for (const auto& problem : EscalationLimits::problems(steps))
+        message += (message.empty() ? "" : " ") + problem;
+    if (message.empty())
+        return std::nullopt;
+    return Error{"\"escalation\": " + message, Error::Kind::invalidInput};
+}
+
 json::Json channelList(const RingwellStore& store) {
     json::Json out = json::Json::array();
     for (const auto& channel : store.channels())
-        out.push_back(toJson(channel));
+        out.push_back(channelForApi(channel));
     return out;
 }
 
@@ -63,7 +73,7 @@ ApiResult channelLikeEvent(AppContext& ctx, const json::Json& likeEvent,
             return *refused;
         ctx.store.update(channel);
     }
-    return ApiResponse::json(toJson(*ctx.store.channel(channel.id)), 201);
+    return ApiResponse::json(channelForApi(*ctx.store.channel(channel.id)), 201);
 }
 
 // The rule a new channel starts with: a template's, the one given, or the blank rule.
@@ -93,7 +103,7 @@ ApiResult getChannel(const RouteRequest& request, ApiState& state) {
     auto channel = resolveChannel(state.ctx.store, request.parameter("channel"));
     if (!channel)
         return channel.error();
-    return ApiResponse::json(toJson(channel.value()));
+    return ApiResponse::json(channelForApi(channel.value()));
 }
 
 ApiResult addChannel(const RouteRequest& request, ApiState& state) {
@@ -120,7 +130,8 @@ ApiResult addChannel(const RouteRequest& request, ApiState& state) {
         return channelRule.error();
     if (auto refused = overLimits(channelRule.value()))
         return *refused;
-    return ApiResponse::json(toJson(state.ctx.store.addChannel(name, channelRule.value())), 201);
+    return ApiResponse::json(channelForApi(state.ctx.store.addChannel(name, channelRule.value())),
+                             201);
 }
 
 ApiResult updateChannel(const RouteRequest& request, ApiState& state) {
@@ -150,8 +161,14 @@ ApiResult updateChannel(const RouteRequest& request, ApiState& state) {
     channel.snoozeSeconds = ChannelLimits::clampSnooze(channel.snoozeSeconds);
     if (auto refused = overLimits(channel.rule))
         return *refused;
+    if (auto missing = EscalationSecrets::restore(channel.escalation, stored->escalation))
+        return Error{"\"escalation\": the header \"" + *missing +
+                         "\" is masked, but no stored value is known for it; give its value",
+                     Error::Kind::invalidInput};
+    if (auto refused = escalationProblems(channel.escalation))
+        return *refused;
     ctx.store.update(channel);
-    return ApiResponse::json(toJson(*ctx.store.channel(id.value())));
+    return ApiResponse::json(channelForApi(*ctx.store.channel(id.value())));
 }
 
 ApiResult deleteChannel(const RouteRequest& request, ApiState& state) {

@@ -6,6 +6,7 @@
 #include "Alarms/AlarmScheduler.h"
 #include "Alarms/AppContext.h"
 #include "Alarms/CaptureRelay.h"
+#include "Alarms/EscalationRunner.h"
 #include "Alarms/SetupTestController.h"
 #include "Alarms/Watchdog.h"
 #include "Core/Json.h"
@@ -35,6 +36,7 @@
 #include "Platform/SystemInfo.h"
 #include "Platform/SystemTimeZone.h"
 #include "Platform/Systemd.h"
+#include "Platform/WebhookClient.h"
 #include "Shared/Asio.h"
 
 #include <boost/asio/signal_set.hpp>
@@ -301,6 +303,17 @@ int run(const Options& options) {
     }
     // A click on a notice opens the web app.
     DesktopOpener opener(notices, logger, services.webAddress);
+
+    // Escalation: the channels' steps while an alarm rings unanswered. The
+    // stop link is the alarm's event in the web app; it carries no token.
+    WebhookClient webhookClient(io);
+    EscalationRunner escalation(io, ctx, webhookClient, alarmService,
+                                {std::chrono::seconds(5), [&webPort](const Uuid& event) {
+                                     return webPort
+                                                ? "http://127.0.0.1:" + std::to_string(webPort) +
+                                                      "/history/" + event.toString()
+                                                : std::string();
+                                 }});
     Api::Services webServices = services;
     webServices.feed = &feed;
     webApi = std::make_unique<Api>(ctx, webServices);

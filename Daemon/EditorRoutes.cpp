@@ -3,6 +3,7 @@
 #include "Core/ConnectionStatus.h"
 #include "Core/Json.h"
 #include "Core/RuleTemplate.h"
+#include "Daemon/ApiJson.h"
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/RouteSupport.h"
 #include "Model/AlarmTone.h"
@@ -119,7 +120,7 @@ ApiResult channelViews(const RouteRequest&, ApiState& state) {
         json::Json connection{{"count", status.count}, {"label", status.label(now)}};
         if (status.lastTriggered)
             connection["lastTriggered"] = json::dateValue(*status.lastTriggered);
-        views.push_back(json::Json{{"channel", toJson(channel)},
+        views.push_back(json::Json{{"channel", channelForApi(channel)},
                                    {"modeBadge", modeBadge(channel.mode, channel.countdownSeconds)},
                                    {"ruleSummary", channel.rule.summary()},
                                    {"connection", std::move(connection)}});

@@ -36,6 +36,8 @@ json::Json toJson(const Channel& channel) {
         out["reminderSound"] = toJson(*channel.reminderSound);
     out["rule"] = toJson(channel.rule);
     out["createdAt"] = json::dateValue(channel.createdAt);
+    if (!channel.escalation.empty())
+        out["escalation"] = toJson(channel.escalation);
     return out;
 }
 
@@ -67,6 +69,7 @@ Channel channelFromJson(const json::Json& value, Date now) {
     if (const auto* rule = json::member(value, "rule"))
         channel.rule = ruleFromJson(*rule);
     channel.createdAt = json::optionalDate(value, "createdAt").value_or(now);
+    channel.escalation = escalationFromJson(json::member(value, "escalation"));
     return channel;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Core/ChannelRule.h"
 #include "Core/Date.h"
+#include "Core/Escalation.h"
 #include "Core/JsonFwd.h"
 #include "Core/Uuid.h"
 #include "Model/AlarmTone.h"
@@ -41,6 +42,8 @@ struct Channel {
     std::optional<AlarmTone> reminderSound; // the follow-ups' tone; absent means `sound`
     ChannelRule rule;
     Date createdAt;
+    // What happens while the alarm rings unanswered, in order; empty: nothing.
+    std::vector<EscalationStep> escalation;
 
     // A new channel: a fresh id; the given name, or the rule's suggested name
     // with automatic naming on when no name is given; every other field at its
@@ -56,12 +59,14 @@ struct Channel {
     bool operator==(const Channel&) const = default;
 };
 
-// The 17 keys in declaration order; `reminderSound` only when present.
+// The keys in declaration order; `reminderSound` only when present,
+// `escalation` only when it has steps.
 json::Json toJson(const Channel& channel);
 // `id` and `name` are required; every other key may be missing and takes the
 // member default above, `createdAt` the moment `now` of decoding. A key with a
 // value of the wrong type (null included) or an unknown `mode` throws
-// json::DecodeError; an unknown tone reads as `system`.
+// json::DecodeError; an unknown tone reads as `system`. An absent or null
+// `escalation` reads as no steps.
 Channel channelFromJson(const json::Json& value, Date now);
 
 } // namespace ringwell

@@ -102,6 +102,12 @@ json::Json toJson(const FireEvent& event) {
     out["outcome"] = std::string(rawValue(event.outcome));
     putOptional(out, "errorMessage", event.errorMessage, same);
     out["isTest"] = event.isTest;
+    if (!event.escalations.empty()) {
+        json::Json records = json::Json::array();
+        for (const auto& record : event.escalations)
+            records.push_back(toJson(record));
+        out["escalations"] = std::move(records);
+    }
     return out;
 }
 
@@ -137,6 +143,9 @@ FireEvent fireEventFromJson(const json::Json& value) {
     event.outcome = *decoded;
     event.errorMessage = json::optionalString(value, "errorMessage");
     event.isTest = json::requireBool(value, "isTest");
+    if (const auto* records = json::optionalArray(value, "escalations"))
+        for (const auto& record : *records)
+            event.escalations.push_back(escalationRecordFromJson(record));
     return event;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Core/Date.h"
+#include "Core/Escalation.h"
 #include "Core/JsonFwd.h"
 #include "Core/NotificationInfo.h"
 #include "Core/Uuid.h"
@@ -67,6 +68,8 @@ struct FireEvent {
     FireOutcome outcome = FireOutcome::noMatch;
     std::optional<std::string> errorMessage; // the reason of a `failed` event
     bool isTest = false;
+    // What the channel's escalation did while this event's alarm rang, in order.
+    std::vector<EscalationRecord> escalations;
 
     // The notification again: absent texts as empty ones, dated `receivedAt`,
     // not time-sensitive unless recorded so, `received` as recorded.
@@ -80,7 +83,7 @@ struct FireEvent {
 // that rules, previews and traces replay.
 bool isForwardedNotification(const FireEvent& event);
 
-// The keys in declaration order; absent optionals are left out.
+// The keys in declaration order; absent optionals and empty `escalations` are left out.
 json::Json toJson(const FireEvent& event);
 // `id`, `receivedAt`, `firedAt`, `outcome` and `isTest` are required; a missing
 // or mistyped key (null included) or an unknown outcome throws json::DecodeError.

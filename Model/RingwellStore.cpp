@@ -55,6 +55,14 @@ void repair(Channel& channel) {
     repair(channel.name);
     repair(channel.tintHex);
     repair(channel.rule);
+    for (auto& step : channel.escalation) {
+        repair(step.url);
+        repair(step.body);
+        for (auto& [name, value] : step.headers) {
+            repair(name);
+            repair(value);
+        }
+    }
 }
 
 void repair(FireEvent& event) {
@@ -460,6 +468,19 @@ void RingwellStore::log(FireEvent event) {
     }
     save();
     notify(StoreChange::events);
+}
+
+void RingwellStore::recordEscalation(const Uuid& eventID, EscalationRecord record) {
+    repair(record.detail);
+    for (std::size_t i = 0; i < events_.size(); ++i) {
+        if (events_[i].id != eventID)
+            continue;
+        events_[i].escalations.push_back(std::move(record));
+        encodedEvents_[i] = json::encode(toJson(events_[i]));
+        save();
+        notify(StoreChange::events);
+        return;
+    }
 }
 
 void RingwellStore::clearEvents() {

@@ -159,6 +159,9 @@ public:
     void moveChannels(const std::set<std::size_t>& positions, std::size_t destination);
     // Records an event at the front of the log, dropping the oldest beyond 200.
     void log(FireEvent event);
+    // Adds what an escalation step did to the event with this id; nothing
+    // when the event has left the log.
+    void recordEscalation(const Uuid& eventID, EscalationRecord record);
     // Empties the log. Always saves and notifies.
     void clearEvents();
 

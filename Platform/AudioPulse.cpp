@@ -117,8 +117,11 @@ AudioPulse::~AudioPulse() {
 void AudioPulse::play(const std::filesystem::path& file, const std::string& title,
                       ProblemHandler onProblem) {
     std::optional<BreakthroughSettings> breakthrough;
-    if (options_.settings && !options_.savedSinkFile.empty())
+    if (options_.settings && !options_.savedSinkFile.empty()) {
         breakthrough = options_.settings();
+        breakthrough->alarmVolumePercent =
+            std::min(100, breakthrough->alarmVolumePercent + extraVolume_);
+    }
     {
         std::lock_guard lock(mutex_);
         wanted_ = Request{file, title, std::move(onProblem), breakthrough};

@@ -70,6 +70,7 @@ public:
     void play(const std::filesystem::path& file, const std::string& title,
               ProblemHandler onProblem) override;
     void stop() override;
+    void setExtraVolume(int percent) override { extraVolume_ = percent; }
     AudioStatus status() const;
 
 private:
@@ -94,6 +95,7 @@ private:
 
     asio::io_context& context_;
     Options options_;
+    int extraVolume_ = 0; // main thread
 
     mutable std::mutex mutex_;
     std::condition_variable wake_;

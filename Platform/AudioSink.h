@@ -38,6 +38,10 @@ public:
                       ProblemHandler onProblem) = 0;
     // Silences the sink; nothing happens when it is already silent.
     virtual void stop() = 0;
+    // Percent of full volume added to the alarm volume from the next `play`
+    // on (an escalation's "louder" step); 0 puts it back. A sink that does
+    // not raise the output ignores it.
+    virtual void setExtraVolume(int percent) { (void)percent; }
 };
 
 } // namespace ringwell

@@ -139,6 +139,19 @@ void LocalAlarmService::snooze(const Uuid& id) {
     armTimer();
 }
 
+void LocalAlarmService::louder(const std::vector<Uuid>& alarms, int percent, AlarmSound sound) {
+    extraVolume_ = std::min(100, extraVolume_ + percent);
+    audio_.setExtraVolume(extraVolume_);
+    for (const auto& id : alarms)
+        if (sound.named && book_.find(id))
+            escalatedSounds_[id] = sound;
+    // Played again, the tone picks up the new volume and sound.
+    if (sounding_ && std::find(alarms.begin(), alarms.end(), *sounding_) != alarms.end()) {
+        sounding_.reset();
+        updateSound();
+    }
+}
+
 void LocalAlarmService::processDueAlarms() {
     const auto started = book_.advance(clock_.now());
     if (!started.empty()) {
@@ -166,10 +179,15 @@ void LocalAlarmService::updateSound() {
             (!loudest || alarm.fireDate.value_or(Date{}) >= loudest->fireDate.value_or(Date{})))
             loudest = &alarm;
     }
+    std::erase_if(escalatedSounds_, [&](const auto& entry) { return !book_.find(entry.first); });
     if (!loudest) {
         if (sounding_) {
             sounding_.reset();
             audio_.stop();
+        }
+        if (extraVolume_ != 0) {
+            extraVolume_ = 0;
+            audio_.setExtraVolume(0);
         }
         return;
     }
@@ -177,7 +195,10 @@ void LocalAlarmService::updateSound() {
         return;
     sounding_ = loudest->id;
 
-    auto file = alarmSoundFile(loudest->configuration.sound, files_.sounds, files_.defaultTone);
+    auto escalated = escalatedSounds_.find(loudest->id);
+    const AlarmSound& sound =
+        escalated != escalatedSounds_.end() ? escalated->second : loudest->configuration.sound;
+    auto file = alarmSoundFile(sound, files_.sounds, files_.defaultTone);
     if (!file) {
         log(LogLevel::error, "No tone file for alarm " + loudest->id.toString() + " (not even " +
                                  files_.defaultTone.string() + "): it alerts without sound");
@@ -256,8 +277,9 @@ void LocalAlarmService::save() {
         JsonFile::write(files_.alarms, toJson(AlarmServiceState{authorization_, book_.alarms()}));
     if (!written)
         log(LogLevel::error, "Saving the alarms failed: " + written.error().message);
-    // Every change is saved, so the desktop notices follow from here.
+    // Every change is saved, so the desktop notices and the observers follow from here.
     presenter_.show(book_.alarms());
+    alarmsChanged();
 }
 
 } // namespace ringwell

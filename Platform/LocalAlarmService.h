@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Alarms/AlarmAmplifier.h"
 #include "Alarms/Logger.h"
 #include "Alarms/NoticeCenter.h"
 #include "Core/ObserverList.h"
@@ -56,7 +57,10 @@ namespace ringwell {
 // notices and the audio problem reports come back there. The clock, sink,
 // notice centre and logger must outlive the service. Operations that fail
 // throw AlarmServiceError (see AlarmBook for which).
-class LocalAlarmService final : public AlarmService {
+//
+// Escalation (AlarmAmplifier): "louder" adds to the volume the ringing alarm is
+// raised to and may switch its tone; both end with the last alerting alarm.
+class LocalAlarmService final : public AlarmService, public AlarmAmplifier {
 public:
     static constexpr const char* fileName = "alarms.json";
     static constexpr const char* logCategory = "AlarmService";
@@ -96,6 +100,7 @@ public:
     void pause(const Uuid& id) override;
     void resume(const Uuid& id) override;
     void snooze(const Uuid& id) override;
+    void louder(const std::vector<Uuid>& alarms, int percent, AlarmSound sound) override;
 
     // Makes every alarm whose countdown has ended at the clock's now alert.
     // The timer calls it; tests call it after moving their clock.
@@ -124,6 +129,9 @@ private:
 
     // The alarm whose tone the sink plays now.
     std::optional<Uuid> sounding_;
+    // What "louder" steps changed: the added volume and the tones switched to.
+    int extraVolume_ = 0;
+    std::map<Uuid, AlarmSound> escalatedSounds_;
     bool loggedPermissionHint_ = false;
     bool loggedMissingAudio_ = false;
 

@@ -41,8 +41,10 @@ bool SinkGuard::apply(const PulseSink& sink, SinkLevel level) {
 }
 
 void SinkGuard::begin(std::uint32_t index, const BreakthroughSettings& settings) {
-    if (saved_)
+    if (saved_) {
+        raiseFurther(settings);
         return;
+    }
     auto sink = pulse_.sinkByIndex(index);
     if (!sink)
         return;
@@ -54,6 +56,19 @@ void SinkGuard::begin(std::uint32_t index, const BreakthroughSettings& settings)
     fade_.assign(steps.begin(), steps.end());
     log_("Raising " + sink->name + " from " + describe(sink->level) + " to " + describe(*target) +
          " while the alarm rings");
+    step();
+}
+
+void SinkGuard::raiseFurther(const BreakthroughSettings& settings) {
+    auto sink = pulse_.sinkByName(saved_->sink);
+    if (!sink || !SinkBreakthrough::untouched(sink->level, *saved_))
+        return;
+    auto target = SinkBreakthrough::target(sink->level, settings, sink->headphones);
+    if (!target)
+        return;
+    auto steps = SinkBreakthrough::fadeSteps(sink->level, *target);
+    fade_.assign(steps.begin(), steps.end());
+    log_("Raising " + sink->name + " further to " + describe(*target) + " while the alarm rings");
     step();
 }
 

@@ -30,7 +30,8 @@ public:
               std::function<void(const std::string&)> log);
 
     // Unmutes and starts raising sink `index` as `settings` say; nothing when
-    // it is already raised or loud enough.
+    // it is loud enough. Already raised, it fades on up to a higher alarm
+    // volume (an escalation's "louder" step), unless the person has moved it.
     void begin(std::uint32_t index, const BreakthroughSettings& settings);
     // When the next fade step is due; none when not fading.
     std::optional<Clock::time_point> nextStep() const;
@@ -44,6 +45,7 @@ public:
     bool isActive() const { return saved_.has_value(); }
 
 private:
+    void raiseFurther(const BreakthroughSettings& settings);
     bool apply(const PulseSink& sink, SinkLevel level);
     bool save();
     void finish(const SavedSink& saved);

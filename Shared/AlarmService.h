@@ -2,6 +2,7 @@
 
 #include "Core/Date.h"
 #include "Core/JsonFwd.h"
+#include "Core/ObserverList.h"
 #include "Core/Uuid.h"
 #include "Shared/AlarmIntents.h"
 #include "Shared/Asio.h"
@@ -153,6 +154,20 @@ public:
     // The secondary button with the countdown behaviour: silences an alerting
     // alarm and restarts its post-alert countdown.
     virtual void snooze(const Uuid& id) = 0;
+
+    // Told after every change of the alarms (scheduled, alerting, snoozed,
+    // paused, stopped, cancelled), synchronously on the main thread; an
+    // observer reads `alarms()` and must not change them from within.
+    [[nodiscard]] std::uint64_t observeAlarms(std::function<void()> observer) {
+        return alarmObservers_.subscribe(std::move(observer));
+    }
+    void stopObservingAlarms(std::uint64_t token) { alarmObservers_.unsubscribe(token); }
+
+protected:
+    void alarmsChanged() { alarmObservers_.notify(); }
+
+private:
+    ObserverList<> alarmObservers_;
 };
 
 // JSON forms, for the local API and for the service's own file.

@@ -56,6 +56,12 @@ Channel fullChannel() {
     channel.rule.activeHours = ActiveHours{{2, 3, 4}, 22 * 60, 7 * 60};
     channel.rule.frequency = FrequencyCondition{3, 600};
     channel.createdAt = Date{761234567.25};
+    channel.escalation = {EscalationStep{60, EscalationAction::louder, "", {}, std::nullopt},
+                          EscalationStep{300,
+                                         EscalationAction::webhook,
+                                         "https://ntfy.example.org/t",
+                                         {{"Title", "{{channel}}"}},
+                                         "{{title}}"}};
     return channel;
 }
 
@@ -91,8 +97,10 @@ TEST(ChannelJsonTest, PresentKeyOfTheWrongTypeFails) {
 TEST(ChannelJsonTest, NoReminderSoundWritesNoKey) {
     Channel channel = fullChannel();
     channel.reminderSound.reset();
+    channel.escalation.clear();
     json::Json encoded = toJson(channel);
     EXPECT_FALSE(encoded.contains("reminderSound"));
+    EXPECT_FALSE(encoded.contains("escalation"));
 }
 
 TEST(ChannelJsonTest, EveryFieldRoundTripsEqual) {

@@ -58,7 +58,17 @@ public:
     }
 
     // An alarm held from elsewhere (another ring, an earlier run).
-    void hold(const Uuid& id) { held.push_back(Alarm{id, AlarmState::alerting, {}, {}, {}}); }
+    void hold(const Uuid& id) {
+        held.push_back(Alarm{id, AlarmState::alerting, {}, {}, {}});
+        alarmsChanged();
+    }
+    // Makes a held alarm alert, as its countdown ending at `at` would.
+    void startAlerting(const Uuid& id, Date at) {
+        Alarm& alarm = *findHeld("alert", id);
+        alarm.state = AlarmState::alerting;
+        alarm.fireDate = at;
+        alarmsChanged();
+    }
 
     // MARK: Records
 
@@ -120,6 +130,7 @@ public:
                                     "alarm " + id.toString() + " is already scheduled");
         scheduled.push_back({id, configuration});
         held.push_back(Alarm{id, AlarmState::countdown, std::move(configuration), {}, {}});
+        alarmsChanged();
     }
 
     void stop(const Uuid& id) override { remove("stop", id); }
@@ -147,6 +158,7 @@ public:
             throw AlarmServiceError(AlarmServiceError::Kind::failed,
                                     "alarm " + id.toString() + " cannot be snoozed");
         alarm.state = AlarmState::countdown;
+        alarmsChanged();
     }
 
 private:
@@ -158,13 +170,17 @@ private:
             throw AlarmServiceError(AlarmServiceError::Kind::notFound, "no alarm " + id.toString());
         return found;
     }
-    void remove(const std::string& call, const Uuid& id) { held.erase(findHeld(call, id)); }
+    void remove(const std::string& call, const Uuid& id) {
+        held.erase(findHeld(call, id));
+        alarmsChanged();
+    }
     void change(const std::string& call, const Uuid& id, AlarmState from, AlarmState to) {
         Alarm& alarm = *findHeld(call, id);
         if (alarm.state != from)
             throw AlarmServiceError(AlarmServiceError::Kind::failed,
                                     "alarm " + id.toString() + " cannot " + call + " in its state");
         alarm.state = to;
+        alarmsChanged();
     }
 
     std::map<std::size_t, std::exception_ptr> scheduleFailures_;

@@ -45,6 +45,27 @@ export interface Channel {
   reminderSound?: string;
   rule: ChannelRule;
   createdAt: number;
+  escalation?: EscalationStep[];
+}
+
+export type EscalationAction = 'louder' | 'webhook' | 'notice';
+
+// One step of a channel's escalation; header values come back as "••••".
+export interface EscalationStep {
+  afterSeconds: number;
+  action: EscalationAction;
+  url?: string;
+  headers?: Record<string, string>;
+  body?: string;
+}
+
+// What one step did, recorded on the alarm's event.
+export interface EscalationRecord {
+  step: number;
+  action: EscalationAction;
+  at: number;
+  ok: boolean;
+  detail: string;
 }
 
 export interface ChannelView {
@@ -80,6 +101,7 @@ export interface FireEvent {
   outcome: FireOutcome;
   errorMessage?: string;
   isTest: boolean;
+  escalations?: EscalationRecord[];
   label: string;
   icon: string;
 }

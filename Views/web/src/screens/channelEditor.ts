@@ -18,6 +18,7 @@ import { duration } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, linkRow, loadingNote, screenHeader, section, segmented, selectRow, switchRow } from '../ui/widgets';
 import { ruleEditor } from './ruleEditor';
+import { escalationRefused, escalationSaved, escalationSection } from './escalationEditor';
 import { ChannelDraft } from '../state/channelDraft';
 import { errorMessage } from '../logic/errors';
 import { ruleProblems, type RuleProblems } from '../logic/ruleProblems';
@@ -47,14 +48,17 @@ function stateFor(channelId: string): EditorState {
         save: async (channel) => {
           const stored = await api.updateChannel(channel);
           if (state?.channelId === channelId) state.ruleProblems = {};
+          escalationSaved(channelId, channel.escalation ?? []);
           return stored;
         },
         fetchSequence,
         saved: () => invalidate('channels'),
         failed: (error) => {
           // A rule past the limits: each problem also shows under its list.
-          if (error instanceof ApiError && error.status === 400 && state?.channelId === channelId)
+          if (error instanceof ApiError && error.status === 400 && state?.channelId === channelId) {
             state.ruleProblems = ruleProblems(error.message);
+            escalationRefused(channelId, error.message);
+          }
           showToast(errorMessage(error));
         },
         changed: requestRender,
@@ -474,6 +478,7 @@ export function channelEditorScreen(
       >${editor.toneMessage || 'The play button plays the tone on this computer.'}</span
     >`,
   })}
+  ${escalationSection(channel, (escalation, delay) => edit(editor, (draft) => ({ ...draft, escalation }), delay))}
   ${section({
     content: html`<button
       type="button"

@@ -120,6 +120,20 @@ export function eventDetailScreen(eventId: string): TemplateResult {
     ${event.errorMessage ? row('Error', html`<span class="bad">${event.errorMessage}</span>`) : nothing}
     ${row('Received', fullDate(event.receivedAt))} ${row('Handled', fullDate(event.firedAt))}`,
   })}
+  ${
+    event.escalations?.length
+      ? section({
+          id: 'escalation',
+          title: 'Escalation',
+          content: event.escalations.map((record) =>
+            row(
+              `Step ${record.step}: ${record.action}`,
+              html`<span class=${record.ok ? '' : 'bad'}>${record.detail} · ${fullDate(record.at)}</span>`,
+            ),
+          ),
+        })
+      : nothing
+  }
   ${whySection(event.id)}
   ${section({
     content: html`<button type="button" class="row row-button" @click=${() => void createChannel(event)}>
