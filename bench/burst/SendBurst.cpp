@@ -44,7 +44,7 @@ struct Burst {
 std::string body(const std::string& title) {
     nlohmann::json request = {{"app", "Bench"},
                               {"sender", "Sender " + title},
-                              {"title", title},
+                              {"notificationTitle", title},
                               {"notificationBody",
                                "Could you call me back as soon as you see this? It is about the "
                                "delivery that was due this morning and the customer is waiting "
