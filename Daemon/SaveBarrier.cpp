@@ -8,7 +8,8 @@
 namespace ringwell {
 
 void batchSavesPerLoopTurn(RingwellStore& store, asio::io_context& io) {
-    store.batchSaves([&io](std::function<void()> flush) { asio::post(io, std::move(flush)); });
+    store.batchSaves([&io](std::function<void()> flush) { asio::post(io, std::move(flush)); },
+                     RingwellStore::SaveWrites::onWriterThread);
 }
 
 Awaitable<void> savedToDisk(RingwellStore& store) {

@@ -217,10 +217,12 @@ RingwellStore::RingwellStore(const Clock& clock, std::optional<fs::path> file,
                              std::optional<DirectoryLock> lock, ErrorLog log)
     : clock_(clock), file_(std::move(file)), lock_(std::move(lock)), log_(std::move(log)) {}
 
-// Pending changes still reach the file; the waiters are dropped unheard, as
-// whoever awaited them is being torn down too.
+// Pending changes still reach the file, after the save being written (if any)
+// is done; the waiters are dropped unheard, as whoever awaited them is being
+// torn down too.
 RingwellStore::~RingwellStore() {
     observers_.clear();
+    writer_.reset();
     if (unsaved_)
         write();
 }
@@ -268,9 +270,12 @@ void RingwellStore::save() {
         write();
         return;
     }
-    if (unsaved_)
-        return; // the flush already scheduled takes this change too
     unsaved_ = true;
+    // The flush already scheduled takes this change too; so does the save that
+    // follows the one being written.
+    if (flushScheduled_ || writing_)
+        return;
+    flushScheduled_ = true;
     std::weak_ptr<RingwellStore*> self = self_;
     scheduleFlush_([self] {
         if (auto store = self.lock())
@@ -278,43 +283,102 @@ void RingwellStore::save() {
     });
 }
 
-void RingwellStore::batchSaves(FlushScheduler schedule) {
+void RingwellStore::batchSaves(FlushScheduler schedule, SaveWrites where) {
     scheduleFlush_ = std::move(schedule);
+    if (where == SaveWrites::onWriterThread && file_ && !writer_)
+        writer_ = std::make_unique<FileWriterThread>();
 }
 
 void RingwellStore::whenSaved(std::function<void()> done) {
-    if (!unsaved_) {
+    if (unsaved_)
+        saveWaiters_.push_back(std::move(done));
+    else if (writing_)
+        writingWaiters_.push_back(std::move(done));
+    else
         done();
-        return;
-    }
-    saveWaiters_.push_back(std::move(done));
 }
 
 void RingwellStore::flush() {
+    flushScheduled_ = false;
+    if (writing_)
+        return; // the end of that save starts the next one
     if (unsaved_) {
-        unsaved_ = false;
-        write();
+        startSave();
+        return;
     }
-    // A waiter may change the store again; its change waits for the next flush.
     auto waiters = std::move(saveWaiters_);
     saveWaiters_.clear();
     for (auto& done : waiters)
         done();
 }
 
-void RingwellStore::write() {
-    std::optional<std::string> error;
-    try {
-        auto written = AtomicFile::replace(*file_, snapshotText());
-        if (written)
-            ++saveCount_;
-        else
-            error = written.error().message;
-    } catch (const std::exception& exception) {
-        error = exception.what();
+// Takes every unsaved change into one save. On the writer thread only the
+// file's bytes travel; the result comes back through the flush scheduler,
+// which the daemon makes a post to its loop.
+void RingwellStore::startSave() {
+    unsaved_ = false;
+    auto waiters = std::move(saveWaiters_);
+    saveWaiters_.clear();
+    if (!writer_) {
+        finishSave(writeNow(), std::move(waiters));
+        return;
     }
+    std::string text;
+    try {
+        text = snapshotText();
+    } catch (const std::exception& exception) {
+        finishSave(std::string(exception.what()), std::move(waiters));
+        return;
+    }
+    writing_ = true;
+    writingWaiters_ = std::move(waiters);
+    std::weak_ptr<RingwellStore*> self = self_;
+    writer_->replace(*file_, std::move(text),
+                     [self, schedule = scheduleFlush_](std::optional<std::string> error) {
+                         schedule([self, error = std::move(error)]() mutable {
+                             if (auto store = self.lock())
+                                 (*store)->saveWritten(std::move(error));
+                         });
+                     });
+}
+
+// Back on the store's thread. Changes made during the write go to disk at
+// once in the next save, before this one's waiters run.
+void RingwellStore::saveWritten(std::optional<std::string> error) {
+    writing_ = false;
+    auto waiters = std::move(writingWaiters_);
+    writingWaiters_.clear();
+    if (unsaved_)
+        startSave();
+    finishSave(std::move(error), std::move(waiters));
+}
+
+// A waiter may change the store again; its change waits for the next save.
+void RingwellStore::finishSave(std::optional<std::string> error,
+                               std::vector<std::function<void()>> waiters) {
+    recordSaveResult(std::move(error));
+    for (auto& done : waiters)
+        done();
+}
+
+void RingwellStore::write() {
+    unsaved_ = false;
+    recordSaveResult(writeNow());
+}
+
+std::optional<std::string> RingwellStore::writeNow() const {
+    try {
+        return replaceFile(*file_, snapshotText());
+    } catch (const std::exception& exception) {
+        return std::string(exception.what());
+    }
+}
+
+void RingwellStore::recordSaveResult(std::optional<std::string> error) {
     if (error)
         report("Saving the store failed: " + *error);
+    else
+        ++saveCount_;
     if (error == saveError_)
         return;
     saveError_ = std::move(error);

@@ -10,6 +10,7 @@
 #include "Model/Clock.h"
 #include "Model/DirectoryLock.h"
 #include "Model/ErrorLog.h"
+#include "Model/FileWriterThread.h"
 #include "Model/FireEvent.h"
 
 #include <cstddef>
@@ -52,7 +53,10 @@ enum class StoreChange { channels, events, setupWarning, saveError };
 //
 // Every mutating operation writes the whole snapshot at once, crash-safely
 // (AtomicFile), and then tells the observers; with `batchSaves` the write is
-// instead left to one flush shared by every change made before it runs.
+// instead left to one flush shared by every change made before it runs, and
+// optionally done on a writer thread while the store's thread goes on: changes
+// made while a save is being written wait for the next save, which starts as
+// soon as that one is done (group commit).
 // Writes whose result would equal the stored state are skipped where noted.
 // Save errors never escape: the in-memory state stays as changed, the error
 // goes to the ErrorLog and stays readable as `saveError` until a later save,
@@ -67,7 +71,9 @@ enum class StoreChange { channels, events, setupWarning, saveError };
 // (DirectoryLock) for its whole life: one process owns the file at a time.
 //
 // Threading: not thread-safe. The store lives on the daemon's main thread and
-// every call, including the observers' callbacks, happens there. Observers are
+// every call, including the observers' callbacks, happens there. With writes
+// on the writer thread, only a copy of the file's bytes goes to that thread,
+// and the result comes back through the flush scheduler. Observers are
 // called synchronously after the change (and its save); they may read the
 // store, subscribe, unsubscribe (themselves or others) and even mutate it.
 class RingwellStore {
@@ -204,16 +210,24 @@ public:
     // Runs `flush` later on the store's thread (the daemon posts it to its
     // io_context).
     using FlushScheduler = std::function<void(std::function<void()> flush)>;
+    // Where a batched save writes the file: on the store's thread, which waits
+    // for the write, or on the store's own writer thread (FileWriterThread).
+    enum class SaveWrites { onStoreThread, onWriterThread };
     // From now on a change does not write at once: it marks the state unsaved
     // and asks `schedule` for one flush, which every change made before it
-    // runs shares. Observers are then told before the write.
-    void batchSaves(FlushScheduler schedule);
-    // Calls `done` once every change made so far has been through a save (the
-    // next flush), whether it succeeded or not (see `saveError`); at once when
-    // nothing waits to be saved.
+    // runs shares. Observers are then told before the write. With
+    // `onWriterThread`, the flush hands the file's bytes to the writer thread
+    // and the writer calls `schedule` to bring the result back, so `schedule`
+    // must be safe to call from any thread (asio::post is).
+    void batchSaves(FlushScheduler schedule, SaveWrites where = SaveWrites::onStoreThread);
+    // Calls `done` once every change made so far is in a save that has
+    // completed, whether it succeeded or not (see `saveError`); at once when
+    // nothing is unsaved or being written.
     void whenSaved(std::function<void()> done);
-    // Writes pending changes now and calls the `whenSaved` callbacks. The
-    // destructor writes pending changes too.
+    // Starts a save of pending changes now (on the writer thread, it completes
+    // later), or when none are pending and no save is being written, calls the
+    // `whenSaved` callbacks. The destructor waits for a save being written and
+    // writes pending changes itself.
     void flush();
 
 private:
@@ -225,6 +239,11 @@ private:
     void seed();
     void save();
     void write();
+    std::optional<std::string> writeNow() const;
+    void startSave();
+    void saveWritten(std::optional<std::string> error);
+    void finishSave(std::optional<std::string> error, std::vector<std::function<void()>> waiters);
+    void recordSaveResult(std::optional<std::string> error);
     std::string snapshotText() const;
     void notify(StoreChange change);
     void report(const std::string& message) const;
@@ -244,8 +263,12 @@ private:
     std::optional<std::string> saveError_;
 
     FlushScheduler scheduleFlush_;
-    bool unsaved_ = false;
-    std::vector<std::function<void()>> saveWaiters_;
+    std::unique_ptr<FileWriterThread> writer_;          // with SaveWrites::onWriterThread
+    bool unsaved_ = false;                              // changes that no save has taken yet
+    bool flushScheduled_ = false;                       // a flush is posted and has not run yet
+    bool writing_ = false;                              // a save is on the writer thread
+    std::vector<std::function<void()>> saveWaiters_;    // for the next save
+    std::vector<std::function<void()>> writingWaiters_; // for the save being written
     // Lets a scheduled flush that runs after the store is gone do nothing.
     std::shared_ptr<RingwellStore*> self_ = std::make_shared<RingwellStore*>(this);
 };

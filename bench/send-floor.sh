@@ -4,7 +4,10 @@
 #    against a process that starts and writes a file of the same size
 #    crash-safely (ringwell-write-floor);
 #  - 200 concurrent sends against 200 sequential ones, checking that every
-#    acknowledged send of the burst is in the store file afterwards.
+#    acknowledged send of the burst is in the store file afterwards: once with
+#    `ringwell send` (200 process starts, which the 2 cores here share), once
+#    through the API socket from one process (ringwell-send-burst), which
+#    measures the daemon alone.
 # Targets: median within 1.5x of the floor; the burst under a quarter of the
 # sequential time. Run on a release build: bench/send-floor.sh [BIN_DIR]
 set -euo pipefail
@@ -73,6 +76,16 @@ acked=$(sort -u "$root/acks" | wc -l)
 missing=$(sort -u "$root/acks" | while read -r title; do
     grep -q "\"title\":\"$title\"" "$store" || echo "$title"; done | wc -l)
 
+# The same through the API socket from one process, without process starts.
+socket=$root/run/ringwell/ringwell.sock
+"$bin/ringwell-send-burst" "$socket" sequential 200 socket-sequential- >"$root/socket-sequential"
+"$bin/ringwell-send-burst" "$socket" concurrent 200 socket-burst- >"$root/socket-burst"
+socketSequential=$(sed -n 's/^elapsed_us //p' "$root/socket-sequential")
+socketBurst=$(sed -n 's/^elapsed_us //p' "$root/socket-burst")
+socketAcked=$(grep -vc '^elapsed_us ' "$root/socket-burst")
+socketMissing=$(grep -v '^elapsed_us ' "$root/socket-burst" | while read -r title; do
+    grep -q "\"title\":\"$title\"" "$store" || echo "$title"; done | wc -l)
+
 printf 'store file: %d bytes, %d runs\n' "$size" "$runs"
 printf 'send -> on disk, median: %s\n' "$(ms "$sendMedian")"
 printf 'floor (start + crash-safe write), median: %s\n' "$(ms "$floorMedian")"
@@ -81,4 +94,10 @@ printf '200 sequential sends: %s\n' "$(ms "$sequential")"
 printf '200 concurrent sends: %s\n' "$(ms "$burst")"
 awk -v b="$burst" -v s="$sequential" 'BEGIN { printf "burst / sequential: %.2f (target < 0.25)\n", b / s }'
 printf 'acknowledged burst sends: %d, missing from the file: %d\n' "$acked" "$missing"
-[ "$missing" -eq 0 ]
+printf 'through the socket, 200 sequential sends: %s\n' "$(ms "$socketSequential")"
+printf 'through the socket, 200 concurrent sends: %s\n' "$(ms "$socketBurst")"
+awk -v b="$socketBurst" -v s="$socketSequential" \
+    'BEGIN { printf "through the socket, burst / sequential: %.2f (target < 0.25)\n", b / s }'
+printf 'acknowledged socket burst sends: %d, missing from the file: %d\n' "$socketAcked" \
+    "$socketMissing"
+[ "$missing" -eq 0 ] && [ "$socketMissing" -eq 0 ]

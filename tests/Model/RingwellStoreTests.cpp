@@ -7,7 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
 
 #include <sys/stat.h>
 
@@ -331,6 +335,87 @@ TEST_F(BatchedSaveTest, PendingChangesAreWrittenWhenTheStoreCloses) {
     store.reset();
     runFlushes(); // the flush scheduled for the closed store does nothing
     EXPECT_EQ(onDisk().events.size(), 1u);
+}
+
+// Saves written on the writer thread: the test thread plays the daemon's
+// loop, running what the store posts, in order, as it arrives.
+class WriterThreadSaveTest : public StoreTest {
+protected:
+    std::unique_ptr<RingwellStore> openWithWriter() {
+        auto store = open();
+        store->batchSaves(
+            [this](std::function<void()> task) {
+                {
+                    std::lock_guard lock(mutex);
+                    posted.push_back(std::move(task));
+                }
+                arrived.notify_one();
+            },
+            RingwellStore::SaveWrites::onWriterThread);
+        return store;
+    }
+    // Waits for the next posted task (a flush, or a finished write coming
+    // back) and runs it on this thread.
+    void runNextPosted() {
+        std::function<void()> task;
+        {
+            std::unique_lock lock(mutex);
+            ASSERT_TRUE(arrived.wait_for(lock, std::chrono::seconds(30),
+                                         [this] { return !posted.empty(); }));
+            task = std::move(posted.front());
+            posted.pop_front();
+        }
+        task();
+    }
+    std::mutex mutex;
+    std::condition_variable arrived;
+    std::deque<std::function<void()>> posted;
+};
+
+// Changes made while a save is being written wait for the next save, which
+// starts as soon as that one is done; nobody hears "saved" before the save
+// holding their change is on disk.
+TEST_F(WriterThreadSaveTest, ChangesDuringAWriteShareTheNextSave) {
+    auto store = openWithWriter();
+    const auto before = store->saveCount();
+    std::vector<std::size_t> eventsOnDiskWhenHeard;
+    auto waiter = [&] { eventsOnDiskWhenHeard.push_back(onDisk().events.size()); };
+
+    store->log(makeEvent(FireOutcome::fired, "Mail", "First", clock.now()));
+    store->whenSaved(waiter);
+    runNextPosted(); // the flush: the first save goes to the writer thread
+    for (int i = 0; i < 3; ++i) {
+        store->log(
+            makeEvent(FireOutcome::fired, "Mail", "Later " + std::to_string(i), clock.now()));
+        store->whenSaved(waiter);
+    }
+    EXPECT_TRUE(eventsOnDiskWhenHeard.empty());
+
+    runNextPosted(); // the first save is back; the three later changes go out together
+    EXPECT_EQ(eventsOnDiskWhenHeard, (std::vector<std::size_t>{1}));
+    EXPECT_EQ(store->saveCount(), before + 1);
+
+    runNextPosted();
+    EXPECT_EQ(eventsOnDiskWhenHeard, (std::vector<std::size_t>{1, 4, 4, 4}));
+    EXPECT_EQ(store->saveCount(), before + 2);
+    EXPECT_EQ(readFile(file()),
+              json::encode(toJson(StoreSnapshot{store->channels(), store->events()})));
+    int heardAtOnce = 0;
+    store->whenSaved([&] { ++heardAtOnce; }); // nothing unsaved or being written
+    EXPECT_EQ(heardAtOnce, 1);
+}
+
+// Closing waits for the save being written, then writes what came after it;
+// the result that comes back for the closed store is dropped.
+TEST_F(WriterThreadSaveTest, ClosingFinishesTheWriteAndSavesWhatCameAfter) {
+    auto store = openWithWriter();
+    store->log(makeEvent(FireOutcome::fired, "Mail", "Being written", clock.now()));
+    runNextPosted();
+    store->log(makeEvent(FireOutcome::fired, "Mail", "After", clock.now()));
+    store.reset();
+    EXPECT_EQ(onDisk().events.size(), 2u);
+    runNextPosted();
+    EXPECT_TRUE(messages.empty());
 }
 
 // MARK: Channels
