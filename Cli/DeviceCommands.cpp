@@ -2,6 +2,7 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Cli/TerminalText.h"
 #include "Core/PercentEncoding.h"
 
 #include <ostream>

@@ -266,7 +266,7 @@ TEST_F(LocalAlarmServiceTest, TheAlarmThatAlertedLastIsHeardUntilItStops) {
     EXPECT_EQ(sink.playing(), klaxon()); // the earlier alarm still alerts
     service->stop(first);
     EXPECT_TRUE(service->alarms().empty());
-    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}}));
+    EXPECT_EQ(sink.calls().back(), (Call{Call::Kind::stop, {}, {}}));
     EXPECT_EQ(sink.playing(), std::nullopt);
 }
 
