@@ -231,6 +231,7 @@ int run(const Options& options) {
 
     ChangeFeed feed(io, ctx);
     captureRelay.onSighting([&feed] { feed.publishSoon("capture"); });
+    capture.onStatusChange([&feed] { feed.publishSoon("capture"); });
     Api::Services services{SystemInfo::osVersion(),
                            SystemInfo::deviceModel(),
                            nullptr,

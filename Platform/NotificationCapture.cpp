@@ -310,6 +310,12 @@ void NotificationCapture::serverAnswered(sd_bus_message* reply) {
         return;
     status_.server = text(name);
     status_.serverVersion = text(version);
+    statusChanged();
+}
+
+void NotificationCapture::statusChanged() {
+    if (onStatusChange_)
+        onStatusChange_();
 }
 
 void NotificationCapture::close() {
@@ -332,11 +338,14 @@ void NotificationCapture::lost(const std::string& problem) {
         return;
     const bool wasActive = status_.active;
     status_.active = false;
-    if (problem != status_.problem || wasActive)
+    const bool changed = problem != status_.problem || wasActive;
+    if (changed)
         logger_.log(LogLevel::error, logCategory,
                     "Not capturing notifications: " + problem + "; trying again every " +
                         std::to_string(retryInterval_.count()) + " ms");
     status_.problem = problem;
+    if (changed)
+        statusChanged();
     // This may run inside the monitor's pump: the connection is closed once
     // the pump has returned, unless a new one has been made meanwhile.
     asio::post(context_, [this, alive = std::weak_ptr<int>(alive_), generation = generation_] {
@@ -382,6 +391,7 @@ void NotificationCapture::onMessage(sd_bus_message* message) {
             status_.active = true;
             status_.problem.clear();
             logger_.log(LogLevel::notice, logCategory, "Capturing the desktop's notifications");
+            statusChanged();
         }
         return;
     }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -53,6 +54,9 @@ public:
     void start(Listener listener) override;
     void stop() override;
     CaptureStatus status() const override;
+    // Called whenever the status changes by itself (the bus accepted the
+    // monitor, went away, the server named itself), for the live feed.
+    void onStatusChange(std::function<void()> observer) { onStatusChange_ = std::move(observer); }
 
 private:
     using CallKey = std::pair<std::string, std::uint64_t>; // sender, serial
@@ -70,11 +74,13 @@ private:
     void remember(const CallKey& call);
     void serverAnswered(sd_bus_message* reply);
     void closeOrdinarySoon();
+    void statusChanged();
 
     asio::io_context& context_;
     Logger& logger_;
     std::chrono::milliseconds retryInterval_;
     Listener listener_;
+    std::function<void()> onStatusChange_;
     asio::steady_timer retry_;
 
     sd_bus* monitor_ = nullptr;

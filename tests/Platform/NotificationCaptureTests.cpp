@@ -233,6 +233,8 @@ TEST(NotificationCaptureWithoutBusTest, WithoutABusAtStartItSaysSoAndTakesUpTheB
     asio::io_context context;
     RecordingLogger logger;
     NotificationCapture capture(context, logger, 20ms);
+    int changes = 0;
+    capture.onStatusChange([&] { ++changes; });
     std::vector<ShortcutInputFields> captured;
     capture.start([&](CapturedNotice notice) { captured.push_back(notice.fields); });
     EXPECT_FALSE(capture.status().active);
@@ -241,12 +243,14 @@ TEST(NotificationCaptureWithoutBusTest, WithoutABusAtStartItSaysSoAndTakesUpTheB
     runUntil(
         context, [] { return false; }, 200ms);
     EXPECT_EQ(logger.count("Not capturing notifications"), 1);
+    EXPECT_EQ(changes, 1);
 
     PrivateBus bus(directory.path());
     if (!bus.available())
         GTEST_SKIP() << "dbus-daemon is not available";
     FakeNotificationServer server(bus.address());
     ASSERT_TRUE(runUntil(context, [&] { return capture.status().active; }));
+    EXPECT_GE(changes, 2);
     auto result = testing::runProcess({"/usr/bin/notify-send", "-a", "Signal", "Mom", "late"},
                                       {{"DBUS_SESSION_BUS_ADDRESS", bus.address()}});
     ASSERT_EQ(result.exitCode, 0) << result.err;
