@@ -21,7 +21,7 @@ CaptureRelay::CaptureRelay(AppContext& ctx, NotificationSource& source,
 
 void CaptureRelay::start() {
     if (enabled())
-        source_.start([this](ShortcutInputFields fields) { forward(std::move(fields)); });
+        source_.start([this](CapturedNotice notice) { forward(std::move(notice)); });
 }
 
 bool CaptureRelay::enabled() const {
@@ -72,11 +72,20 @@ bool CaptureRelay::admits(const std::string& app) const {
     });
 }
 
-void CaptureRelay::forward(ShortcutInputFields fields) {
-    if (!enabled() || !admits(fields.app.value_or("")))
+void CaptureRelay::forward(CapturedNotice notice) {
+    if (!enabled())
+        return;
+    const Date now = ctx_.clock.now();
+    const std::string app = notice.fields.app.value_or("");
+    sightings_.sawApp(app, now);
+    if (notice.bridge)
+        sightings_.sawBridge(notice.bridge->kind, notice.bridge->device, now);
+    if (onSighting_)
+        onSighting_();
+    if (!admits(app))
         return;
     ++forwarded_;
-    asio::co_spawn(executor_, NotificationDispatcher::handle(ctx_, std::move(fields)),
+    asio::co_spawn(executor_, NotificationDispatcher::handle(ctx_, std::move(notice.fields)),
                    [&logger = ctx_.logger](std::exception_ptr failure, const FireEvent&) {
                        if (!failure)
                            return;

@@ -2,9 +2,11 @@
 
 #include "Alarms/AppContext.h"
 #include "Alarms/NotificationSource.h"
+#include "Core/CaptureSightings.h"
 #include "Shared/Asio.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,7 +17,8 @@ namespace ringwell {
 // Send: capture on or off and the apps it takes are settings
 // ("captureEnabled", on unless turned off; "captureApps", every app when
 // absent). A notification of an app not chosen is dropped before the
-// dispatcher, so it leaves no event.
+// dispatcher, so it leaves no event; it is still listed among the apps seen,
+// so that it can be chosen.
 //
 // Main thread only; `ctx` and `source` must outlive it.
 class CaptureRelay {
@@ -37,14 +40,20 @@ public:
     CaptureStatus status() const { return source_.status(); }
     // Notifications handed to the dispatcher since start.
     std::uint64_t forwarded() const { return forwarded_; }
+    // The apps and phone bridges seen since start, chosen or not.
+    const CaptureSightings& sightings() const { return sightings_; }
+    // Called after each captured notification, once the sightings are updated.
+    void onSighting(std::function<void()> observer) { onSighting_ = std::move(observer); }
 
 private:
-    void forward(ShortcutInputFields fields);
+    void forward(CapturedNotice notice);
 
     AppContext& ctx_;
     NotificationSource& source_;
     asio::any_io_executor executor_;
     std::uint64_t forwarded_ = 0;
+    CaptureSightings sightings_;
+    std::function<void()> onSighting_;
 };
 
 } // namespace ringwell

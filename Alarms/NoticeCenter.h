@@ -70,8 +70,10 @@ public:
     // Takes the notice with this identifier off the screen, if it is shown.
     // Never fails: a notice that cannot be withdrawn is only logged.
     virtual Awaitable<void> withdraw(std::string identifier) = 0;
-    // "allowed" when a notification server answers, "denied", "not requested"
-    // or "unknown": the notifications permission of the diagnostics report.
+    // "allowed" when a notification server answers, "unreachable" when none
+    // does (no session bus, or nobody serving notifications), "denied", "not
+    // requested" or "unknown": the notifications permission of the
+    // diagnostics report.
     virtual std::string permissionStatus() const = 0;
     // The notification server, when one answers.
     virtual std::optional<NoticeServer> server() const { return std::nullopt; }

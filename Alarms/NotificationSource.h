@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Core/CapturedNotification.h"
 #include "Core/NotificationInfo.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace ringwell {
@@ -22,6 +24,13 @@ struct CaptureStatus {
     std::string problem;
 };
 
+// One captured notification: the ten texts of its Send, and the phone bridge
+// that mirrored it, if any.
+struct CapturedNotice {
+    ShortcutInputFields fields;
+    std::optional<PhoneBridge> bridge;
+};
+
 // Other programs' notifications as they reach the desktop, each already
 // turned into the ten texts of a Send. The daemon's is
 // Platform/NotificationCapture (a monitor on the session bus); tests use
@@ -31,7 +40,7 @@ struct CaptureStatus {
 // per notification, and never after `stop`.
 class NotificationSource {
 public:
-    using Listener = std::function<void(ShortcutInputFields)>;
+    using Listener = std::function<void(CapturedNotice)>;
 
     virtual ~NotificationSource() = default;
     // Starts capturing, and keeps trying while there is no bus to capture on.

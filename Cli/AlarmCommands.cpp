@@ -160,6 +160,8 @@ std::string permissionLabel(const json::Json& state) {
         return "not requested";
     if (state == "authorized")
         return "allowed";
+    if (state == "unreachable")
+        return "no notification server is reachable (notices go to the log)";
     return state.is_string() ? state.get<std::string>() : "unknown";
 }
 

@@ -2,6 +2,7 @@
 
 #include "Cli/CommandSupport.h"
 #include "Cli/DaemonCall.h"
+#include "Cli/TerminalText.h"
 
 #include <ostream>
 
@@ -10,6 +11,34 @@ namespace {
 
 constexpr OptionSpec captureOptions[] = {{"json", false}, {"all", false}};
 constexpr OptionSpec jsonOnly[] = {{"json", false}};
+
+// One line per app seen since start, most recent first, with its count.
+void printSeenApps(std::ostream& out, const json::Json& capture) {
+    const json::Json* apps = json::member(capture, "seenApps");
+    if (!apps || !apps->is_array())
+        return;
+    out << "Apps seen since start:" << (apps->empty() ? " none yet" : "") << '\n';
+    for (const auto& app : *apps)
+        out << "  " << oneLine(app.value("name", "")) << "  " << app.value("count", 0) << "  (last "
+            << localTime(app.value("lastSeen", json::Json())) << ")\n";
+}
+
+// Each phone bridge seen, or that none was.
+void printBridges(std::ostream& out, const json::Json& capture) {
+    const json::Json* bridges = json::member(capture, "bridges");
+    if (!bridges || !bridges->is_array())
+        return;
+    if (bridges->empty()) {
+        out << "Phone bridge: none seen since start (KDE Connect or GSConnect)\n";
+        return;
+    }
+    for (const auto& bridge : *bridges) {
+        const std::string device = oneLine(bridge.value("device", ""));
+        out << "Phone bridge: " << bridge.value("kind", "")
+            << (device.empty() ? std::string(", device unnamed") : " from " + device) << "  (last "
+            << localTime(bridge.value("lastSeen", json::Json())) << ")\n";
+    }
+}
 
 void printCapture(CommandContext& context, const json::Json& capture) {
     std::ostream& out = context.out;
@@ -25,17 +54,17 @@ void printCapture(CommandContext& context, const json::Json& capture) {
         << (server.empty() ? "unknown" : server + " " + capture.value("serverVersion", "")) << '\n';
     out << "Seen since start: " << capture.value("seen", 0) << " (handed on "
         << capture.value("forwarded", 0) << ")\n";
-    out << "Apps: ";
+    out << "Apps taken: ";
     const json::Json& apps = capture.contains("apps") ? capture["apps"] : json::Json();
-    if (!apps.is_array()) {
-        out << "every app\n";
-        return;
-    }
-    if (apps.empty())
+    if (!apps.is_array())
+        out << "every app";
+    else if (apps.empty())
         out << "none";
-    for (std::size_t i = 0; i < apps.size(); ++i)
+    for (std::size_t i = 0; apps.is_array() && i < apps.size(); ++i)
         out << (i ? ", " : "") << apps[i].get<std::string>();
     out << '\n';
+    printSeenApps(out, capture);
+    printBridges(out, capture);
 }
 
 int runCapture(std::span<const std::string> args, CommandContext& context) {
@@ -137,8 +166,10 @@ const Command captureCommand{
 Ringwell captures the notifications shown on this desktop (and those a phone
 bridge such as KDE Connect or GSConnect mirrors) and handles each like
 `ringwell send`.
-  status        whether capture is on and active, the notification server and
-                how many notifications it saw since the daemon started
+  status        whether capture is on and active, the notification server,
+                how many notifications it saw since the daemon started, the
+                apps they came from (with a count each, most recent first) and
+                the phone bridges seen
   on, off       turn capture on or off (remembered)
   apps          the apps whose notifications are taken
   apps NAME...  take only these apps' notifications (names ignore case)

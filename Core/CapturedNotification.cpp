@@ -183,6 +183,14 @@ ShortcutInputFields fields(const BusNotification& notification) {
         std::nullopt, std::nullopt, std::nullopt);
 }
 
+std::optional<PhoneBridge> bridge(const BusNotification& notification) {
+    if (auto phone = kdeConnect(notification))
+        return PhoneBridge{"KDE Connect", phone->device};
+    if (auto phone = gsConnect(notification))
+        return PhoneBridge{"GSConnect", phone->device};
+    return std::nullopt;
+}
+
 std::string contentKey(const BusNotification& notification) {
     return notification.title + '\x1f' + notification.body;
 }

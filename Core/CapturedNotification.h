@@ -41,6 +41,14 @@ struct BusNotification {
     std::string id;
 };
 
+// A phone bridge that mirrored a notification, and from which phone.
+struct PhoneBridge {
+    // "KDE Connect" or "GSConnect".
+    std::string kind;
+    // The phone's name; empty when the bridge did not say.
+    std::string device;
+};
+
 // How a notification read off the bus becomes a Send: the same ten texts the
 // person's automation would pass, so that a captured notification takes
 // exactly the road of `ringwell send`. Pure; documented in docs/capture.md.
@@ -62,6 +70,9 @@ std::string appName(const BusNotification& notification);
 // portal: priority "urgent"); for a phone bridge the device under
 // "Recipients".
 ShortcutInputFields fields(const BusNotification& notification);
+
+// The bridge the notification came through, when it is a phone's.
+std::optional<PhoneBridge> bridge(const BusNotification& notification);
 
 // What a replacement must differ in to count as a new notification.
 std::string contentKey(const BusNotification& notification);

@@ -9,6 +9,28 @@
 
 namespace ringwell {
 
+namespace {
+
+json::Json sightingsJson(const CaptureSightings& sightings) {
+    json::Json apps = json::Json::array();
+    for (const auto& app : sightings.apps())
+        apps.push_back({{"name", app.name},
+                        {"count", app.count},
+                        {"lastSeen", json::dateValue(app.lastSeen)}});
+    return apps;
+}
+
+json::Json bridgesJson(const CaptureSightings& sightings) {
+    json::Json bridges = json::Json::array();
+    for (const auto& bridge : sightings.bridges())
+        bridges.push_back({{"kind", bridge.kind},
+                           {"device", bridge.device},
+                           {"lastSeen", json::dateValue(bridge.lastSeen)}});
+    return bridges;
+}
+
+} // namespace
+
 json::Json captureJson(const CaptureRelay& capture) {
     const CaptureStatus status = capture.status();
     auto apps = capture.apps();
@@ -19,6 +41,8 @@ json::Json captureJson(const CaptureRelay& capture) {
                       {"seen", status.seen},
                       {"forwarded", capture.forwarded()},
                       {"apps", apps ? json::Json(*apps) : json::Json()},
+                      {"seenApps", sightingsJson(capture.sightings())},
+                      {"bridges", bridgesJson(capture.sightings())},
                       {"problem", status.problem}};
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace ringwell {
 namespace {
@@ -23,7 +24,7 @@ std::string_view name(StoreChange change) {
 } // namespace
 
 ChangeFeed::ChangeFeed(asio::io_context& io, AppContext& ctx)
-    : io_(io), ctx_(ctx), alarmTimer_(io) {
+    : io_(io), ctx_(ctx), alarmTimer_(io), soonTimer_(io) {
     storeToken_ = ctx_.store.subscribe([this](StoreChange change) { publish(name(change)); });
     authorizationToken_ =
         ctx_.authorization.subscribe([this](AlarmAuthorizationState) { publish("authorization"); });
@@ -56,11 +57,27 @@ void ChangeFeed::publish(std::string_view what) {
         stream->push(message);
 }
 
+void ChangeFeed::publishSoon(std::string_view what) {
+    const bool idle = soonTopics_.empty();
+    soonTopics_.emplace(what);
+    if (!idle)
+        return;
+    soonTimer_.expires_after(std::chrono::milliseconds(250));
+    soonTimer_.async_wait([this](const boost::system::error_code& ec) {
+        if (ec)
+            return;
+        for (const auto& topic : std::exchange(soonTopics_, {}))
+            publish(topic);
+    });
+}
+
 void ChangeFeed::closeAll() {
     for (const auto& stream : streams_)
         stream->close();
     streams_.clear();
     alarmTimer_.cancel();
+    soonTimer_.cancel();
+    soonTopics_.clear();
 }
 
 // The alarm service reports no changes of its own (alarms also change by

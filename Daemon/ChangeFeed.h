@@ -7,6 +7,8 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include <memory>
+#include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -29,6 +31,9 @@ public:
     std::shared_ptr<EventStream> open();
     // Announces a change that no observed object reports ("settings").
     void publish(std::string_view what);
+    // Announces a change that may come in floods ("capture", once per captured
+    // notification): at most one announcement per topic every quarter second.
+    void publishSoon(std::string_view what);
     // Ends every stream, at shutdown.
     void closeAll();
 
@@ -39,6 +44,8 @@ private:
     AppContext& ctx_;
     std::vector<std::shared_ptr<EventStream>> streams_;
     asio::steady_timer alarmTimer_;
+    asio::steady_timer soonTimer_;
+    std::set<std::string, std::less<>> soonTopics_;
     std::vector<Alarm> lastAlarms_;
     RingwellStore::ObserverToken storeToken_;
     AlarmAuthorization::Token authorizationToken_;

@@ -259,6 +259,8 @@ int run(const Options& options) {
         return fail(started.error().message);
 
     ChangeFeed feed(io, ctx);
+    captureRelay.onSighting([&feed] { feed.publishSoon("capture"); });
+    capture.onStatusChange([&feed] { feed.publishSoon("capture"); });
     Api::Services services{SystemInfo::osVersion(),
                            SystemInfo::deviceModel(),
                            nullptr,

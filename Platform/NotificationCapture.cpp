@@ -10,7 +10,7 @@ namespace ringwell {
 namespace {
 
 constexpr const char* notificationsName = "org.freedesktop.Notifications";
-constexpr std::uint64_t connectTimeoutUsec = 2'000'000;
+constexpr std::chrono::milliseconds connectTimeout{2000};
 constexpr std::size_t rememberedCalls = 512;
 constexpr std::size_t rememberedTexts = 1024;
 
@@ -146,13 +146,15 @@ std::optional<BusNotification> readAddNotification(sd_bus_message* m, BusNotific
 
 NotificationCapture::NotificationCapture(asio::io_context& context, Logger& logger,
                                          std::chrono::milliseconds retryInterval)
-    : context_(context), logger_(logger), retryInterval_(retryInterval), retry_(context) {
+    : context_(context), logger_(logger), retryInterval_(retryInterval), retry_(context),
+      connectDeadline_(context) {
     status_.problem = "capture is off";
 }
 
 NotificationCapture::~NotificationCapture() {
     alive_.reset();
     retry_.cancel();
+    connectDeadline_.cancel();
     close();
 }
 
@@ -191,10 +193,17 @@ void NotificationCapture::connect() {
         return;
     }
     address_ = address;
+    // A new session may have another server: it is asked anew.
+    status_.server.clear();
+    status_.serverVersion.clear();
     askServer(address);
 }
 
 void NotificationCapture::connectMonitor(const std::string& address) {
+    // Nothing here waits for the bus: the connection is opened without
+    // blocking, and BecomeMonitor is queued behind the bus's handshake. Its
+    // answer arrives on the pump (a monitor's replies are handed out as its
+    // other traffic), and a bus that does not answer in time is given up on.
     int r = sd_bus_new(&monitor_);
     if (r >= 0)
         r = sd_bus_set_monitor(monitor_, 1);
@@ -203,15 +212,9 @@ void NotificationCapture::connectMonitor(const std::string& address) {
     if (r >= 0)
         r = sd_bus_set_address(monitor_, address.c_str());
     if (r >= 0)
-        r = sd_bus_set_method_call_timeout(monitor_, connectTimeoutUsec);
-    if (r >= 0)
         r = sd_bus_start(monitor_);
-    const char* unique = nullptr;
-    if (r >= 0)
-        r = sd_bus_get_unique_name(monitor_, &unique);
     if (r < 0)
         throw std::runtime_error("the session bus cannot be reached (" + systemError(r) + ")");
-    uniqueName_ = text(unique);
 
     sd_bus_message* call = nullptr;
     r = sd_bus_message_new_method_call(monitor_, &call, "org.freedesktop.DBus",
@@ -227,21 +230,25 @@ void NotificationCapture::connectMonitor(const std::string& address) {
         r = sd_bus_message_close_container(call);
     if (r >= 0)
         r = sd_bus_message_append(call, "u", 0u);
-    sd_bus_error error = SD_BUS_ERROR_NULL;
     if (r >= 0)
-        r = sd_bus_call(monitor_, call, connectTimeoutUsec, &error, nullptr);
+        r = sd_bus_send(monitor_, call, &becomeMonitorCookie_);
     sd_bus_message_unref(call);
-    if (r < 0) {
-        std::string reason = error.message ? error.message : systemError(r);
-        sd_bus_error_free(&error);
-        throw std::runtime_error("the session bus refused the monitor (" + reason + ")");
-    }
+    if (r < 0)
+        throw std::runtime_error("the session bus cannot be reached (" + systemError(r) + ")");
+
     monitorPump_ = std::make_unique<BusPump>(
         context_, monitor_, [this](sd_bus_message* message) { onMessage(message); },
         [this](const std::string& reason) {
             lost("the session bus connection was lost (" + reason + ")");
         });
     monitorPump_->watch();
+    connectDeadline_.expires_after(connectTimeout);
+    connectDeadline_.async_wait([this, alive = std::weak_ptr<int>(alive_),
+                                 generation = generation_](boost::system::error_code error) {
+        if (!alive.expired() && !error && generation == generation_ && monitor_ && !status_.active)
+            lost("the session bus did not accept the monitor within " +
+                 std::to_string(connectTimeout.count()) + " ms");
+    });
 }
 
 void NotificationCapture::askServer(const std::string& address) {
@@ -278,13 +285,18 @@ void NotificationCapture::askServer(const std::string& address) {
 
 void NotificationCapture::closeOrdinarySoon() {
     // Called from within the connection's own pump: close once it returned.
-    asio::post(context_, [this, alive = std::weak_ptr<int>(alive_)] {
-        if (alive.expired())
+    asio::post(context_, [this, alive = std::weak_ptr<int>(alive_), generation = generation_] {
+        if (alive.expired() || generation != generation_)
             return;
         ordinaryPump_.reset();
         if (ordinary_)
             sd_bus_close_unref(ordinary_);
         ordinary_ = nullptr;
+        // A notification came while an unanswered question was out.
+        if (askAgain_ && status_.server.empty() && monitor_) {
+            askAgain_ = false;
+            askServer(address_);
+        }
     });
 }
 
@@ -298,9 +310,16 @@ void NotificationCapture::serverAnswered(sd_bus_message* reply) {
         return;
     status_.server = text(name);
     status_.serverVersion = text(version);
+    statusChanged();
+}
+
+void NotificationCapture::statusChanged() {
+    if (onStatusChange_)
+        onStatusChange_();
 }
 
 void NotificationCapture::close() {
+    connectDeadline_.cancel();
     monitorPump_.reset();
     ordinaryPump_.reset();
     if (monitor_)
@@ -310,6 +329,7 @@ void NotificationCapture::close() {
     monitor_ = nullptr;
     ordinary_ = nullptr;
     status_.active = false;
+    askAgain_ = false;
     awaitingId_.clear();
 }
 
@@ -318,11 +338,14 @@ void NotificationCapture::lost(const std::string& problem) {
         return;
     const bool wasActive = status_.active;
     status_.active = false;
-    if (problem != status_.problem || wasActive)
+    const bool changed = problem != status_.problem || wasActive;
+    if (changed)
         logger_.log(LogLevel::error, logCategory,
                     "Not capturing notifications: " + problem + "; trying again every " +
                         std::to_string(retryInterval_.count()) + " ms");
     status_.problem = problem;
+    if (changed)
+        statusChanged();
     // This may run inside the monitor's pump: the connection is closed once
     // the pump has returned, unless a new one has been made meanwhile.
     asio::post(context_, [this, alive = std::weak_ptr<int>(alive_), generation = generation_] {
@@ -347,14 +370,28 @@ void NotificationCapture::onMessage(sd_bus_message* message) {
         return;
     }
     if (!status_.active) {
+        std::uint64_t replyTo = 0;
+        if (sd_bus_message_is_method_error(message, nullptr) > 0 &&
+            sd_bus_message_get_reply_cookie(message, &replyTo) >= 0 &&
+            replyTo == becomeMonitorCookie_) {
+            const sd_bus_error* error = sd_bus_message_get_error(message);
+            lost(std::string("the session bus refused the monitor (") +
+                 (error && error->message ? error->message : "no reason given") + ")");
+            return;
+        }
         // Traffic counts only once the bus took the connection's own name
-        // away, which is how it says the monitor is in place.
+        // away, which is how it says the monitor is in place. The name is
+        // known by then: the bus answered the connection's Hello first.
         const char* name = nullptr;
+        const char* unique = nullptr;
         if (sd_bus_message_is_signal(message, "org.freedesktop.DBus", "NameLost") > 0 &&
-            sd_bus_message_read(message, "s", &name) >= 0 && text(name) == uniqueName_) {
+            sd_bus_message_read(message, "s", &name) >= 0 && sd_bus_is_ready(monitor_) > 0 &&
+            sd_bus_get_unique_name(monitor_, &unique) >= 0 && text(name) == text(unique)) {
+            connectDeadline_.cancel();
             status_.active = true;
             status_.problem.clear();
             logger_.log(LogLevel::notice, logCategory, "Capturing the desktop's notifications");
+            statusChanged();
         }
         return;
     }
@@ -392,10 +429,15 @@ void NotificationCapture::onCall(sd_bus_message* message) {
     if (!isNew(*notification))
         return;
     ++status_.seen;
-    if (status_.server.empty() && !ordinary_)
-        askServer(address_);
+    if (status_.server.empty()) {
+        if (ordinary_)
+            askAgain_ = true;
+        else
+            askServer(address_);
+    }
     if (listener_)
-        listener_(CapturedNotification::fields(*notification));
+        listener_({CapturedNotification::fields(*notification),
+                   CapturedNotification::bridge(*notification)});
 }
 
 void NotificationCapture::onReturn(sd_bus_message* message) {

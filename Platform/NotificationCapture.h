@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -35,8 +36,9 @@ namespace ringwell {
 // replacement only when its text changed, and never Ringwell's own notices.
 //
 // Without a session bus, or when the bus goes away, it says why in its status
-// and the log and tries again every `retryInterval`. Connecting waits for the
-// bus for at most two seconds.
+// and the log and tries again every `retryInterval`. Connecting never blocks
+// the io_context: the handshake and BecomeMonitor run on its loop, and a bus
+// that has not accepted the monitor within two seconds counts as unreachable.
 //
 // Main thread only (the io_context's thread).
 class NotificationCapture final : public NotificationSource {
@@ -52,6 +54,9 @@ public:
     void start(Listener listener) override;
     void stop() override;
     CaptureStatus status() const override;
+    // Called whenever the status changes by itself (the bus accepted the
+    // monitor, went away, the server named itself), for the live feed.
+    void onStatusChange(std::function<void()> observer) { onStatusChange_ = std::move(observer); }
 
 private:
     using CallKey = std::pair<std::string, std::uint64_t>; // sender, serial
@@ -69,22 +74,28 @@ private:
     void remember(const CallKey& call);
     void serverAnswered(sd_bus_message* reply);
     void closeOrdinarySoon();
+    void statusChanged();
 
     asio::io_context& context_;
     Logger& logger_;
     std::chrono::milliseconds retryInterval_;
     Listener listener_;
+    std::function<void()> onStatusChange_;
     asio::steady_timer retry_;
 
     sd_bus* monitor_ = nullptr;
     std::unique_ptr<BusPump> monitorPump_;
     sd_bus* ordinary_ = nullptr;
     std::unique_ptr<BusPump> ordinaryPump_;
-    std::string uniqueName_;
+    // The serial of this connection's BecomeMonitor, to recognise its refusal.
+    std::uint64_t becomeMonitorCookie_ = 0;
+    asio::steady_timer connectDeadline_;
     std::string address_;
     // Counts connections, so that a close meant for a lost one spares the next.
     std::uint64_t generation_ = 0;
     bool retrying_ = false;
+    // Ask the server again once the question now out has been answered.
+    bool askAgain_ = false;
 
     CaptureStatus status_;
     // Calls already handled, oldest first, to tell a second sighting apart.

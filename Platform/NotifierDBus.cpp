@@ -447,8 +447,8 @@ Awaitable<void> NotifierDBus::probeServer() {
     if (alive.expired() || probe != probes_)
         co_return;
     if (failure) {
-        const bool wasThere = status_ != "denied";
-        status_ = "denied";
+        const bool wasThere = status_ != "unreachable";
+        status_ = "unreachable";
         server_.reset();
         if (wasThere)
             logger_.log(LogLevel::notice, logCategory,
@@ -575,7 +575,7 @@ void NotifierDBus::disconnect(const std::string& reason) {
     bus_ = nullptr;
     waitingToRead_ = false;
     waitingToWrite_ = false;
-    status_ = "denied";
+    status_ = "unreachable";
     server_.reset();
     serverIds_.clear();
     answered_.clear();

@@ -49,9 +49,10 @@ namespace ringwell {
 // io_context, calls are asynchronous and time out after a few seconds.
 //
 // Without a session bus (no address, or the connection fails or breaks),
-// notices go to the log instead and `permissionStatus` is "denied". With a
-// bus it is "unknown" until the server has answered `GetServerInformation`,
-// then "allowed", or "denied" when nothing answers.
+// notices go to the log instead and `permissionStatus` is "unreachable". With
+// a bus it is "unknown" until the server has answered `GetServerInformation`,
+// then "allowed", or "unreachable" when nothing answers: no desktop denies
+// notices, they only fail to arrive.
 //
 // Main thread only (the io_context's thread). `add` throws std::runtime_error
 // when the server refuses the notice or does not answer in time.
@@ -103,7 +104,7 @@ private:
     asio::steady_timer busTimer_;
     bool waitingToRead_ = false;
     bool waitingToWrite_ = false;
-    std::string status_ = "denied";
+    std::string status_ = "unreachable";
     std::optional<NoticeServer> server_;
     // Counts probes, so that an older probe's late answer changes nothing.
     std::uint64_t probes_ = 0;

@@ -42,10 +42,16 @@ TEST_F(CaptureRelayTest, OnlyTheChosenAppsReachTheDispatcher) {
     relay.setApps(std::vector<std::string>{" signal ", "  "});
     EXPECT_EQ(relay.apps(), (std::vector<std::string>{" signal "}));
     relay.start();
+    int sightings = 0;
+    relay.onSighting([&] { ++sightings; });
     capture("Signal");
     capture("Slack");
     ASSERT_EQ(store.events().size(), 1u);
     EXPECT_EQ(store.events().front().app, "Signal");
+    // Apps not chosen are still listed as seen, so that they can be chosen.
+    ASSERT_EQ(relay.sightings().apps().size(), 2u);
+    EXPECT_EQ(relay.sightings().apps()[0].name, "Slack");
+    EXPECT_EQ(sightings, 2);
 
     relay.setApps(std::nullopt);
     capture("Slack");

@@ -18,6 +18,10 @@ TEST_F(CaptureCommandsTest, WithoutABusCaptureSaysWhyAndItsSettingsStick) {
     EXPECT_TRUE(status["notifications"]["server"].is_null());
     EXPECT_NE(ringwell({"status"}).out.find("Alarm notices: no notification server answers"),
               std::string::npos);
+    // Nothing denied anything: there is no notification server to ask.
+    EXPECT_NE(
+        ringwell({"permission"}).out.find("Notifications: no notification server is reachable"),
+        std::string::npos);
 
     json::Json apps = ringwellJson({"capture", "apps", "Signal", "Mom's phone", "--json"});
     EXPECT_EQ(apps["apps"], (json::Json{"Signal", "Mom's phone"}));

@@ -7,7 +7,15 @@
 
 #include <gtest/gtest.h>
 
+#include <condition_variable>
+#include <cstdio>
 #include <memory>
+#include <mutex>
+#include <thread>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace ringwell {
 namespace {
@@ -25,7 +33,10 @@ protected:
             GTEST_SKIP() << "dbus-daemon is not available";
         address = std::make_unique<EnvironmentGuard>("DBUS_SESSION_BUS_ADDRESS", bus->address());
         server = std::make_unique<FakeNotificationServer>(bus->address());
-        capture.start([this](ShortcutInputFields fields) { captured.push_back(fields); });
+        capture.start([this](CapturedNotice notice) {
+            captured.push_back(notice.fields);
+            bridges.push_back(notice.bridge);
+        });
         ASSERT_TRUE(runUntil(context, [&] { return capture.status().active; }))
             << capture.status().problem;
     }
@@ -74,6 +85,7 @@ protected:
     RecordingLogger logger;
     NotificationCapture capture{context, logger, 50ms};
     std::vector<ShortcutInputFields> captured;
+    std::vector<std::optional<PhoneBridge>> bridges;
 };
 
 TEST_F(NotificationCaptureTest, NotifySendIsCapturedOnceWithItsFieldsAndTheServerIsNamed) {
@@ -84,6 +96,7 @@ TEST_F(NotificationCaptureTest, NotifySendIsCapturedOnceWithItsFieldsAndTheServe
     EXPECT_EQ(info(0).title, "Mom");
     EXPECT_EQ(info(0).body, "call me");
     EXPECT_TRUE(info(0).isTimeSensitive);
+    EXPECT_FALSE(bridges[0]);
     EXPECT_TRUE(runUntil(context, [&] { return !capture.status().server.empty(); }));
     EXPECT_EQ(capture.status().server, "fake");
     EXPECT_EQ(capture.status().serverVersion, "1");
@@ -122,6 +135,11 @@ TEST_F(NotificationCaptureTest, PhoneBridgesRingAsThePhonesApp) {
     EXPECT_EQ(info(1).callKind(), CallKind::incoming);
     EXPECT_EQ(info(2).app, "WhatsApp");
     EXPECT_EQ(info(2).title, "Ana");
+    ASSERT_TRUE(bridges[0] && bridges[2]);
+    EXPECT_EQ(bridges[0]->kind, "KDE Connect");
+    EXPECT_EQ(bridges[0]->device, "Pixel 7");
+    EXPECT_EQ(bridges[2]->kind, "GSConnect");
+    EXPECT_EQ(bridges[2]->device, "dev1");
 }
 
 TEST_F(NotificationCaptureTest, AReplacementCountsOnlyWhenItsTextChanged) {
@@ -206,20 +224,99 @@ TEST_F(NotificationCaptureTest, ABusThatGoesAwayIsPickedUpAgainWhenItComesBack) 
     EXPECT_TRUE(runUntil(context, [&] { return capture.status().server == "fake"; }));
 }
 
-TEST(NotificationCaptureWithoutBusTest, WithoutASessionBusItSaysSoAndKeepsTrying) {
+// The daemon may start before the session: capture says why it waits, and
+// takes up the bus once it appears, without a restart.
+TEST(NotificationCaptureWithoutBusTest, WithoutABusAtStartItSaysSoAndTakesUpTheBusWhenItAppears) {
     TemporaryDirectory directory;
     EnvironmentGuard address("DBUS_SESSION_BUS_ADDRESS",
-                             "unix:path=" + (directory / "none").string());
+                             "unix:path=" + (directory / "bus").string());
     asio::io_context context;
     RecordingLogger logger;
     NotificationCapture capture(context, logger, 20ms);
-    capture.start([](ShortcutInputFields) {});
+    int changes = 0;
+    capture.onStatusChange([&] { ++changes; });
+    std::vector<ShortcutInputFields> captured;
+    capture.start([&](CapturedNotice notice) { captured.push_back(notice.fields); });
     EXPECT_FALSE(capture.status().active);
     EXPECT_NE(capture.status().problem.find("cannot be reached"), std::string::npos);
     // Each retry fails the same way and is not logged again.
     runUntil(
         context, [] { return false; }, 200ms);
     EXPECT_EQ(logger.count("Not capturing notifications"), 1);
+    EXPECT_EQ(changes, 1);
+
+    PrivateBus bus(directory.path());
+    if (!bus.available())
+        GTEST_SKIP() << "dbus-daemon is not available";
+    FakeNotificationServer server(bus.address());
+    ASSERT_TRUE(runUntil(context, [&] { return capture.status().active; }));
+    EXPECT_GE(changes, 2);
+    auto result = testing::runProcess({"/usr/bin/notify-send", "-a", "Signal", "Mom", "late"},
+                                      {{"DBUS_SESSION_BUS_ADDRESS", bus.address()}});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_TRUE(runUntil(context, [&] { return captured.size() == 1; }));
+    EXPECT_EQ(captured[0].notification(Date()).body, "late");
+}
+
+// A socket that accepts connections and never says a word, as a hung bus
+// would: it holds them until released, or gives up after thirty seconds.
+class SilentBus {
+public:
+    explicit SilentBus(const std::filesystem::path& path) {
+        listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::snprintf(address.sun_path, sizeof address.sun_path, "%s", path.c_str());
+        if (::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+            ::listen(listener_, 8) != 0)
+            throw std::runtime_error("the silent bus cannot listen");
+        holder_ = std::thread([this] {
+            std::unique_lock lock(mutex_);
+            if (!released_.wait_for(lock, 30s, [this] { return releasing_; }))
+                gaveUp_ = true;
+            ::close(listener_);
+        });
+    }
+    ~SilentBus() {
+        release();
+        holder_.join();
+    }
+    void release() {
+        std::lock_guard lock(mutex_);
+        releasing_ = true;
+        released_.notify_all();
+    }
+    bool gaveUp() {
+        std::lock_guard lock(mutex_);
+        return gaveUp_;
+    }
+
+private:
+    int listener_ = -1;
+    std::thread holder_;
+    std::mutex mutex_;
+    std::condition_variable released_;
+    bool releasing_ = false;
+    bool gaveUp_ = false;
+};
+
+TEST(NotificationCaptureWithoutBusTest, ABusThatDoesNotAnswerNeverHoldsUpTheLoop) {
+    TemporaryDirectory directory;
+    SilentBus silent(directory / "bus");
+    EnvironmentGuard address("DBUS_SESSION_BUS_ADDRESS",
+                             "unix:path=" + (directory / "bus").string());
+    asio::io_context context;
+    RecordingLogger logger;
+    NotificationCapture capture(context, logger, 1h);
+    capture.start([](CapturedNotice) {});
+    // Starting returned while the bus still held the connection unanswered,
+    // and the loop gives up on it in its own time.
+    EXPECT_FALSE(silent.gaveUp());
+    ASSERT_TRUE(runUntil(
+        context,
+        [&] { return capture.status().problem.find("did not accept") != std::string::npos; }, 20s));
+    EXPECT_FALSE(silent.gaveUp());
+    EXPECT_FALSE(capture.status().active);
 }
 
 } // namespace

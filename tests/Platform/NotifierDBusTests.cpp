@@ -50,7 +50,7 @@ TEST_F(NotifierDBusTest, WithoutASessionBusNoticesGoToTheLog) {
     NotifierDBus notifier(context, logger);
 
     EXPECT_FALSE(notifier.isConnected());
-    EXPECT_EQ(notifier.permissionStatus(), "denied");
+    EXPECT_EQ(notifier.permissionStatus(), "unreachable");
     EXPECT_EQ(post(notifier, failure("Too many alarms\nare scheduled")), nullptr);
     EXPECT_EQ(logger.count("Notice: Ringwell couldn't ring Urgent — Too many alarms are scheduled"),
               1);
@@ -80,11 +80,11 @@ TEST_F(NotifierOnABusTest, AServerThatAnswersMeansNoticesAreAllowed) {
     EXPECT_EQ(notifier.server()->doNotDisturb, std::nullopt); // a server that does not tell
 }
 
-TEST_F(NotifierOnABusTest, WithNobodyServingNotificationsTheyAreDenied) {
+TEST_F(NotifierOnABusTest, WithNobodyServingNotificationsNoServerIsReachable) {
     NotifierDBus notifier(context, logger);
 
     EXPECT_TRUE(runUntil(context, [&] { return notifier.permissionStatus() != "unknown"; }));
-    EXPECT_EQ(notifier.permissionStatus(), "denied");
+    EXPECT_EQ(notifier.permissionStatus(), "unreachable");
     EXPECT_EQ(notifier.server(), std::nullopt);
     EXPECT_NE(post(notifier, failure("message")), nullptr);
 }

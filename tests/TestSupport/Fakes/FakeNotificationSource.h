@@ -20,11 +20,11 @@ public:
     CaptureStatus status() const override { return current; }
 
     bool running() const { return listener_ != nullptr; }
-    void deliver(ShortcutInputFields fields) {
+    void deliver(ShortcutInputFields fields, std::optional<PhoneBridge> bridge = std::nullopt) {
         if (!listener_)
             throw std::logic_error("the source is stopped");
         ++current.seen;
-        listener_(std::move(fields));
+        listener_({std::move(fields), std::move(bridge)});
     }
 
     CaptureStatus current{true, "fake", "1", 0, ""};

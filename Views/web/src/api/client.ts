@@ -93,7 +93,7 @@ export const api = {
   channels: () => get<Channel[]>('/v1/channels'),
   channelViews: () => get<ChannelView[]>('/v1/channel-views'),
   channel: (channelId: string) => get<Channel>(`/v1/channels/${id(channelId)}`),
-  addChannel: (body: { template?: string; rule?: ChannelRule; likeEvent?: string; name?: string }) =>
+  addChannel: (body: { template?: string; rule?: Partial<ChannelRule>; likeEvent?: string; name?: string }) =>
     post<Channel>('/v1/channels', body),
   updateChannel: (channel: Channel) => put<Channel>(`/v1/channels/${id(channel.id)}`, channel),
   deleteChannel: (channelId: string) => del(`/v1/channels/${id(channelId)}`),

@@ -311,6 +311,9 @@ export interface CaptureState {
   seen: number;
   forwarded: number;
   apps: string[] | null;
+  // Since the daemon started, most recent first; times in reference seconds.
+  seenApps: { name: string; count: number; lastSeen: number }[];
+  bridges: { kind: string; device: string; lastSeen: number }[];
   problem: string;
 }
 
@@ -369,7 +372,15 @@ export interface AppConfig extends Limits {
 
 // What one server-sent `change` event names; the client refetches it.
 export type Topic =
-  'channels' | 'events' | 'setupWarning' | 'saveError' | 'alarms' | 'authorization' | 'setupTest' | 'settings';
+  | 'channels'
+  | 'events'
+  | 'setupWarning'
+  | 'saveError'
+  | 'alarms'
+  | 'authorization'
+  | 'setupTest'
+  | 'settings'
+  | 'capture';
 
 export const allTopics: readonly Topic[] = [
   'channels',
@@ -380,6 +391,7 @@ export const allTopics: readonly Topic[] = [
   'authorization',
   'setupTest',
   'settings',
+  'capture',
 ];
 
 // Seconds between 1970-01-01 and 2001-01-01, the daemon's reference date.

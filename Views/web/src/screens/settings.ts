@@ -30,6 +30,8 @@ function noticesLabel(status: string | undefined): string {
       return 'Allowed';
     case 'denied':
       return 'Unavailable';
+    case 'unreachable':
+      return 'No notification server';
     case 'notDetermined':
       return 'Not requested';
     default:

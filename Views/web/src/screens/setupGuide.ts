@@ -19,11 +19,12 @@ import { captureSteps, mappingStep } from './automation';
 import { setupWarningNote } from './setupTest';
 import { lanDevicesSection } from './lanDevices';
 import { watchesSection } from './watches';
+import { bridgeRows, seenAppRows } from './captureSightings';
 import { api } from '../api/client';
 import { forget, query, requestRender } from '../state/store';
 
 function captureSection(): TemplateResult {
-  const result = query('capture', [], api.capture);
+  const result = query('capture', ['capture', 'minute'], api.capture);
   const capture = result.data;
   const change = async (enabled: boolean): Promise<void> => {
     try {
@@ -53,7 +54,8 @@ function captureSection(): TemplateResult {
             onChange: (enabled) => void change(enabled),
           })
         : loadingNote()
-    }`,
+    }
+    ${capture ? html`${seenAppRows(capture)} ${bridgeRows(capture)}` : ''}`,
     footer: 'Ringwell reads the notifications shown on this desktop, and those a phone bridge mirrors.',
   });
 }

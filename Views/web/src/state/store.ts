@@ -24,6 +24,7 @@ const versions: Record<QueryTopic, number> = {
   authorization: 0,
   setupTest: 0,
   settings: 0,
+  capture: 0,
 };
 
 interface Entry {
