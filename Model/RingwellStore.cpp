@@ -342,15 +342,16 @@ void RingwellStore::startSave() {
                      });
 }
 
-// Back on the store's thread. Changes made during the write go to disk at
-// once in the next save, before this one's waiters run.
+// Back on the store's thread. This save's waiters hear first; then the
+// changes made during the write (and any a waiter made) go to disk at once in
+// the next save.
 void RingwellStore::saveWritten(std::optional<std::string> error) {
     writing_ = false;
     auto waiters = std::move(writingWaiters_);
     writingWaiters_.clear();
-    if (unsaved_)
-        startSave();
     finishSave(std::move(error), std::move(waiters));
+    if (unsaved_ && !writing_)
+        startSave();
 }
 
 // A waiter may change the store again; its change waits for the next save.
