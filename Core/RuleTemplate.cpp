@@ -42,7 +42,7 @@ std::vector<RuleTemplate> makeCatalogue() {
     night.activeHours = ActiveHours{ActiveHours::allDays(), 1320, 420};
 
     return {
-        {"calls-from", "Calls from someone", "Rings while their call is ringing, even on Silent",
+        {"calls-from", "Calls from someone", "Rings while their call is ringing, even when muted",
          "phone.fill", callsFrom, Blank::sender},
         {"missed-calls", "Missed calls", "Rings after a call you didn't answer",
          "phone.arrow.down.left", missedCalls, std::nullopt},

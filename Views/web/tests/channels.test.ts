@@ -53,7 +53,7 @@ test('adds a channel from a template and fills its blank condition first', async
   await expect(menu.getByRole('menuitem')).toHaveCount(9);
   await expect(menu.getByRole('menuitem').first()).toBeFocused();
   await expect(menu.getByRole('menuitem', { name: /Calls from someone/ })).toContainText(
-    'Rings while their call is ringing, even on Silent',
+    'Rings while their call is ringing, even when muted',
   );
   await snap(page, 'channels-add-menu');
   await menu.getByRole('menuitem', { name: /Calls from someone/ }).click();
