@@ -68,8 +68,8 @@ struct SendToRingwellIntent {
 };
 
 // An object whose keys are the property names, each optional (null reads as
-// absent); any other value that is not a string throws json::DecodeError.
-// Unknown keys are ignored.
+// absent); any other value that is not a string, and any other key, throws
+// json::DecodeError.
 SendToRingwellIntent sendIntentFromJson(const json::Json& value);
 // The present parameters under their property names.
 json::Json toJson(const SendToRingwellIntent& intent);

@@ -6,6 +6,7 @@
 
 #include "AppTestSupport.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace ringwell {
@@ -41,19 +42,26 @@ TEST_F(SendToRingwellIntentTest, AnAlarmThatCannotRingDoesNotFailTheIntent) {
 }
 
 TEST_F(SendToRingwellIntentTest, ItsJsonFormUsesThePropertyNames) {
-    const auto intent = sendIntentFromJson(json::Json{{"notificationTitle", "Mom"},
-                                                      {"app", "Messages"},
-                                                      {"associatedContent", "x"},
-                                                      {"unknown", 1}});
+    const auto intent = sendIntentFromJson(
+        json::Json{{"notificationTitle", "Mom"}, {"app", "Messages"}, {"associatedContent", "x"}});
     EXPECT_EQ(intent.notificationTitle, "Mom");
     EXPECT_FALSE(intent.notification);
     EXPECT_EQ(sendIntentFromJson(toJson(intent)), intent);
 }
 
-TEST_F(SendToRingwellIntentTest, ANonTextParameterIsADecodeError) {
+TEST_F(SendToRingwellIntentTest, ANonTextParameterOrAnUnknownFieldIsADecodeError) {
     EXPECT_EQ(sendIntentFromJson(json::Json{{"sender", nullptr}}), SendToRingwellIntent{});
     EXPECT_THROW(sendIntentFromJson(json::Json{{"app", 3}}), json::DecodeError);
     EXPECT_THROW(sendIntentFromJson(json::Json::array()), json::DecodeError);
+    // A "title" would otherwise be dropped without a word.
+    try {
+        sendIntentFromJson(json::Json{{"app", "Signal"}, {"title", "Mom"}});
+        ADD_FAILURE() << "an unknown field was accepted";
+    } catch (const json::DecodeError& error) {
+        EXPECT_THAT(error.what(), ::testing::StartsWith("unknown field \"title\" (did you mean "
+                                                        "\"notificationTitle\"?); the fields are "
+                                                        "notification, notificationTitle,"));
+    }
 }
 
 // MARK: Ring
