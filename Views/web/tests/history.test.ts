@@ -176,23 +176,23 @@ test('shows the day’s bars and figures in Stats', async ({ page, daemon }) => 
   const today = lastWeek.locator('tbody tr').last();
   await expect(today.locator('td')).toHaveText([String(stats.rang), String(stats.received - stats.rang)]);
   await expect(lastWeek.locator('tbody tr').first().locator('td')).toHaveText(['0', '0']);
-  // The chart really drew the bars: today's column has coloured pixels.
+  // The chart really drew the bars: today's column has coloured pixels, once
+  // the chart has sized its canvas and drawn (it may draw after the page shows).
   const canvas = page.locator('canvas');
-  await expect
-    .poll(async () => await canvas.evaluate((element: HTMLCanvasElement) => element.width))
-    .toBeGreaterThan(0);
-  const coloured = await canvas.evaluate((element: HTMLCanvasElement) => {
-    const context = element.getContext('2d')!;
-    const { width, height } = element;
-    const column = context.getImageData(Math.floor(width * 0.9), 0, Math.floor(width * 0.08), height).data;
-    let count = 0;
-    for (let i = 0; i < column.length; i += 4) {
-      const [r, g, b, a] = [column[i]!, column[i + 1]!, column[i + 2]!, column[i + 3]!];
-      if (a > 200 && Math.max(r, g, b) - Math.min(r, g, b) > 60) count += 1;
-    }
-    return count;
-  });
-  expect(coloured).toBeGreaterThan(50);
+  const colouredPixels = () =>
+    canvas.evaluate((element: HTMLCanvasElement) => {
+      if (element.width === 0) return 0;
+      const context = element.getContext('2d')!;
+      const { width, height } = element;
+      const column = context.getImageData(Math.floor(width * 0.9), 0, Math.floor(width * 0.08), height).data;
+      let count = 0;
+      for (let i = 0; i < column.length; i += 4) {
+        const [r, g, b, a] = [column[i]!, column[i + 1]!, column[i + 2]!, column[i + 3]!];
+        if (a > 200 && Math.max(r, g, b) - Math.min(r, g, b) > 60) count += 1;
+      }
+      return count;
+    });
+  await expect.poll(colouredPixels).toBeGreaterThan(50);
 
   const topApps = page.getByRole('region', { name: 'Top apps' });
   await expect(topApps).toContainText('Messages');
