@@ -17,6 +17,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,26 +47,30 @@ public:
                "</policy></busconfig>\n";
         address_ = "unix:path=" + socket.string();
         const std::string configArgument = "--config-file=" + config.string();
+        // The daemon prints its address on this pipe once it listens: the socket
+        // file alone appears at bind(), before connections are accepted.
+        int ready[2];
+        if (::pipe(ready) != 0)
+            return;
+        const std::string printArgument = "--print-address=" + std::to_string(ready[1]);
         pid_ = ::fork();
         if (pid_ == 0) {
+            ::close(ready[0]);
             // Its complaints about resource limits in a container are noise here.
             const int devNull = ::open("/dev/null", O_WRONLY);
             if (devNull >= 0)
                 ::dup2(devNull, STDERR_FILENO);
             ::execlp("dbus-daemon", "dbus-daemon", configArgument.c_str(), "--nofork",
-                     "--nopidfile", static_cast<char*>(nullptr));
+                     "--nopidfile", printArgument.c_str(), static_cast<char*>(nullptr));
             ::_exit(127);
         }
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (!std::filesystem::exists(socket) && std::chrono::steady_clock::now() < end) {
-            int status = 0;
-            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
-                pid_ = -1;
-                return;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        available_ = std::filesystem::exists(socket);
+        ::close(ready[1]);
+        // A hang guard only: the address comes within milliseconds, or never
+        // (the program is missing and the pipe closes at once).
+        pollfd reader{ready[0], POLLIN, 0};
+        char byte = 0;
+        available_ = pid_ > 0 && ::poll(&reader, 1, 30000) == 1 && ::read(ready[0], &byte, 1) == 1;
+        ::close(ready[0]);
     }
     ~PrivateBus() {
         if (pid_ > 0) {
