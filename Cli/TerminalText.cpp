@@ -6,7 +6,7 @@
 #include <cwchar>
 #include <cwctype>
 
-#include <locale.h>
+#include <locale.h> // NOLINT(modernize-deprecated-headers): POSIX declares newlocale here
 
 namespace ringwell::cli {
 

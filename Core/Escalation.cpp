@@ -192,6 +192,24 @@ std::optional<WebhookUrl> parseWebhookUrl(std::string_view text) {
 }
 
 namespace EscalationLimits {
+namespace {
+
+// What is wrong with one header of a webhook step; `seen` holds the step's
+// earlier header names, lowered.
+void addHeaderProblems(const std::string& name, const std::string& header, const std::string& value,
+                       std::vector<std::string>& seen, std::vector<std::string>& found) {
+    if (header.empty() || !std::all_of(header.begin(), header.end(), isTokenCharacter))
+        found.push_back(name + "\"" + header + "\" is not a header name.");
+    else if (std::find(seen.begin(), seen.end(), lowered(header)) != seen.end())
+        found.push_back(name + "the header \"" + header + "\" is given twice.");
+    else if (lowered(header) == "host" || lowered(header) == "content-length")
+        found.push_back(name + "the header \"" + header + "\" is set by Ringwell.");
+    seen.push_back(lowered(header));
+    if (value.find_first_of("\r\n") != std::string::npos)
+        found.push_back(name + "the value of \"" + header + "\" must be on one line.");
+}
+
+} // namespace
 
 std::vector<std::string> problems(const std::vector<EscalationStep>& steps) {
     std::vector<std::string> found;
@@ -221,17 +239,8 @@ std::vector<std::string> problems(const std::vector<EscalationStep>& steps) {
         if (step.headers.size() > maxHeaders)
             found.push_back(name + "at most " + std::to_string(maxHeaders) + " headers.");
         std::vector<std::string> seen;
-        for (const auto& [header, value] : step.headers) {
-            if (header.empty() || !std::all_of(header.begin(), header.end(), isTokenCharacter))
-                found.push_back(name + "\"" + header + "\" is not a header name.");
-            else if (std::find(seen.begin(), seen.end(), lowered(header)) != seen.end())
-                found.push_back(name + "the header \"" + header + "\" is given twice.");
-            else if (lowered(header) == "host" || lowered(header) == "content-length")
-                found.push_back(name + "the header \"" + header + "\" is set by Ringwell.");
-            seen.push_back(lowered(header));
-            if (value.find_first_of("\r\n") != std::string::npos)
-                found.push_back(name + "the value of \"" + header + "\" must be on one line.");
-        }
+        for (const auto& [header, value] : step.headers)
+            addHeaderProblems(name, header, value, seen, found);
         if (step.body && step.body->size() > maxBodyBytes)
             found.push_back(name + "the body is longer than " + std::to_string(maxBodyBytes) +
                             " bytes.");

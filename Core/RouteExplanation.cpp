@@ -126,6 +126,7 @@ std::vector<const RecordedRoute*> ringsOf(const Uuid& channel,
 
 std::vector<Cooldown::Firing> firings(const std::vector<const RecordedRoute*>& rings) {
     std::vector<Cooldown::Firing> out;
+    out.reserve(rings.size());
     for (const auto* ring : rings)
         out.push_back({ring->notification.from(), ring->notification.date});
     return out;

@@ -51,6 +51,7 @@ RecordedRoute recorded(const FireEvent& event) {
 
 std::vector<NamedChannel> namedChannels(const std::vector<Channel>& channels) {
     std::vector<NamedChannel> named;
+    named.reserve(channels.size());
     for (const auto& channel : channels)
         named.push_back({{channel.id, channel.isEnabled, channel.rule}, channel.name});
     return named;

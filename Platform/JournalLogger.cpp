@@ -80,6 +80,7 @@ bool JournalLogger::sendToJournal(LogLevel level, std::string_view category,
         "RINGWELL_CATEGORY=" + std::string(category),
     };
     std::vector<iovec> items;
+    items.reserve(fields.size());
     for (const auto& field : fields)
         items.push_back(iovec{const_cast<char*>(field.data()), field.size()});
     return sd_journal_sendv(items.data(), static_cast<int>(items.size())) >= 0;

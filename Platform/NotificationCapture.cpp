@@ -19,8 +19,9 @@ constexpr std::size_t rememberedTexts = 1024;
 constexpr const char* monitorRules[] = {
     "type='method_call',interface='org.freedesktop.Notifications',member='Notify'",
     "type='method_call',interface='org.gtk.Notifications',member='AddNotification'",
-    "type='method_call',interface='org.freedesktop.impl.portal.Notification',"
-    "member='AddNotification'",
+    // One rule split over two lines: the parentheses say the join is meant.
+    ("type='method_call',interface='org.freedesktop.impl.portal.Notification',"
+     "member='AddNotification'"),
     "type='method_return',sender='org.freedesktop.Notifications'",
 };
 

@@ -54,6 +54,7 @@ NotificationInfo notificationAt(int index, Date date) {
 // Oldest first, one a minute up to `now`.
 std::vector<NotificationInfo> recentNotifications() {
     std::vector<NotificationInfo> history;
+    history.reserve(historySize);
     for (int i = 0; i < historySize; ++i)
         history.push_back(notificationAt(i, now.addingSeconds(-60.0 * (historySize - i))));
     return history;

@@ -17,7 +17,7 @@
 #include <thread>
 #include <vector>
 
-#include <signal.h>
+#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/wait.h>
 #include <unistd.h>
 

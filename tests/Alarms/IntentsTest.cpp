@@ -130,6 +130,7 @@ class ChannelQueryTest : public AppTest {
 protected:
     static std::vector<std::string> names(const std::vector<ChannelEntity>& entities) {
         std::vector<std::string> out;
+        out.reserve(entities.size());
         for (const auto& entity : entities)
             out.push_back(entity.name);
         return out;

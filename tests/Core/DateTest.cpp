@@ -58,6 +58,7 @@ TEST(CalendarTest, ComponentsFollowTheZoneAndCopies) {
     EXPECT_EQ(parts->minute, 30);
     EXPECT_FALSE(Calendar::inTimeZone("Not/AZone"));
     Calendar copy = berlin;
+    berlin = calendarIn("UTC"); // the copy keeps a zone of its own
     EXPECT_EQ(copy.timeZoneId(), "Europe/Berlin");
     EXPECT_EQ(copy.components(at("2025-06-01T10:00:00Z"))->hour, 12);
 }

@@ -44,8 +44,10 @@ protected:
     // Verdicts in oldest-first order.
     static std::vector<PreviewVerdict> verdicts(const std::vector<PreviewEntry>& entries) {
         std::vector<PreviewVerdict> out;
-        for (auto it = entries.rbegin(); it != entries.rend(); ++it)
-            out.push_back(it->verdict);
+        out.reserve(entries.size());
+        for (const auto& entry : entries)
+            out.push_back(entry.verdict);
+        std::reverse(out.begin(), out.end());
         return out;
     }
 

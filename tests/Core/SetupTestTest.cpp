@@ -95,6 +95,7 @@ TEST_F(SetupTestTest, WithoutAReportTheDirectValuesAreJudged) {
 TEST_F(SetupTestTest, EverythingMissingFailsAppTitleAndTimeSensitiveOnly) {
     auto checks = evaluate(ShortcutInputFields{});
     std::vector<Status> statuses;
+    statuses.reserve(checks.size());
     for (const auto& check : checks)
         statuses.push_back(check.status);
     EXPECT_EQ(statuses,

@@ -89,13 +89,13 @@ TEST_F(CaptureOnBusTest, CaptureCountsEachAppAndSeesThePhoneBridge) {
     client({"/usr/bin/notify-send", "-a", "Signal", "Mom", "one"});
     client({"/usr/bin/notify-send", "-a", "Slack", "Ana", "standup"});
     client({"/usr/bin/notify-send", "-a", "Signal", "Mom", "two"});
+    const std::string phoneHints =
+        "{'x-kde-appname': <'kdeconnect'>, 'x-kde-display-appname': <'Messages'>, "
+        "'x-kdeconnect-source-device': <'Pixel 7'>}";
     client({"/usr/bin/gdbus", "call", "--session", "--dest", "org.freedesktop.Notifications",
             "--object-path", "/org/freedesktop/Notifications", "--method",
             "org.freedesktop.Notifications.Notify", "--", "KDE Connect", "0", "''", "Mom",
-            "see you", "[]",
-            "{'x-kde-appname': <'kdeconnect'>, 'x-kde-display-appname': <'Messages'>, "
-            "'x-kdeconnect-source-device': <'Pixel 7'>}",
-            "-1"});
+            "see you", "[]", phoneHints, "-1"});
     ASSERT_TRUE(seen(4));
 
     json::Json state = capture();

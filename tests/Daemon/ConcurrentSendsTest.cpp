@@ -33,9 +33,11 @@ TEST_F(ConcurrentSendsTest, BurstOfSendsLosesNothing) {
     ASSERT_EQ(ringwell({"permission", "alarms", "allow"}).exitCode, 0);
 
     std::vector<std::string> environmentStrings;
+    environmentStrings.reserve(environment.size());
     for (const auto& [name, value] : environment)
-        environmentStrings.push_back(name + "=" + value);
+        environmentStrings.emplace_back(name).append("=").append(value);
     std::vector<char*> envp;
+    envp.reserve(environmentStrings.size() + 1);
     for (auto& entry : environmentStrings)
         envp.push_back(entry.data());
     envp.push_back(nullptr);
@@ -46,6 +48,7 @@ TEST_F(ConcurrentSendsTest, BurstOfSendsLosesNothing) {
         std::vector<std::string> args = {RINGWELL_BINARY, "send",    "--app",
                                          "Pager",         "--title", "page " + std::to_string(i)};
         std::vector<char*> argv;
+        argv.reserve(args.size() + 1);
         for (auto& arg : args)
             argv.push_back(arg.data());
         argv.push_back(nullptr);

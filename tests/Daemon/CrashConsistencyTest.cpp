@@ -1,6 +1,6 @@
 #include "DaemonFixture.h"
 
-#include <signal.h>
+#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>

@@ -1,7 +1,7 @@
 #include "DaemonFixture.h"
 #include "Core/Json.h"
 
-#include <signal.h>
+#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,6 +51,7 @@ void DaemonTest::startDaemon() {
         std::vector<std::string> args = {RINGWELL_BINARY, "serve", "--port", "0"};
         args.insert(args.end(), serveArguments.begin(), serveArguments.end());
         std::vector<char*> argv;
+        argv.reserve(args.size() + 1);
         for (auto& arg : args)
             argv.push_back(arg.data());
         argv.push_back(nullptr);

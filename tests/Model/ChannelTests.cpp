@@ -104,7 +104,8 @@ TEST(ChannelJsonTest, NoReminderSoundWritesNoKey) {
 }
 
 TEST(ChannelJsonTest, EveryFieldRoundTripsEqual) {
-    for (Channel channel : {fullChannel(), Channel::make(std::nullopt, {}, "#FF9500", Date{1})}) {
+    for (const Channel& channel :
+         {fullChannel(), Channel::make(std::nullopt, {}, "#FF9500", Date{1})}) {
         std::string text = json::encode(toJson(channel));
         Channel decoded = decode(text);
         EXPECT_EQ(decoded, channel) << text;

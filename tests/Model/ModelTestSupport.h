@@ -14,7 +14,6 @@
 #include <stdexcept>
 #include <string>
 
-#include <stdlib.h>
 #include <sys/stat.h>
 
 namespace ringwell::testing {

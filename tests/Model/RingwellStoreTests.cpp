@@ -783,16 +783,11 @@ TEST_F(DerivedListsTest, NotificationHistoryHoldsForwardedNotificationsNewestFir
 
 TEST_F(DerivedListsTest, KnownAppsDropCaseDuplicatesAndSortForDisplay) {
     add(FireOutcome::noMatch, "messages", "Ann");
-    add(FireOutcome::noMatch,
-        "\xC3\x89"
-        "cole",
-        "Ann"); // École sorts with the Es
+    add(FireOutcome::noMatch, "\u00C9cole", "Ann"); // École sorts with the Es
     add(FireOutcome::noMatch, "eBay", "Ann");
-    EXPECT_EQ(store->knownApps(), (std::vector<std::string>{"eBay",
-                                                            "\xC3\x89"
-                                                            "cole",
-                                                            "Mail", "Messages", "Phone", "Ringwell",
-                                                            "Slack", "Telegram", "WhatsApp"}));
+    EXPECT_EQ(store->knownApps(),
+              (std::vector<std::string>{"eBay", "\u00C9cole", "Mail", "Messages", "Phone",
+                                        "Ringwell", "Slack", "Telegram", "WhatsApp"}));
 }
 
 TEST_F(DerivedListsTest, KnownSendersForTheGivenApps) {

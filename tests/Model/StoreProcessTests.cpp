@@ -10,7 +10,7 @@
 
 #include <random>
 
-#include <signal.h>
+#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include <stdlib.h>
+#include <stdlib.h> // NOLINT(modernize-deprecated-headers): POSIX declares setenv here
 
 namespace ringwell::testing {
 

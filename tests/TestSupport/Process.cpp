@@ -28,6 +28,7 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
         for (const auto& [name, value] : environment)
             setenv(name.c_str(), value.c_str(), 1);
         std::vector<char*> args;
+        args.reserve(argv.size() + 1);
         for (const auto& arg : argv)
             args.push_back(const_cast<char*>(arg.c_str()));
         args.push_back(nullptr);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
+#include <stdlib.h> // NOLINT(modernize-deprecated-headers): POSIX declares mkdtemp here
 
 #include <filesystem>
 #include <fstream>
