@@ -38,7 +38,8 @@ std::optional<std::string> unknownKeyProblem(std::string_view key) {
         known += (known.empty() ? "" : ", ") + std::string(parameter.property);
         const std::string_view property = parameter.property;
         constexpr std::string_view prefix = "notification";
-        if (key.size() + prefix.size() == property.size() && property.starts_with(prefix) &&
+        if (!key.empty() && key.size() + prefix.size() == property.size() &&
+            property.starts_with(prefix) &&
             std::tolower(static_cast<unsigned char>(property[prefix.size()])) == key.front() &&
             property.substr(prefix.size() + 1) == key.substr(1))
             likely = property;

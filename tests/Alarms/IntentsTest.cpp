@@ -53,6 +53,7 @@ TEST_F(SendToRingwellIntentTest, ANonTextParameterOrAnUnknownFieldIsADecodeError
     EXPECT_EQ(sendIntentFromJson(json::Json{{"sender", nullptr}}), SendToRingwellIntent{});
     EXPECT_THROW(sendIntentFromJson(json::Json{{"app", 3}}), json::DecodeError);
     EXPECT_THROW(sendIntentFromJson(json::Json::array()), json::DecodeError);
+    EXPECT_THROW(sendIntentFromJson(json::Json{{"", "x"}}), json::DecodeError);
     // A "title" would otherwise be dropped without a word.
     try {
         sendIntentFromJson(json::Json{{"app", "Signal"}, {"title", "Mom"}});
