@@ -21,6 +21,7 @@ namespace {
 constexpr const char* serverName = "org.freedesktop.Notifications";
 constexpr const char* serverPath = "/org/freedesktop/Notifications";
 constexpr const char* serverInterface = "org.freedesktop.Notifications";
+constexpr const char* dunstInterface = "org.dunstproject.cmd0";
 constexpr std::uint64_t callTimeoutUsec = 5'000'000;
 constexpr std::uint8_t normalUrgency = 1;
 constexpr std::uint8_t criticalUrgency = 2;
@@ -490,14 +491,31 @@ Awaitable<std::optional<bool>> NotifierDBus::readDoNotDisturb(std::string name) 
             if (sd_bus_message_read(reply.get(), "v", "b", &inhibited) >= 0)
                 co_return inhibited != 0;
         } else if (names(name, "dunst")) {
-            Reply reply = co_await getProperty("org.dunstproject.cmd0", "pauseLevel");
-            std::uint32_t level = 0;
-            if (sd_bus_message_read(reply.get(), "v", "u", &level) >= 0)
-                co_return level > 0;
+            co_return co_await readDunstPaused();
         }
     } catch (const std::exception&) {
         // An older server without the property: not known.
     }
+    co_return std::nullopt;
+}
+
+Awaitable<std::optional<bool>> NotifierDBus::readDunstPaused() {
+    // dunst with pause levels has `pauseLevel`; older releases (Debian 12's
+    // 1.9.0) only the boolean `paused`.
+    std::optional<Reply> levelReply;
+    try {
+        levelReply = co_await getProperty(dunstInterface, "pauseLevel");
+    } catch (const std::exception&) {
+    }
+    if (levelReply) {
+        std::uint32_t level = 0;
+        if (sd_bus_message_read(levelReply->get(), "v", "u", &level) >= 0)
+            co_return level > 0;
+    }
+    Reply reply = co_await getProperty(dunstInterface, "paused");
+    int paused = 0;
+    if (sd_bus_message_read(reply.get(), "v", "b", &paused) >= 0)
+        co_return paused != 0;
     co_return std::nullopt;
 }
 

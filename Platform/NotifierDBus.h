@@ -83,6 +83,7 @@ private:
     Awaitable<Reply> call(sd_bus_message* message);
     Awaitable<void> probeServer();
     Awaitable<std::optional<bool>> readDoNotDisturb(std::string serverName);
+    Awaitable<std::optional<bool>> readDunstPaused();
     Awaitable<Reply> getProperty(const char* interface, const char* property);
     void closeOnServer(std::uint32_t id);
     void withdrawAlarmNoticesAtExit();

@@ -93,9 +93,10 @@ private:
 // Owns org.freedesktop.Notifications and org.gtk.Notifications on the bus and
 // answers Notify, CloseNotification, AddNotification (GTK's and the portal's)
 // and GetServerInformation from a thread of its own, recording every notice
-// and every close; it has Plasma's `Inhibited` property. A notice whose
+// and every close; it has Plasma's `Inhibited` property and dunst 1.9.0's
+// `paused` (without `pauseLevel`). A notice whose
 // summary is "refuse me" gets an error reply. `invoke`, `close` and
-// `setInhibited` send the server's signals, as a person using the desktop
+// `setInhibited`, `setPaused` send the server's signals, as a person using the desktop
 // would cause them.
 class FakeNotificationServer {
 public:
@@ -120,6 +121,8 @@ public:
             fail("the fake server cannot reach the bus");
         if (sd_bus_add_object_vtable(bus_, nullptr, "/org/freedesktop/Notifications",
                                      "org.freedesktop.Notifications", vtable, this) < 0 ||
+            sd_bus_add_object_vtable(bus_, nullptr, "/org/freedesktop/Notifications",
+                                     "org.dunstproject.cmd0", dunstVtable, this) < 0 ||
             sd_bus_request_name(bus_, "org.freedesktop.Notifications", 0) < 0 ||
             sd_bus_add_object_vtable(bus_, nullptr, "/org/gtk/Notifications",
                                      "org.gtk.Notifications", addVtable, this) < 0 ||
@@ -175,6 +178,14 @@ public:
             inhibited_ = inhibited;
             sd_bus_emit_properties_changed(bus, "/org/freedesktop/Notifications",
                                            "org.freedesktop.Notifications", "Inhibited", nullptr);
+        });
+    }
+
+    void setPaused(bool paused) {
+        queue([=, this](sd_bus* bus) {
+            paused_ = paused;
+            sd_bus_emit_properties_changed(bus, "/org/freedesktop/Notifications",
+                                           "org.dunstproject.cmd0", "paused", nullptr);
         });
     }
 
@@ -281,6 +292,12 @@ private:
         return sd_bus_message_append(reply, "b", self->inhibited_ ? 1 : 0);
     }
 
+    static int onPaused(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
+                        void* userdata, sd_bus_error*) {
+        auto* self = static_cast<FakeNotificationServer*>(userdata);
+        return sd_bus_message_append(reply, "b", self->paused_ ? 1 : 0);
+    }
+
     // GTK's and the portal's AddNotification: taken and not kept.
     static int onAddNotification(sd_bus_message* message, void*, sd_bus_error*) {
         return sd_bus_reply_method_return(message, "");
@@ -301,6 +318,10 @@ private:
                       SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_PROPERTY("Inhibited", "b", onInhibited, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
         SD_BUS_VTABLE_END};
+    static constexpr sd_bus_vtable dunstVtable[] = {
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_PROPERTY("paused", "b", onPaused, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+        SD_BUS_VTABLE_END};
     static constexpr sd_bus_vtable addVtable[] = {SD_BUS_VTABLE_START(0),
                                                   SD_BUS_METHOD("AddNotification", "ssa{sv}", "",
                                                                 onAddNotification,
@@ -312,6 +333,7 @@ private:
     std::atomic<bool> stopping_{false};
     std::string name_;
     std::atomic<bool> inhibited_{false};
+    std::atomic<bool> paused_{false};
     mutable std::mutex mutex_;
     std::vector<Notice> notices_;
     std::vector<std::uint32_t> closed_;

@@ -219,6 +219,19 @@ TEST_F(NotifierOnABusTest, TheServerIsNamedWithItsDoNotDisturbWhereItTells) {
     EXPECT_TRUE(runUntil(context, [&] { return quiet() == true; }));
 }
 
+TEST_F(NotifierOnABusTest, DunstWithoutPauseLevelsTellsItsPause) {
+    FakeNotificationServer server(bus->address(), "dunst");
+    NotifierDBus notifier(context, logger);
+    auto quiet = [&]() -> std::optional<bool> {
+        auto found = notifier.server();
+        return found ? found->doNotDisturb : std::nullopt;
+    };
+
+    EXPECT_TRUE(runUntil(context, [&] { return quiet() == false; }));
+    server.setPaused(true);
+    EXPECT_TRUE(runUntil(context, [&] { return quiet() == true; }));
+}
+
 TEST_F(NotifierOnABusTest, ARefusedNoticeFailsTheCall) {
     FakeNotificationServer server(bus->address());
     NotifierDBus notifier(context, logger);
