@@ -83,6 +83,39 @@ const Command* findCommand(const std::vector<std::string>& args, size_t& consume
     return best;
 }
 
+// The commands named "GROUP something" ("channel add", "alarm stop"), for a
+// group word given alone, with --help, or with a word that is none of them.
+std::vector<const Command*> groupCommands(std::string_view group) {
+    std::vector<const Command*> found;
+    for (const Command* command : commands) {
+        const std::string_view name = command->name;
+        if (name.size() > group.size() && name.starts_with(group) && name[group.size()] == ' ')
+            found.push_back(command);
+    }
+    return found;
+}
+
+void printGroup(std::ostream& out, std::string_view group,
+                const std::vector<const Command*>& members) {
+    out << "Usage: ringwell " << group << " <command> [options]\n\nCommands:\n";
+    for (const Command* command : members) {
+        std::string name(command->name);
+        name.resize(17, ' ');
+        out << "  " << name << command->summary << '\n';
+    }
+    out << "\n'ringwell " << group << " <command> --help' shows a command's options.\n";
+}
+
+int runGroup(const std::vector<std::string>& args, const std::vector<const Command*>& members) {
+    if (args.size() == 1 || args[1] == "--help" || args[1] == "-h") {
+        printGroup(args.size() == 1 ? std::cerr : std::cout, args[0], members);
+        return args.size() == 1 ? exitUsage : exitSuccess;
+    }
+    std::cerr << "ringwell " << args[0] << ": unknown command '" << args[1] << "'\n";
+    printGroup(std::cerr, args[0], members);
+    return exitUsage;
+}
+
 int run(const std::vector<std::string>& args) {
     CommandContext context{std::cout, std::cerr};
     // The manual page, written by the build from the help texts below.
@@ -101,6 +134,8 @@ int run(const std::vector<std::string>& args) {
     size_t consumed = 0;
     const Command* command = findCommand(args, consumed);
     if (!command) {
+        if (auto members = groupCommands(args[0]); !members.empty())
+            return runGroup(args, members);
         std::cerr << "ringwell: unknown command '" << args[0] << "'\n"
                   << "Run 'ringwell --help' for the list of commands.\n";
         return exitUsage;

@@ -130,6 +130,18 @@ TEST(CommandLineTest, HelpVersionAndUnknownCommands) {
     EXPECT_EQ(unknown.exitCode, 2);
     EXPECT_NE(unknown.err.find("unknown command 'frobnicate'"), std::string::npos);
     EXPECT_EQ(runRingwell({}).exitCode, 2);
+
+    // A group word lists its commands: alone as a usage error, with --help
+    // as help, and after a word that is none of them.
+    auto group = runRingwell({"channel", "--help"});
+    EXPECT_EQ(group.exitCode, 0);
+    EXPECT_NE(group.out.find("channel delete"), std::string::npos) << group.out;
+    EXPECT_EQ(runRingwell({"alarm"}).exitCode, 2);
+    auto wrong = runRingwell({"channel", "edit", "x"});
+    EXPECT_EQ(wrong.exitCode, 2);
+    EXPECT_NE(wrong.err.find("ringwell channel: unknown command 'edit'"), std::string::npos)
+        << wrong.err;
+    EXPECT_NE(wrong.err.find("channel update"), std::string::npos);
 }
 
 TEST(CommandLineTest, OrdinaryCommandsDoNotLoadIcu) {
