@@ -4,6 +4,7 @@
 #include "Alarms/AlarmScheduler.h"
 #include "Alarms/Logger.h"
 #include "Alarms/NoticeCenter.h"
+#include "Alarms/RoutingBudget.h"
 #include "Alarms/SetupTestController.h"
 #include "Alarms/UserDefaults.h"
 #include "Core/Calendar.h"
@@ -35,6 +36,9 @@ struct AppContext {
     // process: a change of the system's time zone takes effect at the next
     // start of the daemon.
     std::function<Calendar()> calendar = [] { return Calendar::userDefault(); };
+    // The clock of the matching budgets (routingBudget): this thread's CPU
+    // time in the daemon; tests give one that runs out on cue.
+    MatchBudget::MonotonicSource matchingClock = threadCpuTime;
 };
 
 } // namespace ringwell

@@ -21,13 +21,6 @@ FireEvent record(AppContext& ctx, const NotificationInfo& notification, FireOutc
     return event;
 }
 
-FireEvent record(AppContext& ctx, const NotificationInfo& notification, FireOutcome outcome,
-                 const Channel& channel) {
-    FireEvent event = EventRecord::make(notification, outcome, ctx.clock.now(), channel);
-    ctx.store.log(event);
-    return event;
-}
-
 // Ringwell's own failure notice, forwarded back by an automation that selects
 // every app. Routing it could ring for it and fail again, in a loop. Other
 // notices of Ringwell are routed like any other.
@@ -91,33 +84,41 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
     std::vector<RoutableChannel> channels;
     for (const Channel& channel : ctx.store.channels())
         channels.push_back({channel.id, channel.isEnabled, channel.rule});
-    MatchBudget budget = routingBudget();
+    MatchBudget budget = routingBudget(ctx.matchingClock);
     const RouteResult verdict = Router::route(
         notification, channels, ctx.store.notificationHistory(), ctx.calendar(), budget);
+    // The events this routing records say whether the budget left patterns
+    // unchecked, so a notification that rang nothing tells why.
+    const bool cutShort = budget.cutShortCount() > 0;
+    auto recorded = [&](FireEvent event) {
+        event.routingCutShort = cutShort;
+        ctx.store.log(event);
+        return FireAttempt{std::move(event), std::nullopt};
+    };
+    const Date now = ctx.clock.now();
 
     switch (verdict.kind()) {
     case RouteResult::Kind::channel: {
         const std::optional<Channel> channel = ctx.store.channel(*verdict.id());
         if (!channel)
-            co_return FireAttempt{record(ctx, notification, FireOutcome::noMatch), std::nullopt};
+            co_return recorded(EventRecord::make(notification, FireOutcome::noMatch, now));
         if (isCoolingDown(*channel, notification, ctx.store))
-            co_return FireAttempt{record(ctx, notification, FireOutcome::cooledDown, *channel),
-                                  std::nullopt};
+            co_return recorded(
+                EventRecord::make(notification, FireOutcome::cooledDown, now, *channel));
         co_return co_await ctx.scheduler.attempt(*channel, std::move(notification), RingKind::live);
     }
     case RouteResult::Kind::disabled: {
         if (const std::optional<Channel> channel = ctx.store.channel(*verdict.id()))
-            co_return FireAttempt{record(ctx, notification, FireOutcome::skipped, *channel),
-                                  std::nullopt};
-        FireEvent event = EventRecord::make(notification, FireOutcome::skipped, ctx.clock.now());
+            co_return recorded(
+                EventRecord::make(notification, FireOutcome::skipped, now, *channel));
+        FireEvent event = EventRecord::make(notification, FireOutcome::skipped, now);
         event.channelID = *verdict.id();
-        ctx.store.log(event);
-        co_return FireAttempt{std::move(event), std::nullopt};
+        co_return recorded(std::move(event));
     }
     case RouteResult::Kind::noMatch:
         break;
     }
-    co_return FireAttempt{record(ctx, notification, FireOutcome::noMatch), std::nullopt};
+    co_return recorded(EventRecord::make(notification, FireOutcome::noMatch, now));
 }
 
 bool isCoolingDown(const Channel& channel, const NotificationInfo& notification,

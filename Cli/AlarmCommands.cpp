@@ -232,8 +232,8 @@ Options:
   --json                 print the recorded event
 
 Exit status: 0 rung (or skipped because the channel is disabled), 1 the alarm
-could not be scheduled or the channel does not exist, 2 usage error,
-3 the daemon is not running.
+could not be scheduled or the channel does not exist, 2 usage error (a name
+that several channels match included: the message lists their IDs), 3 the daemon is not running.
 )",
                           runRing};
 

@@ -247,7 +247,7 @@ ApiResult preview(const RouteRequest& request, ApiState& state) {
     const Calendar& calendar = pinned.value();
     // Replaying the history through hostile rules must not hold the loop any
     // longer than one routing may.
-    MatchBudget budget = routingBudget();
+    MatchBudget budget = routingBudget(ctx.matchingClock);
     auto entries = RulePreview::run(channel.value().id, routable, ctx.store.notificationHistory(),
                                     calendar, budget);
     json::Json list = json::Json::array();

@@ -13,10 +13,7 @@
 namespace ringwell::routes {
 namespace {
 
-json::Json describe(const ChannelRule& rule) {
-    // The editor describes the rule on every keystroke; compiling thousands of
-    // patterns must not hold the loop any longer than one routing may.
-    MatchBudget budget = routingBudget();
+json::Json describe(const ChannelRule& rule, MatchBudget budget) {
     auto invalid = rule.invalidPatterns(budget);
     json::Json available = json::Json::array();
     for (auto condition : RuleConditions::available(rule)) {
@@ -141,14 +138,16 @@ ApiResult appsToForward(const RouteRequest&, ApiState& state) {
     return ApiResponse::json(json::Json{{"apps", apps ? json::Json(*apps) : json::Json()}});
 }
 
-ApiResult describeRule(const RouteRequest& request, ApiState&) {
+ApiResult describeRule(const RouteRequest& request, ApiState& state) {
     auto body = bodyObject(request.message);
     if (!body)
         return body.error();
     auto rule = ruleOf(body.value());
     if (!rule)
         return rule.error();
-    return ApiResponse::json(describe(rule.value()));
+    // The editor describes the rule on every keystroke; compiling thousands of
+    // patterns must not hold the loop any longer than one routing may.
+    return ApiResponse::json(describe(rule.value(), routingBudget(state.ctx.matchingClock)));
 }
 
 ApiResult editRuleCondition(const RouteRequest& request, ApiState&) {

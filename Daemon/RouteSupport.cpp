@@ -5,6 +5,7 @@
 #include "Intents/ChannelEntity.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace ringwell::routes {
 
@@ -37,22 +38,25 @@ Result<Channel> resolveChannel(const RingwellStore& store, const std::string& te
         return Error{"No channel has the ID " + text + ".", Error::Kind::notFound};
     }
     auto matches = ChannelQuery::entities(store, text);
-    if (matches.size() > 1) {
-        auto exact = std::find_if(matches.begin(), matches.end(), [&](const ChannelEntity& entity) {
-            return text::equalsIgnoringCase(entity.name, text);
-        });
-        if (exact != matches.end())
-            matches = {*exact};
-    }
     if (matches.empty())
         return Error{"No channel matches \"" + text + "\".", Error::Kind::notFound};
+    // A whole name picks its channel among those that merely contain it, but
+    // only when no other channel has that name too: picking the first of two
+    // would ring one the person did not mean.
+    std::vector<ChannelEntity> exact;
+    std::copy_if(
+        matches.begin(), matches.end(), std::back_inserter(exact),
+        [&](const ChannelEntity& entity) { return text::equalsIgnoringCase(entity.name, text); });
+    if (!exact.empty())
+        matches = std::move(exact);
     if (matches.size() > 1) {
-        std::string names;
+        std::string listed;
         for (const auto& entity : matches)
-            names += (names.empty() ? "" : ", ") + entity.name;
-        return Error{"\"" + text + "\" matches several channels: " + names +
-                         ". Use a longer name or the channel's ID.",
-                     Error::Kind::conflict};
+            listed +=
+                (listed.empty() ? "" : ", ") + entity.name + " (" + entity.id.toString() + ")";
+        return Error{"\"" + text + "\" matches several channels: " + listed +
+                         ". Give the channel's ID, or a name only one channel has.",
+                     Error::Kind::invalidInput};
     }
     return *store.channel(matches.front().id);
 }

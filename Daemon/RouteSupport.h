@@ -24,8 +24,9 @@ Result<json::Json> bodyObject(const ApiRequest& request);
 Result<Uuid> uuidArgument(const std::string& text, std::string_view what);
 
 // A channel named by its id, or by a name that identifies one channel: the
-// only one containing the text, or the one whose whole name it is. Not found
-// when none does; a conflict when several do.
+// only one containing the text, or the only one whose whole name it is. Not
+// found when none does; invalid input listing the candidates' names and IDs
+// when several do (the command line's usage error), never the first of them.
 Result<Channel> resolveChannel(const RingwellStore& store, const std::string& text);
 
 Error noChannelWithId(const Uuid& id);

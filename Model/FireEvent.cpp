@@ -102,6 +102,8 @@ json::Json toJson(const FireEvent& event) {
     out["outcome"] = std::string(rawValue(event.outcome));
     putOptional(out, "errorMessage", event.errorMessage, same);
     out["isTest"] = event.isTest;
+    if (event.routingCutShort)
+        out["routingCutShort"] = true;
     if (!event.escalations.empty()) {
         json::Json records = json::Json::array();
         for (const auto& record : event.escalations)
@@ -143,6 +145,7 @@ FireEvent fireEventFromJson(const json::Json& value) {
     event.outcome = *decoded;
     event.errorMessage = json::optionalString(value, "errorMessage");
     event.isTest = json::requireBool(value, "isTest");
+    event.routingCutShort = json::optionalBool(value, "routingCutShort").value_or(false);
     if (const auto* records = json::optionalArray(value, "escalations"))
         for (const auto& record : *records)
             event.escalations.push_back(escalationRecordFromJson(record));

@@ -68,6 +68,9 @@ struct FireEvent {
     FireOutcome outcome = FireOutcome::noMatch;
     std::optional<std::string> errorMessage; // the reason of a `failed` event
     bool isTest = false;
+    // The routing ran out of its matching budget: patterns left unchecked
+    // counted as not matching, so a channel that needed one did not take it.
+    bool routingCutShort = false;
     // What the channel's escalation did while this event's alarm rang, in order.
     std::vector<EscalationRecord> escalations;
 
@@ -83,7 +86,8 @@ struct FireEvent {
 // that rules, previews and traces replay.
 bool isForwardedNotification(const FireEvent& event);
 
-// The keys in declaration order; absent optionals and empty `escalations` are left out.
+// The keys in declaration order; absent optionals, a false `routingCutShort` and
+// empty `escalations` are left out.
 json::Json toJson(const FireEvent& event);
 // `id`, `receivedAt`, `firedAt`, `outcome` and `isTest` are required; a missing
 // or mistyped key (null included) or an unknown outcome throws json::DecodeError.

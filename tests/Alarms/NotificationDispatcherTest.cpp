@@ -146,6 +146,31 @@ TEST_F(NotificationDispatcherTest, FrequencyRulesSeeTheEarlierNotifications) {
     EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::fired);
 }
 
+// MARK: Matching budget
+
+TEST_F(NotificationDispatcherTest, HostileRulesAreCutShortAndTheEventSaysSo) {
+    // Patterns that would match: without a budget, Urgent would ring.
+    change(urgent().id, [](Channel& c) {
+        c.rule.senders = {"Alice", "Bob"};
+        c.rule.keywords = {"Hello"};
+    });
+    // A matching clock on which every reading comes a second after the last,
+    // as if each pattern took that long: the routing's budget runs out at once.
+    MatchBudget::Duration spent{};
+    ctx.matchingClock = [&] { return spent += std::chrono::seconds(1); };
+    const FireEvent event = handle(send("Mail", "Alice", "Hello"));
+    EXPECT_EQ(event.outcome, FireOutcome::noMatch);
+    EXPECT_TRUE(event.routingCutShort);
+    EXPECT_EQ(store.events().front(), event);
+    EXPECT_TRUE(service.scheduled.empty());
+
+    // With time left the same notification rings, and its event says nothing.
+    ctx.matchingClock = [] { return MatchBudget::Duration{}; };
+    const FireEvent rung = handle(send("Mail", "Alice", "Hello"));
+    EXPECT_EQ(rung.outcome, FireOutcome::fired);
+    EXPECT_FALSE(rung.routingCutShort);
+}
+
 // MARK: Failures
 
 TEST_F(NotificationDispatcherTest, AFailedRingPostsOneNoticeNamingTheChannel) {

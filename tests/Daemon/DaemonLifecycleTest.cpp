@@ -116,7 +116,7 @@ TEST_F(DaemonLifecycleTest, ChannelsAreManagedFromTheCommandLine) {
     EXPECT_EQ(ringwellJson({"channels", "urg", "--json"})[0]["name"], "Urgent");
 
     auto ambiguous = ringwell({"ring", "u"});
-    EXPECT_EQ(ambiguous.exitCode, 1);
+    EXPECT_EQ(ambiguous.exitCode, 2);
     EXPECT_NE(ambiguous.err.find("matches several channels"), std::string::npos) << ambiguous.err;
 
     EXPECT_EQ(ringwell({"channel", "add", "--template", "nope"}).exitCode, 2);

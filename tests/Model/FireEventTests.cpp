@@ -26,6 +26,7 @@ FireEvent fullEvent() {
     event.outcome = FireOutcome::failed;
     event.errorMessage = "The alarm service is not authorised.";
     event.isTest = true;
+    event.routingCutShort = true;
     event.escalations = {{1, EscalationAction::webhook, Date{760000031}, false, "HTTP 500"}};
     return event;
 }

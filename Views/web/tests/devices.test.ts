@@ -19,6 +19,12 @@ test('adds a device that sends, shows its token once, and removes it', async ({ 
   await openApp(page, daemon, '/settings/setup');
   const devices = page.getByRole('region', { name: 'Phones on the network' });
   await expect(devices).toContainText('Off until a device is added.');
+  // Without devices the card says so, instead of showing an empty list as a blank row.
+  const noDevices = async () => {
+    await expect(devices.getByText('No phones yet.')).toBeVisible();
+    await expect(devices.locator('ul:not(:has(li))')).toHaveCount(0);
+  };
+  await noDevices();
   await devices.getByLabel('Device name').fill('Pixel');
   await devices.getByRole('button', { name: 'Add device' }).click();
 
@@ -43,6 +49,7 @@ test('adds a device that sends, shows its token once, and removes it', async ({ 
   await devices.getByRole('button', { name: 'Remove Pixel' }).click();
   await expect(devices.getByLabel('New device')).toHaveCount(0);
   await expect(devices).toContainText('Off until a device is added.');
+  await noDevices();
   // Revoked at once: refused on a kept-alive connection, and no listener is left for new ones.
   const after = await send().then(
     (response) => response.status,

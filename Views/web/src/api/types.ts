@@ -101,6 +101,8 @@ export interface FireEvent {
   outcome: FireOutcome;
   errorMessage?: string;
   isTest: boolean;
+  // The routing ran out of time: patterns left unchecked counted as not matching.
+  routingCutShort?: boolean;
   escalations?: EscalationRecord[];
   label: string;
   icon: string;

@@ -118,6 +118,11 @@ export function eventDetailScreen(eventId: string): TemplateResult {
     content: html`${row('Channel', event.channelName ?? 'None')}
     ${row('Result', html`<span class="result">${outcomeIcon(event)} ${event.label}</span>`)}
     ${event.errorMessage ? row('Error', html`<span class="bad">${event.errorMessage}</span>`) : nothing}
+    ${
+      event.routingCutShort
+        ? row('Rules', html`<span class="bad">Cut short: the rules’ patterns took too long to check</span>`)
+        : nothing
+    }
     ${row('Received', fullDate(event.receivedAt))} ${row('Handled', fullDate(event.firedAt))}`,
   })}
   ${

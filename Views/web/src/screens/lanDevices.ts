@@ -6,6 +6,7 @@ import qrcode from 'qrcode-generator';
 import { api } from '../api/client';
 import type { NewLanDevice } from '../api/types';
 import { forget, query, requestRender } from '../state/store';
+import { icon } from '../ui/icons';
 import { copyableCommand, errorNote, loadingNote, section } from '../ui/widgets';
 
 const devicesKey = 'devices';
@@ -91,20 +92,28 @@ export function lanDevicesSection(): TemplateResult {
     ? result.error
       ? nothing
       : loadingNote()
-    : html`<ul class="device-rows">
-        ${state.devices.map(
-          (device) =>
-            html`<li class="row">
-              <span class="row-label">${device.name}</span>
-              <button type="button" class="destructive" @click=${() => removeDevice(device.name)}>
-                Remove ${device.name}
-              </button>
-            </li>`,
-        )}
-      </ul>`;
+    : state.devices.length === 0
+      ? html`<p class="row muted">No phones yet. Add one below: it gets an address and a token for its automation.</p>`
+      : html`<ul class="app-rows device-rows">
+          ${state.devices.map(
+            (device) =>
+              html`<li class="row">
+                ${icon('phone.fill', { className: 'row-icon' })}
+                <span class="row-label">${device.name}</span>
+                <button
+                  type="button"
+                  class="button small destructive"
+                  aria-label="Remove ${device.name}"
+                  @click=${() => removeDevice(device.name)}
+                >
+                  Remove
+                </button>
+              </li>`,
+          )}
+        </ul>`;
   const listener = !state
     ? nothing
-    : html`<p class="note">
+    : html`<p class="note listener-note">
         ${
           state.listening
             ? `Phones send to ${state.url}.`
@@ -125,8 +134,8 @@ export function lanDevicesSection(): TemplateResult {
           void addDevice(event.target as HTMLFormElement);
         }}
       >
-        <label>Device name <input name="name" required maxlength="64" /></label>
-        <button type="submit">Add device</button>
+        <label>Device name <input type="text" name="name" required maxlength="64" /></label>
+        <button type="submit" class="button small primary">Add device</button>
       </form>
       ${justAdded ? newDevice(justAdded) : nothing} ${listener}`,
     footer: 'A phone’s own automation can send its notifications here over the local network.',

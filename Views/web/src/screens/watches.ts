@@ -55,8 +55,13 @@ function watchRow(watch: Watch): TemplateResult {
       <span class="note">${watch.summary}</span>
       <span class="watch-state">${watchState(watch)}</span>
     </span>
-    <button type="button" class="destructive" @click=${() => change(() => api.removeWatch(watch.app))}>
-      Stop watching ${watch.app}
+    <button
+      type="button"
+      class="button small destructive"
+      aria-label="Stop watching ${watch.app}"
+      @click=${() => change(() => api.removeWatch(watch.app))}
+    >
+      Stop watching
     </button>
   </li>`;
 }
@@ -77,7 +82,7 @@ export function watchesSection(apps: string[] | null | undefined): TemplateResul
       }
       ${
         state.watches.length === 0
-          ? html`<p class="row">No watches yet.</p>`
+          ? html`<p class="row muted">No watches yet.</p>`
           : html`<ul class="watch-rows">
               ${state.watches.map(watchRow)}
             </ul>`
@@ -94,7 +99,7 @@ export function watchesSection(apps: string[] | null | undefined): TemplateResul
           if (await change(() => api.addWatch(watchFromForm(new FormData(form))))) form.reset();
         }}
       >
-        <label>App <input name="app" required list="watch-apps" maxlength="200" /></label>
+        <label>App <input type="text" name="app" required list="watch-apps" maxlength="200" /></label>
         <datalist id="watch-apps">${(apps ?? []).map((app) => html`<option value=${app}></option>`)}</datalist>
         <label
           >A notification at least every
@@ -102,7 +107,7 @@ export function watchesSection(apps: string[] | null | undefined): TemplateResul
         >
         <label>Only from <input name="from" type="time" /></label>
         <label>to <input name="to" type="time" /></label>
-        <button type="submit">Watch</button>
+        <button type="submit" class="button small primary">Watch</button>
       </form>`,
     footer:
       'When a watched app sends nothing for that long, Ringwell tells you once: forwarding may have stopped. ' +
