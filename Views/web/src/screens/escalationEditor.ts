@@ -158,11 +158,12 @@ function stepView(
             html`<option value=${action.value} ?selected=${action.value === step.action}>${action.label}</option>`,
         )}
       </select>
-      <button type="button" aria-label="Move step ${n} up" ?disabled=${index === 0} @click=${() => move(index, -1)}>
+      <button type="button" class="icon-button" aria-label="Move step ${n} up" ?disabled=${index === 0} @click=${() => move(index, -1)}>
         ↑
       </button>
       <button
         type="button"
+        class="icon-button"
         aria-label="Move step ${n} down"
         ?disabled=${index === count - 1}
         @click=${() => move(index, 1)}
@@ -171,7 +172,7 @@ function stepView(
       </button>
       <button
         type="button"
-        class="destructive"
+        class="icon-button destructive"
         aria-label="Remove step ${n}"
         @click=${() => change(steps.filter((_, i) => i !== index))}
       >
@@ -210,6 +211,7 @@ function stepView(
                   />
                   <button
                     type="button"
+                    class="icon-button destructive"
                     aria-label="Remove step ${n} header ${at + 1}"
                     @click=${() => replace(index, { headers: step.headers.filter((_, i) => i !== at) })}
                   >
