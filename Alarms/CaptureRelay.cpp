@@ -2,7 +2,8 @@
 #include "Core/Json.h"
 
 #include "Alarms/NotificationDispatcher.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,5 +1,6 @@
 #include "Alarms/EscalationRunner.h"
 
+#include "Core/Iso8601.h"
 #include "Model/AlarmTone.h"
 
 #include <boost/asio/post.hpp>

@@ -7,7 +7,7 @@
 #include "Core/Json.h"
 #include "Core/Router.h"
 #include "Core/SetupTest.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 
 #include <chrono>
 #include <exception>

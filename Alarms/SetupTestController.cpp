@@ -1,4 +1,5 @@
 #include "Alarms/SetupTestController.h"
+#include "Core/Iso8601.h"
 #include "Core/Json.h"
 
 namespace ringwell {

@@ -3,7 +3,8 @@
 #include "Alarms/EventRecord.h"
 #include "Alarms/RingwellAlarmError.h"
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <algorithm>
 #include <exception>

@@ -3,6 +3,7 @@
 #include "Cli/Arguments.h"
 #include "Cli/CommandSupport.h"
 #include "Core/Calendar.h"
+#include "Core/Iso8601.h"
 #include "Core/Json.h"
 #include "Core/RuleMatcher.h"
 #include "Core/RuleTemplate.h"

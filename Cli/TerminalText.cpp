@@ -1,5 +1,8 @@
 #include "Cli/TerminalText.h"
 
+#include "Core/Date.h"
+#include "Core/Json.h"
+
 #include <clocale>
 #include <cmath>
 #include <ctime>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/Json.h"
+#include "Core/JsonFwd.h"
 
 #include <string>
 #include <string_view>

@@ -1,6 +1,7 @@
 #include "Core/AlertTitle.h"
 
-#include "Core/Text.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 namespace ringwell::AlertTitle {
 namespace {

@@ -1,5 +1,7 @@
 #include "Core/Calendar.h"
 
+#include "Core/Iso8601.h"
+
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>

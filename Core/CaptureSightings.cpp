@@ -1,6 +1,7 @@
 #include "Core/CaptureSightings.h"
 
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <algorithm>
 

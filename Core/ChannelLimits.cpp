@@ -1,6 +1,7 @@
 #include "Core/ChannelLimits.h"
 
-#include "Core/Text.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 #include <algorithm>
 

@@ -1,8 +1,11 @@
 #include "Core/ChannelRule.h"
 
+#include "Core/Joined.h"
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 #include "Core/TextMatcher.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 #include <cstdio>
 

@@ -1,6 +1,7 @@
 #include "Core/ConnectionStatus.h"
 
-#include "Core/Text.h"
+#include "Core/Iso8601.h"
+#include "Core/TextFolding.h"
 
 #include <unicode/reldatefmt.h>
 

@@ -1,6 +1,6 @@
 #include "Core/Cooldown.h"
 
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 
 #include <algorithm>
 

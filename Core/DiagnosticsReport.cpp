@@ -1,6 +1,7 @@
 #include "Core/DiagnosticsReport.h"
 
-#include "Core/Text.h"
+#include "Core/Iso8601.h"
+#include "Core/Joined.h"
 
 #include <algorithm>
 

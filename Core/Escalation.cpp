@@ -1,5 +1,6 @@
 #include "Core/Escalation.h"
 
+#include "Core/Iso8601.h"
 #include "Core/Json.h"
 
 #include <algorithm>

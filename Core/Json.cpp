@@ -1,5 +1,8 @@
 #include "Core/Json.h"
 
+#include "Core/Date.h"
+#include "Core/Uuid.h"
+
 #include <cmath>
 
 namespace ringwell::json {
@@ -52,6 +55,10 @@ Uuid asUuid(const Json& value, std::string_view what) {
     if (!uuid)
         fail(what, "a UUID");
     return *uuid;
+}
+
+Json dateValue(Date date) {
+    return date.secondsSinceReferenceDate;
 }
 
 Date asDate(const Json& value, std::string_view what) {

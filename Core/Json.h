@@ -1,9 +1,7 @@
 #pragma once
 
-#include "Core/Date.h"
 #include "Core/JsonFwd.h"
 #include "Core/Result.h"
-#include "Core/Uuid.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,6 +9,12 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+namespace ringwell {
+// The value types the readers return; their users include their headers.
+struct Date;
+struct Uuid;
+} // namespace ringwell
 
 // JSON forms of the records. Objects keep the order in which keys are written,
 // so encoded records show their keys in declaration order.
@@ -65,8 +69,7 @@ std::string asString(const Json& value, std::string_view what);
 Uuid asUuid(const Json& value, std::string_view what);
 Date asDate(const Json& value, std::string_view what);
 
-inline Json dateValue(Date date) {
-    return date.secondsSinceReferenceDate;
-}
+// A date's JSON form: seconds since the reference date.
+Json dateValue(Date date);
 
 } // namespace ringwell::json

@@ -1,7 +1,10 @@
 #include "Core/NotificationInfo.h"
 
+#include "Core/Iso8601.h"
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 namespace ringwell {
 namespace {

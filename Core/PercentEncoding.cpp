@@ -1,6 +1,6 @@
 #include "Core/PercentEncoding.h"
 
-#include "Core/Text.h"
+#include "Core/HexDigit.h"
 
 namespace ringwell::PercentEncoding {
 

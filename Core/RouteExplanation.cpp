@@ -1,8 +1,9 @@
 #include "Core/RouteExplanation.h"
 
 #include "Core/Cooldown.h"
+#include "Core/Iso8601.h"
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 
 #include <algorithm>
 

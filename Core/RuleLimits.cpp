@@ -1,6 +1,6 @@
 #include "Core/RuleLimits.h"
 
-#include "Core/Text.h"
+#include "Core/Utf8.h"
 
 namespace ringwell::RuleLimits {
 namespace {

@@ -1,8 +1,10 @@
 #include "Core/RuleMatcher.h"
 
+#include "Core/Joined.h"
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 #include "Core/TextMatcher.h"
+#include "Core/Whitespace.h"
 
 #include <algorithm>
 

@@ -1,7 +1,8 @@
 #include "Core/SetupTest.h"
 
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <algorithm>
 

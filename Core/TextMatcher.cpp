@@ -1,6 +1,7 @@
 #include "Core/TextMatcher.h"
 
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <string>
 #include <unordered_map>

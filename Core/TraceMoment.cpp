@@ -1,7 +1,8 @@
 #include "Core/TraceMoment.h"
 
-#include "Core/Date.h"
-#include "Core/Text.h"
+#include "Core/Iso8601.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <array>
 #include <charconv>

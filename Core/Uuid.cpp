@@ -1,6 +1,6 @@
 #include "Core/Uuid.h"
 
-#include "Core/Text.h"
+#include "Core/HexDigit.h"
 
 #include <random>
 

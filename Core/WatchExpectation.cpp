@@ -1,7 +1,7 @@
 #include "Core/WatchExpectation.h"
 
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/Whitespace.h"
 
 namespace ringwell {
 

@@ -1,3 +1,4 @@
+#include "Core/Iso8601.h"
 #include "Daemon/ApiJson.h"
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/RouteSupport.h"

@@ -2,7 +2,6 @@
 
 #include "Core/Json.h"
 #include "Core/PercentEncoding.h"
-#include "Core/Text.h"
 
 namespace ringwell {
 

@@ -1,7 +1,8 @@
 #include "Daemon/LanGate.h"
 
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 #include "Daemon/DeviceToken.h"
 
 namespace ringwell::LanGate {

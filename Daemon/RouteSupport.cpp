@@ -1,6 +1,6 @@
 #include "Daemon/RouteSupport.h"
 
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 #include "Core/TraceMoment.h"
 #include "Intents/ChannelEntity.h"
 

@@ -1,5 +1,5 @@
 #include "Alarms/Watchdog.h"
-#include "Core/Text.h"
+#include "Core/Whitespace.h"
 #include "Daemon/ApiRoutes.h"
 #include "Daemon/RouteSupport.h"
 

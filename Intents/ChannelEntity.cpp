@@ -1,7 +1,7 @@
 #include "Intents/ChannelEntity.h"
 
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "Model/ChannelPalette.h"
 
-#include "Core/Text.h"
+#include "Core/HexDigit.h"
 
 #include <algorithm>
 #include <cmath>

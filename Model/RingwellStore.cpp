@@ -1,7 +1,9 @@
 #include "Model/RingwellStore.h"
 
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 #include "Model/AtomicFile.h"
 #include "Model/XdgPaths.h"
 

@@ -1,6 +1,6 @@
 #include "Platform/AlarmNotice.h"
 
-#include "Core/Text.h"
+#include "Core/Whitespace.h"
 #include "Shared/AlarmButtons.h"
 
 #include <cstdio>

@@ -1,6 +1,7 @@
 #include "Platform/NotifierDBus.h"
 
-#include "Core/Text.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 #include <systemd/sd-bus.h>
 

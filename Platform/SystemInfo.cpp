@@ -1,6 +1,7 @@
 #include "Platform/SystemInfo.h"
 
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Whitespace.h"
 
 #include <array>
 #include <fstream>

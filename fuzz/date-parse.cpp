@@ -1,5 +1,5 @@
 // Dates as clients and files give them: parsed or refused, never a crash.
-#include "Core/Date.h"
+#include "Core/Iso8601.h"
 #include "Core/NotificationInfo.h"
 
 #include <cstddef>

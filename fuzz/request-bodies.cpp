@@ -1,6 +1,6 @@
 // The bodies of POST /v1/send and /v1/ring decoded into their requests the way
 // the API does: a request or a DecodeError, nothing else.
-#include "Core/Date.h"
+#include "Core/Iso8601.h"
 #include "Core/Json.h"
 #include "Intents/SendToRingwellIntent.h"
 

@@ -1,7 +1,9 @@
 // The text helpers and the pattern matcher on arbitrary bytes: the first
 // byte picks plain or regex matching, the rest splits into pattern and text.
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
 #include "Core/TextMatcher.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 #include <cstddef>
 #include <cstdint>

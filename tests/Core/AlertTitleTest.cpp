@@ -1,7 +1,5 @@
 #include "Core/AlertTitle.h"
 
-#include "Core/Text.h"
-
 #include <gtest/gtest.h>
 
 namespace ringwell {

@@ -1,5 +1,5 @@
-#include "Core/Date.h"
 #include "Core/Calendar.h"
+#include "Core/Iso8601.h"
 
 #include "TestSupport/Helpers.h"
 

@@ -1,4 +1,6 @@
-#include "Core/Text.h"
+#include "Core/TextFolding.h"
+#include "Core/Utf8.h"
+#include "Core/Whitespace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "Core/Json.h"
-#include "Core/Text.h"
+#include "Core/Utf8.h"
 #include "Model/AtomicFile.h"
 #include "Model/RingwellStore.h"
 #include "ModelTestSupport.h"

@@ -47,8 +47,10 @@ TEST_F(JournalLoggerTest, WithoutAJournalLinesGoToTheFallbackWithCategoryAndLeve
 
 TEST_F(JournalLoggerTest, LinesFromManyThreadsStayWhole) {
     JournalLogger logger(directory / "no-journal-socket", fd_);
+    constexpr int threadCount = 4;
     std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
+    threads.reserve(threadCount);
+    for (int t = 0; t < threadCount; ++t) {
         threads.emplace_back([&logger, t] {
             for (int i = 0; i < 250; ++i)
                 logger.log(LogLevel::info, "Thread" + std::to_string(t),

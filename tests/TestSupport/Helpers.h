@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Core/Calendar.h"
-#include "Core/Date.h"
+#include "Core/Iso8601.h"
 
 #include <gtest/gtest.h>
 

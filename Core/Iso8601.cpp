@@ -1,4 +1,4 @@
-#include "Core/Date.h"
+#include "Core/Iso8601.h"
 
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
