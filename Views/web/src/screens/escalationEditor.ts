@@ -158,7 +158,13 @@ function stepView(
             html`<option value=${action.value} ?selected=${action.value === step.action}>${action.label}</option>`,
         )}
       </select>
-      <button type="button" class="icon-button" aria-label="Move step ${n} up" ?disabled=${index === 0} @click=${() => move(index, -1)}>
+      <button
+        type="button"
+        class="icon-button"
+        aria-label="Move step ${n} up"
+        ?disabled=${index === 0}
+        @click=${() => move(index, -1)}
+      >
         ↑
       </button>
       <button
