@@ -108,7 +108,14 @@ int runCapture(std::span<const std::string> args, CommandContext& context) {
 void printNotificationServer(CommandContext& context, const json::Json& notifications) {
     const json::Json* server = json::member(notifications, "server");
     if (!server || !server->is_object()) {
-        context.out << "Alarm notices: no notification server answers (they go to the log)\n";
+        // Just after the daemon starts (say by its socket), the server has
+        // not been asked yet: that is not the same as no server.
+        const json::Json* permission = json::member(notifications, "permission");
+        if (permission && *permission == "unknown")
+            context.out << "Alarm notices: not known yet (the notification server has not "
+                           "answered)\n";
+        else
+            context.out << "Alarm notices: no notification server answers (they go to the log)\n";
         return;
     }
     context.out << "Alarm notices: shown by " << server->value("name", "unnamed");

@@ -101,6 +101,20 @@ TEST(CliAnswersTest, SendSaysWhenTheWaitingSetupTestTookTheNotification) {
               "The waiting setup test took this notification; see `ringwell setup-test status`.\n");
 }
 
+TEST(CliAnswersTest, StatusTellsANotificationServerNotAskedYetFromNone) {
+    const std::string status = R"({"version":"1","channels":0,"events":0,"alarms":0,)"
+                               R"("notifications":{"permission":"PERMISSION","server":null}})";
+    auto statusWith = [&](const std::string& permission) {
+        std::string answer = status;
+        answer.replace(answer.find("PERMISSION"), 10, permission);
+        StandInDaemon daemon(Answers{{"/v1/status", answer}});
+        return runRingwell({"status"}, daemon.environment()).out;
+    };
+    EXPECT_NE(statusWith("unknown").find("Alarm notices: not known yet"), std::string::npos);
+    EXPECT_NE(statusWith("unreachable").find("Alarm notices: no notification server answers"),
+              std::string::npos);
+}
+
 TEST(CliAnswersTest, ChannelsPrintEntitiesOrWholeChannelsInListOrder) {
     StandInDaemon daemon(Answers{
         {"/v1/channel-entities?matching=o",
