@@ -11,13 +11,6 @@
 namespace ringwell::text {
 namespace {
 
-// Decodes the code point starting at `i`; invalid bytes decode to a negative value.
-UChar32 codePointAt(std::string_view text, int32_t& i) {
-    UChar32 c;
-    U8_NEXT(reinterpret_cast<const uint8_t*>(text.data()), i, static_cast<int32_t>(text.size()), c);
-    return c;
-}
-
 // One character break iterator per thread: creating one is expensive and an
 // iterator is not safe to share.
 icu::BreakIterator& characterIterator() {
@@ -28,6 +21,16 @@ icu::BreakIterator& characterIterator() {
         return created;
     }();
     return *iterator;
+}
+
+// Detaches the shared iterator from `utext` (it must not keep a closed text)
+// and closes it.
+void releaseText(icu::BreakIterator& iterator, UText* utext) {
+    UErrorCode ignored = U_ZERO_ERROR;
+    UText* empty = utext_openUTF8(nullptr, "", 0, &ignored);
+    iterator.setText(empty, ignored);
+    utext_close(utext);
+    utext_close(empty);
 }
 
 // Byte offset after `count` user-perceived characters, or npos when the text is shorter;
@@ -53,12 +56,7 @@ size_t walkCharacters(std::string_view text, size_t count, size_t& counted) {
             }
         }
     }
-    // Detach the iterator from the UText before closing it.
-    UErrorCode ignored = U_ZERO_ERROR;
-    UText* empty = utext_openUTF8(nullptr, "", 0, &ignored);
-    iterator.setText(empty, ignored);
-    utext_close(utext);
-    utext_close(empty);
+    releaseText(iterator, utext);
     return offset;
 }
 
@@ -73,15 +71,17 @@ size_t characterBoundaryBefore(std::string_view text, size_t limit) {
         const int32_t found = iterator.preceding(static_cast<int32_t>(limit) + 1);
         boundary = found == icu::BreakIterator::DONE ? 0 : static_cast<size_t>(found);
     }
-    UErrorCode ignored = U_ZERO_ERROR;
-    UText* empty = utext_openUTF8(nullptr, "", 0, &ignored);
-    iterator.setText(empty, ignored);
-    utext_close(utext);
-    utext_close(empty);
+    releaseText(iterator, utext);
     return boundary;
 }
 
 } // namespace
+
+std::int32_t codePointAt(std::string_view text, std::int32_t& i) {
+    UChar32 c;
+    U8_NEXT(reinterpret_cast<const uint8_t*>(text.data()), i, static_cast<int32_t>(text.size()), c);
+    return c;
+}
 
 std::string prefixBytes(std::string_view text, std::size_t maxBytes) {
     if (text.size() <= maxBytes)

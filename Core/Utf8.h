@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -28,5 +29,9 @@ std::string repairedUtf8(std::string_view text);
 
 // Whether the bytes are valid UTF-8.
 bool isValidUtf8(std::string_view text);
+
+// Decodes the code point starting at byte `i` and moves `i` past it; invalid
+// bytes decode to a negative value.
+std::int32_t codePointAt(std::string_view text, std::int32_t& i);
 
 } // namespace ringwell::text

@@ -1,5 +1,7 @@
 #include "Core/Whitespace.h"
 
+#include "Core/Utf8.h"
+
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
@@ -7,13 +9,6 @@
 
 namespace ringwell::text {
 namespace {
-
-// Decodes the code point starting at `i`; invalid bytes decode to a negative value.
-UChar32 codePointAt(std::string_view text, int32_t& i) {
-    UChar32 c;
-    U8_NEXT(reinterpret_cast<const uint8_t*>(text.data()), i, static_cast<int32_t>(text.size()), c);
-    return c;
-}
 
 // Byte range [begin, end) left after dropping code points matching `isSpace` at both ends.
 template <typename Predicate> std::string_view trimBy(std::string_view text, Predicate isSpace) {

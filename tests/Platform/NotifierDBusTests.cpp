@@ -204,13 +204,16 @@ TEST_F(NotifierOnABusTest, ClicksAndClosesOfANoticeOnShowBecomeResponses) {
     notifier.stopObservingResponses(token);
 }
 
+// Whether the notifier found the server in do-not-disturb, where it tells.
+std::optional<bool> doNotDisturb(const NotifierDBus& notifier) {
+    auto found = notifier.server();
+    return found ? found->doNotDisturb : std::nullopt;
+}
+
 TEST_F(NotifierOnABusTest, TheServerIsNamedWithItsDoNotDisturbWhereItTells) {
     FakeNotificationServer server(bus->address(), "Plasma");
     NotifierDBus notifier(context, logger);
-    auto quiet = [&]() -> std::optional<bool> {
-        auto found = notifier.server();
-        return found ? found->doNotDisturb : std::nullopt;
-    };
+    auto quiet = [&] { return doNotDisturb(notifier); };
 
     EXPECT_TRUE(runUntil(context, [&] { return quiet().has_value(); }));
     EXPECT_EQ(notifier.server()->name, "Plasma");
@@ -222,10 +225,7 @@ TEST_F(NotifierOnABusTest, TheServerIsNamedWithItsDoNotDisturbWhereItTells) {
 TEST_F(NotifierOnABusTest, DunstWithoutPauseLevelsTellsItsPause) {
     FakeNotificationServer server(bus->address(), "dunst");
     NotifierDBus notifier(context, logger);
-    auto quiet = [&]() -> std::optional<bool> {
-        auto found = notifier.server();
-        return found ? found->doNotDisturb : std::nullopt;
-    };
+    auto quiet = [&] { return doNotDisturb(notifier); };
 
     EXPECT_TRUE(runUntil(context, [&] { return quiet() == false; }));
     server.setPaused(true);
