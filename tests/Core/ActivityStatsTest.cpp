@@ -57,14 +57,6 @@ protected:
     Date afterSpringChange = at("2025-03-31T10:00:00+02:00");
 };
 
-TEST_F(ActivityStatsTest, DaysStartAtLocalMidnightAcrossTheSpringChange) {
-    EXPECT_THAT(starts(compute({}, afterSpringChange)),
-                ElementsAre(at("2025-03-25T00:00:00+01:00"), at("2025-03-26T00:00:00+01:00"),
-                            at("2025-03-27T00:00:00+01:00"), at("2025-03-28T00:00:00+01:00"),
-                            at("2025-03-29T00:00:00+01:00"), at("2025-03-30T00:00:00+01:00"),
-                            at("2025-03-31T00:00:00+02:00")));
-}
-
 TEST_F(ActivityStatsTest, DaysStartAtLocalMidnightAcrossTheAutumnChange) {
     Date afterAutumnChange = at("2025-10-27T12:00:00+01:00");
     auto stats =
