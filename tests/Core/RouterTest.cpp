@@ -8,17 +8,9 @@ namespace ringwell {
 
 // Readable failure messages for verdicts.
 void PrintTo(const RouteResult& result, std::ostream* out) {
-    switch (result.kind()) {
-    case RouteResult::Kind::channel:
-        *out << "channel(" << result.id()->toString() << ")";
-        break;
-    case RouteResult::Kind::disabled:
-        *out << "disabled(" << result.id()->toString() << ")";
-        break;
-    case RouteResult::Kind::noMatch:
-        *out << "noMatch";
-        break;
-    }
+    static const char* kinds[] = {"channel", "disabled", "noMatch"};
+    *out << kinds[static_cast<int>(result.kind())] << "("
+         << (result.id() ? result.id()->toString() : "") << ")";
 }
 
 namespace {
