@@ -15,20 +15,17 @@ using testing::runRingwell;
 
 const std::string urgentMail = R"({"apps":["Mail"],"keywords":["urgent"]})";
 
-TEST(RuleExplainTest, MatchingRuleExitsZeroAndExplainsEachCheck) {
-    auto result = runRingwell(
+TEST(RuleExplainTest, ExitsZeroOnAMatchAndOneOtherwiseExplainingEachCheck) {
+    auto matching = runRingwell(
         {"rule", "explain", "--rule", urgentMail, "--app", "mail", "--body", "URGENT: call me"});
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(result.out, "passed  app: \"mail\" is one of Mail\n"
-                          "passed  keywords: Text contains \"urgent\"\n"
-                          "Verdict: matches\n");
-}
+    EXPECT_EQ(matching.exitCode, 0) << matching.err;
+    EXPECT_EQ(matching.out, "passed  app: \"mail\" is one of Mail\n"
+                            "passed  keywords: Text contains \"urgent\"\n"
+                            "Verdict: matches\n");
 
-TEST(RuleExplainTest, NonMatchingRuleExitsOneWithJsonChecks) {
-    auto result =
-        runRingwell({"rule", "explain", "--rule", urgentMail, "--app", "Slack", "--json"});
-    EXPECT_EQ(result.exitCode, 1);
-    auto output = json::Json::parse(result.out);
+    auto other = runRingwell({"rule", "explain", "--rule", urgentMail, "--app", "Slack", "--json"});
+    EXPECT_EQ(other.exitCode, 1);
+    auto output = json::Json::parse(other.out);
     EXPECT_EQ(output["matches"], false);
     ASSERT_EQ(output["checks"].size(), 2u);
     EXPECT_EQ(output["checks"][0]["condition"], "app");
