@@ -2,14 +2,11 @@
 #include "Model/Channel.h"
 #include "Model/ChannelPalette.h"
 #include "Model/FiringMode.h"
-#include "ModelTestSupport.h"
 
 #include <gtest/gtest.h>
 
 namespace ringwell {
 namespace {
-
-using testing::FakeClock;
 
 const Date decodingTime{770000000};
 const char* const someId = "0B3C5D7E-1F20-4A31-8B42-5C6D7E8F9A0B";

@@ -1,6 +1,5 @@
 #include "Core/Json.h"
 #include "Model/FireEvent.h"
-#include "ModelTestSupport.h"
 
 #include <gtest/gtest.h>
 

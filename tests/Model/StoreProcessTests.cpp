@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <stdexcept>
 
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/wait.h>
