@@ -665,6 +665,7 @@ TEST_F(StoreTest, ObserversHearEveryChange) {
     store->setSetupWarning(std::nullopt);
     // No change, no notification.
     store->update(store->channels()[0]);
+    store->update(Channel::make(std::string("Stranger"), ChannelRule(), "#FF3B30", Date{}));
     store->deleteChannel(Uuid::random());
 
     using C = StoreChange;
