@@ -18,13 +18,12 @@ TEST(ArgumentsTest, ReadsValuesFlagsAndPositionals) {
     EXPECT_EQ(parsed.value().allValues("rule"), (std::vector<std::string>{"{}", "{\"a\":1}"}));
     EXPECT_TRUE(parsed.value().has("json"));
     EXPECT_EQ(parsed.value().positionals, (std::vector<std::string>{"CHANNEL", "--json"}));
-}
 
-TEST(ArgumentsTest, ValuesMayLookLikeOptionsOrBeEmpty) {
-    auto parsed = parse({"--rule", "--json", "--rule="});
-    ASSERT_TRUE(parsed);
-    EXPECT_EQ(parsed.value().value("rule"), "");
-    EXPECT_FALSE(parsed.value().has("json"));
+    // A value may look like an option or be empty.
+    auto odd = parse({"--rule", "--json", "--rule="});
+    ASSERT_TRUE(odd);
+    EXPECT_EQ(odd.value().value("rule"), "");
+    EXPECT_FALSE(odd.value().has("json"));
 }
 
 TEST(ArgumentsTest, NamesWhatIsWrong) {

@@ -24,6 +24,14 @@ NotificationInfo mapped(const BusNotification& notification) {
     return CapturedNotification::fields(notification).notification(Date());
 }
 
+// The mapped notification as "app|sender|title|body", with "!" when time
+// sensitive, so that one comparison covers every field.
+std::string fieldsOf(const BusNotification& notification) {
+    auto info = mapped(notification);
+    return info.app + "|" + info.sender + "|" + info.title + "|" + info.body +
+           (info.isTimeSensitive ? "!" : "");
+}
+
 std::string recipients(const BusNotification& notification) {
     return CapturedNotification::fields(notification).received.at(7).value;
 }
@@ -31,30 +39,21 @@ std::string recipients(const BusNotification& notification) {
 TEST(CapturedNotificationTest, DesktopNotificationsKeepAppTitleBodyAndUrgency) {
     BusNotification signal =
         make(Door::freedesktop, "Signal", "Mom", "call me", {{"urgency", std::int64_t{2}}});
-    auto info = mapped(signal);
-    EXPECT_EQ(info.app, "Signal");
-    EXPECT_EQ(info.title, "Mom");
-    EXPECT_EQ(info.body, "call me");
-    EXPECT_EQ(info.sender, "");
-    EXPECT_TRUE(info.isTimeSensitive);
+    EXPECT_EQ(fieldsOf(signal), "Signal||Mom|call me!");
     EXPECT_EQ(CapturedNotification::fields(signal).received.at(0).value, "Mom\ncall me");
-
     signal.hints["urgency"] = std::int64_t{1};
-    EXPECT_FALSE(mapped(signal).isTimeSensitive);
+    EXPECT_EQ(fieldsOf(signal), "Signal||Mom|call me");
 
     BusNotification nameless = make(Door::freedesktop, " ", "Update", "",
                                     {{"desktop-entry", std::string("org.gnome.Software")}});
     EXPECT_EQ(CapturedNotification::appName(nameless), "org.gnome.Software");
-}
 
-TEST(CapturedNotificationTest, GtkNotificationsTakeTheAppIdsNameAndUrgentPriority) {
+    // GTK notifications name the app by its id's last part; "urgent" is time sensitive.
     BusNotification gtk = make(Door::gtk, "org.gnome.Fractal", "Ana", "lunch?",
                                {{"priority", std::string("urgent")}}, "m1");
-    auto info = mapped(gtk);
-    EXPECT_EQ(info.app, "Fractal");
-    EXPECT_TRUE(info.isTimeSensitive);
+    EXPECT_EQ(fieldsOf(gtk), "Fractal||Ana|lunch?!");
     gtk.hints["priority"] = std::string("high");
-    EXPECT_FALSE(mapped(gtk).isTimeSensitive);
+    EXPECT_EQ(fieldsOf(gtk), "Fractal||Ana|lunch?");
 }
 
 TEST(CapturedNotificationTest, OnlyTheRingwellHintMarksOwnNotices) {
@@ -65,18 +64,14 @@ TEST(CapturedNotificationTest, OnlyTheRingwellHintMarksOwnNotices) {
     EXPECT_FALSE(CapturedNotification::isOwnNotice(own));
 }
 
-TEST(CapturedNotificationTest, KdeConnectMirrorsThePhonesAppTitleAndDevice) {
+TEST(CapturedNotificationTest, PhoneBridgesMirrorThePhonesAppTitleAndDevice) {
     // On Plasma the phone's app comes as a hint and the summary is its title.
     BusNotification plasma = make(Door::freedesktop, "KDE Connect", "Mom", "call me",
                                   {{"x-kde-appname", std::string("kdeconnect")},
                                    {"x-kde-display-appname", std::string("Messages")},
                                    {"x-kdeconnect-source-device", std::string("Pixel 7")},
                                    {"resident", true}});
-    auto info = mapped(plasma);
-    EXPECT_EQ(info.app, "Messages");
-    EXPECT_EQ(info.title, "Mom");
-    EXPECT_EQ(info.sender, "Mom");
-    EXPECT_EQ(info.body, "call me");
+    EXPECT_EQ(fieldsOf(plasma), "Messages|Mom|Mom|call me");
     EXPECT_EQ(recipients(plasma), "Pixel 7");
 
     // Elsewhere the summary is the phone's app and the body "title: text".
@@ -84,36 +79,24 @@ TEST(CapturedNotificationTest, KdeConnectMirrorsThePhonesAppTitleAndDevice) {
         make(Door::freedesktop, "KDE-Verbindung", "Messages", "Mom: call me: now",
              {{"x-kde-appname", std::string("kdeconnect")},
               {"x-kde-origin-name", std::string("Pixel 7")}});
-    info = mapped(elsewhere);
-    EXPECT_EQ(info.app, "Messages");
-    EXPECT_EQ(info.title, "Mom");
-    EXPECT_EQ(info.body, "call me: now");
+    EXPECT_EQ(fieldsOf(elsewhere), "Messages|Mom|Mom|call me: now");
     EXPECT_EQ(recipients(elsewhere), "Pixel 7");
-}
 
-TEST(CapturedNotificationTest, GsConnectMirrorsThePhonesAppAndDevice) {
     BusNotification gs = make(Door::gtk, "org.gnome.Shell.Extensions.GSConnect", "WhatsApp",
                               "Mom: call me", {}, "abc123|0|com.whatsapp|42");
-    auto info = mapped(gs);
-    EXPECT_EQ(info.app, "WhatsApp");
-    EXPECT_EQ(info.title, "Mom");
-    EXPECT_EQ(info.body, "call me");
+    EXPECT_EQ(fieldsOf(gs), "WhatsApp|Mom|Mom|call me");
     EXPECT_EQ(recipients(gs), "abc123");
 }
 
 TEST(CapturedNotificationTest, BridgedCallsBecomePhoneNotificationsOfTheRightKind) {
     const std::map<std::string, BusNotification::Value> kde = {
         {"x-kde-appname", std::string("kdeconnect")}};
-    auto ringing = mapped(make(Door::freedesktop, "KDE Connect", "Mom", "Incoming call", kde));
-    EXPECT_EQ(ringing.app, "Phone");
-    EXPECT_EQ(ringing.title, "Mom");
-    EXPECT_EQ(ringing.callKind(), CallKind::incoming);
-
-    auto missed = mapped(make(Door::freedesktop, "KDE Connect", "Missed call", "Mom", kde));
-    EXPECT_EQ(missed.app, "Phone");
-    EXPECT_EQ(missed.title, "Mom");
-    EXPECT_EQ(missed.callKind(), CallKind::missed);
-
+    auto ringing = make(Door::freedesktop, "KDE Connect", "Mom", "Incoming call", kde);
+    EXPECT_EQ(mapped(ringing).callKind(), CallKind::incoming);
+    EXPECT_EQ(fieldsOf(ringing), "Phone|Mom|Mom|");
+    auto missed = make(Door::freedesktop, "KDE Connect", "Missed call", "Mom", kde);
+    EXPECT_EQ(mapped(missed).callKind(), CallKind::missed);
+    EXPECT_EQ(fieldsOf(missed), "Phone|Mom|Mom|Missed call");
     auto gsMissed = mapped(make(Door::gtk, "org.gnome.Shell.Extensions.GSConnect", "Mom",
                                 "Missed call", {}, "dev|call"));
     EXPECT_EQ(gsMissed.app, "Phone");

@@ -62,38 +62,29 @@ TEST(ShortcutInputTest, TextsAreBoundedAfterTrimmingAtACharacterBoundary) {
 
 // A CR LF does not split; a title or body that arrived is not replaced.
 TEST(ShortcutInputTest, WholeNotificationTextSplitsAtTheFirstLineFeedOnly) {
-    Input input;
-    input.notification = "Alice\nHi there\nsecond line";
-    auto fields = input.fields();
-    EXPECT_EQ(fields.title, "Alice");
-    EXPECT_EQ(fields.body, "Hi there\nsecond line");
-    EXPECT_FALSE(fields.subtitle);
-
-    input.notification = "\nHi";
-    fields = input.fields();
-    EXPECT_FALSE(fields.title);
-    EXPECT_EQ(fields.body, "Hi");
-
-    input.notification = "Only a title";
-    fields = input.fields();
-    EXPECT_EQ(fields.title, "Only a title");
-    EXPECT_FALSE(fields.body);
-
-    input.notification = "A\r\nB";
-    fields = input.fields();
-    EXPECT_EQ(fields.title, "A\r\nB");
-    EXPECT_FALSE(fields.body);
-
-    input.notification = "A\r\nB\nC";
-    fields = input.fields();
-    EXPECT_EQ(fields.title, "A\r\nB");
-    EXPECT_EQ(fields.body, "C");
-
-    input.notification = "Alice\nHi";
-    input.body = "Real body";
-    fields = input.fields();
-    EXPECT_FALSE(fields.title);
-    EXPECT_EQ(fields.body, "Real body");
+    const struct {
+        const char* notification;
+        Text title, body;
+    } cases[] = {
+        {"Alice\nHi there\nsecond line", "Alice", "Hi there\nsecond line"},
+        {"\nHi", std::nullopt, "Hi"},
+        {"Only a title", "Only a title", std::nullopt},
+        {"A\r\nB", "A\r\nB", std::nullopt},
+        {"A\r\nB\nC", "A\r\nB", "C"},
+    };
+    for (const auto& c : cases) {
+        Input input;
+        input.notification = c.notification;
+        auto fields = input.fields();
+        EXPECT_EQ(fields.title, c.title) << c.notification;
+        EXPECT_EQ(fields.body, c.body) << c.notification;
+        EXPECT_FALSE(fields.subtitle);
+    }
+    Input given;
+    given.notification = "Alice\nHi";
+    given.body = "Real body";
+    EXPECT_FALSE(given.fields().title);
+    EXPECT_EQ(given.fields().body, "Real body");
 }
 
 TEST(NotificationInfoTest, YesNoAcceptsOnlyYesTrueAndOne) {

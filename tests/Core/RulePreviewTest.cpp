@@ -84,10 +84,11 @@ TEST_F(RulePreviewTest, EntriesAreNewestFirstWithIdsCountingFromTheOldest) {
     EXPECT_TRUE(entries[2].history.empty());
 }
 
+// The winner's own cooldown does not stop it from shadowing.
 TEST_F(RulePreviewTest, EarlierMatchingChannelShadowsEveryEntry) {
-    auto first = channel();
+    auto first = channel(withCooldown(3600));
     auto previewed = channel();
-    auto entries = run(previewed, {first, previewed}, {message("A", 0), message("B", 10)});
+    auto entries = run(previewed, {first, previewed}, {message("Mom", 0), message("Mom", 10)});
     EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::shadowed(first.id),
                                                PreviewVerdict::shadowed(first.id)));
     EXPECT_EQ(RulePreview::ringCount(entries), 0);
@@ -106,14 +107,6 @@ TEST_F(RulePreviewTest, OnlyEarlierEnabledMatchingChannelsShadow) {
     auto slack = channel(slackOnly);
     EXPECT_THAT(verdicts(run(slack, {channel(), slack}, {message("Mom", 0)})),
                 ElementsAre(PreviewVerdict::noMatch()));
-}
-
-TEST_F(RulePreviewTest, ShadowingIgnoresTheWinnersOwnCooldown) {
-    auto first = channel(withCooldown(3600));
-    auto previewed = channel();
-    auto entries = run(previewed, {first, previewed}, {message("Mom", 0), message("Mom", 10)});
-    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::shadowed(first.id),
-                                               PreviewVerdict::shadowed(first.id)));
 }
 
 TEST_F(RulePreviewTest, DisabledChannelWithMatchingRule) {
@@ -151,26 +144,19 @@ TEST_F(RulePreviewTest, ShadowedRingsDoNotStartACooldown) {
                 ElementsAre(PreviewVerdict::shadowed(earlier.id), PreviewVerdict::rings()));
 }
 
-TEST_F(RulePreviewTest, FrequencyRingsFromTheThirdNotificationInTheWindow) {
-    ChannelRule repeated;
-    repeated.frequency = FrequencyCondition{3, 600};
-    auto previewed = channel(repeated);
-    auto entries = run(previewed, {previewed},
-                       {message("A", 0), message("B", 60), message("C", 120), message("D", 180),
-                        message("E", 1000)});
-    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::noMatch(), PreviewVerdict::noMatch(),
-                                               PreviewVerdict::rings(), PreviewVerdict::rings(),
-                                               PreviewVerdict::noMatch()));
-}
-
-TEST_F(RulePreviewTest, FrequencyOfAnEarlierChannelDecidesShadowing) {
-    ChannelRule repeated;
-    repeated.frequency = FrequencyCondition{2, 600};
-    auto earlier = channel(repeated);
-    auto previewed = channel();
-    auto entries = run(previewed, {earlier, previewed}, {message("A", 0), message("B", 60)});
-    EXPECT_THAT(verdicts(entries),
-                ElementsAre(PreviewVerdict::rings(), PreviewVerdict::shadowed(earlier.id)));
+// Both channels count the notifications before each one in their windows.
+TEST_F(RulePreviewTest, FrequencyDecidesRingingAndShadowing) {
+    auto repeated = [](std::int64_t count) {
+        ChannelRule rule;
+        rule.frequency = FrequencyCondition{count, 600};
+        return rule;
+    };
+    auto earlier = channel(repeated(3));
+    auto previewed = channel(repeated(2));
+    auto entries = run(previewed, {earlier, previewed},
+                       {message("A", 0), message("B", 60), message("C", 120)});
+    EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::noMatch(), PreviewVerdict::rings(),
+                                               PreviewVerdict::shadowed(earlier.id)));
 }
 
 } // namespace

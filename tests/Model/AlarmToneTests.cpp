@@ -1,4 +1,3 @@
-#include "Core/Json.h"
 #include "Model/AlarmTone.h"
 #include "ModelTestSupport.h"
 
@@ -15,12 +14,6 @@ namespace fs = std::filesystem;
 using testing::readFile;
 using testing::TemporaryDirectory;
 using testing::writeFile;
-
-TEST(AlarmToneTest, DecodingIsTolerantOfUnknownNamesButNotOfOtherTypes) {
-    EXPECT_EQ(alarmToneFromJson(json::Json("foghorn"), "sound"), AlarmTone::system);
-    EXPECT_EQ(alarmToneFromJson(json::Json(""), "sound"), AlarmTone::system);
-    EXPECT_THROW(alarmToneFromJson(json::Json(4), "sound"), json::DecodeError);
-}
 
 // The bundled tone files of a fake build: one file per tone, with distinct bytes.
 class ToneInstallTest : public ::testing::Test {

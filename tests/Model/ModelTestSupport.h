@@ -1,17 +1,10 @@
 #pragma once
 
-#include "Core/Date.h"
-#include "Model/Clock.h"
 #include "Model/FireEvent.h"
 #include "TestSupport/Fakes/FakeClock.h"
 #include "TestSupport/TemporaryDirectory.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 
 #include <sys/stat.h>

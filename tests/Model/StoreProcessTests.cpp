@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <stdexcept>
 
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/wait.h>
@@ -106,7 +107,8 @@ protected:
     FakeClock clock;
 };
 
-TEST_F(StoreProcessTest, LockRefusesAnotherStoreUntilTheStoreCloses) {
+// The lock is released when its holder closes the store or is killed.
+TEST_F(StoreProcessTest, LockRefusesAnotherStoreWhileItsHolderLives) {
     const std::string refusal = "Another Ringwell process is using " + directory().string();
     {
         auto store = RingwellStore::open(file(), clock);
@@ -117,9 +119,7 @@ TEST_F(StoreProcessTest, LockRefusesAnotherStoreUntilTheStoreCloses) {
         EXPECT_EQ(second.error().message, refusal);
     }
     EXPECT_EQ(openInChild(), "ok");
-}
 
-TEST_F(StoreProcessTest, LockOfAKilledProcessIsReleased) {
     Child holder([this](int out) {
         FakeClock childClock;
         auto store = RingwellStore::open(file(), childClock);
@@ -127,12 +127,10 @@ TEST_F(StoreProcessTest, LockOfAKilledProcessIsReleased) {
         ::pause();
     });
     ASSERT_EQ(holder.readByte(), '1');
-    auto refused = RingwellStore::open(file(), clock);
-    EXPECT_FALSE(refused.ok());
+    EXPECT_FALSE(RingwellStore::open(file(), clock).ok());
     holder.kill();
     holder.wait();
-    auto store = RingwellStore::open(file(), clock);
-    EXPECT_TRUE(store.ok());
+    EXPECT_TRUE(RingwellStore::open(file(), clock).ok());
 }
 
 // A child rewrites the store in a loop (every log is a whole crash-safe
