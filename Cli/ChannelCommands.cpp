@@ -251,12 +251,18 @@ value.
                                    runChannelUpdate};
 
 const Command channelDeleteCommand{"channel delete", "Delete a channel",
-                                   "Usage: ringwell channel delete ID\n", runChannelDelete};
+                                   R"(Usage: ringwell channel delete CHANNEL
+
+CHANNEL is the channel's ID or its whole name (a part of a name is refused,
+so that no other channel is deleted by mistake).
+)",
+                                   runChannelDelete};
 
 const Command channelMoveCommand{"channel move", "Move a channel to a position in the list",
-                                 R"(Usage: ringwell channel move ID POSITION
+                                 R"(Usage: ringwell channel move CHANNEL POSITION
 
-Moves the channel to POSITION (1 is the top: the first channel checked).
+Moves the channel (its ID or its whole name) to POSITION (1 is the top: the
+first channel checked).
 )",
                                  runChannelMove};
 

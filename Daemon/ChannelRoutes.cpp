@@ -172,19 +172,17 @@ ApiResult updateChannel(const RouteRequest& request, ApiState& state) {
 }
 
 ApiResult deleteChannel(const RouteRequest& request, ApiState& state) {
-    auto id = uuidArgument(request.parameter("id"), "a channel ID");
-    if (!id)
-        return id.error();
-    if (!state.ctx.store.channel(id.value()))
-        return noChannelWithId(id.value());
-    state.ctx.store.deleteChannel(id.value());
+    auto channel = resolveChannelByWholeName(state.ctx.store, request.parameter("channel"));
+    if (!channel)
+        return channel.error();
+    state.ctx.store.deleteChannel(channel.value().id);
     return ApiResponse::noContent();
 }
 
 ApiResult moveChannel(const RouteRequest& request, ApiState& state) {
-    auto id = uuidArgument(request.parameter("id"), "a channel ID");
-    if (!id)
-        return id.error();
+    auto channel = resolveChannelByWholeName(state.ctx.store, request.parameter("channel"));
+    if (!channel)
+        return channel.error();
     auto body = bodyObject(request.message);
     if (!body)
         return body.error();
@@ -195,10 +193,9 @@ ApiResult moveChannel(const RouteRequest& request, ApiState& state) {
         return Error{"\"position\" must be a whole number from 1", Error::Kind::invalidInput};
     RingwellStore& store = state.ctx.store;
     const auto& channels = store.channels();
-    auto found = std::find_if(channels.begin(), channels.end(),
-                              [&](const Channel& channel) { return channel.id == id.value(); });
-    if (found == channels.end())
-        return noChannelWithId(id.value());
+    auto found = std::find_if(channels.begin(), channels.end(), [&](const Channel& candidate) {
+        return candidate.id == channel.value().id;
+    });
     size_t from = static_cast<size_t>(found - channels.begin());
     size_t to = std::min(static_cast<size_t>(*position.value() - 1), channels.size() - 1);
     // The store takes the destination in terms of the list before the move.

@@ -1,9 +1,10 @@
 #include "Daemon/LanGate.h"
 
 #include "Core/Json.h"
-#include "Core/TextFolding.h"
 #include "Core/Whitespace.h"
 #include "Daemon/DeviceToken.h"
+
+#include <boost/beast/core/string.hpp>
 
 namespace ringwell::LanGate {
 namespace {
@@ -17,7 +18,8 @@ std::string peerName(const ApiRequest& request) {
     return "peer " + (request.peer.empty() ? std::string("(unknown)") : request.peer);
 }
 
-// The token of "Authorization: Bearer TOKEN", or empty.
+// The token of "Authorization: Bearer TOKEN", or empty. HTTP reads the scheme
+// in any ASCII case.
 std::string bearerToken(const ApiRequest& request) {
     auto header = request.header("authorization");
     if (!header)
@@ -25,7 +27,8 @@ std::string bearerToken(const ApiRequest& request) {
     std::string value = text::trimmed(*header);
     constexpr std::string_view scheme = "bearer ";
     if (value.size() <= scheme.size() ||
-        !text::equalsIgnoringCase(std::string_view(value).substr(0, scheme.size()), scheme))
+        !boost::beast::iequals(boost::beast::string_view(value).substr(0, scheme.size()),
+                               boost::beast::string_view(scheme.data(), scheme.size())))
         return "";
     return text::trimmed(std::string_view(value).substr(scheme.size()));
 }

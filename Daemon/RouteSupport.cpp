@@ -31,6 +31,32 @@ Error noChannelWithId(const Uuid& id) {
     return Error{"No channel has the ID " + id.toString() + ".", Error::Kind::notFound};
 }
 
+namespace {
+
+Result<Channel> onlyOne(const RingwellStore& store, const std::vector<ChannelEntity>& matches,
+                        const std::string& text) {
+    if (matches.size() > 1) {
+        std::string listed;
+        for (const auto& entity : matches)
+            listed +=
+                (listed.empty() ? "" : ", ") + entity.name + " (" + entity.id.toString() + ")";
+        return Error{"\"" + text + "\" matches several channels: " + listed +
+                         ". Give the channel's ID, or a name only one channel has.",
+                     Error::Kind::invalidInput};
+    }
+    return *store.channel(matches.front().id);
+}
+
+std::vector<ChannelEntity> wholeNames(std::vector<ChannelEntity> matches, const std::string& text) {
+    std::vector<ChannelEntity> exact;
+    std::copy_if(
+        matches.begin(), matches.end(), std::back_inserter(exact),
+        [&](const ChannelEntity& entity) { return text::equalsIgnoringCase(entity.name, text); });
+    return exact;
+}
+
+} // namespace
+
 Result<Channel> resolveChannel(const RingwellStore& store, const std::string& text) {
     if (auto id = Uuid::parse(text)) {
         if (auto channel = store.channel(*id))
@@ -43,22 +69,25 @@ Result<Channel> resolveChannel(const RingwellStore& store, const std::string& te
     // A whole name picks its channel among those that merely contain it, but
     // only when no other channel has that name too: picking the first of two
     // would ring one the person did not mean.
-    std::vector<ChannelEntity> exact;
-    std::copy_if(
-        matches.begin(), matches.end(), std::back_inserter(exact),
-        [&](const ChannelEntity& entity) { return text::equalsIgnoringCase(entity.name, text); });
+    auto exact = wholeNames(matches, text);
+    return onlyOne(store, exact.empty() ? matches : exact, text);
+}
+
+Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std::string& text) {
+    if (Uuid::parse(text))
+        return resolveChannel(store, text);
+    auto matches = ChannelQuery::entities(store, text);
+    auto exact = wholeNames(matches, text);
     if (!exact.empty())
-        matches = std::move(exact);
-    if (matches.size() > 1) {
-        std::string listed;
+        return onlyOne(store, exact, text);
+    std::string message = "No channel is named \"" + text + "\".";
+    if (!matches.empty()) {
+        std::string names;
         for (const auto& entity : matches)
-            listed +=
-                (listed.empty() ? "" : ", ") + entity.name + " (" + entity.id.toString() + ")";
-        return Error{"\"" + text + "\" matches several channels: " + listed +
-                         ". Give the channel's ID, or a name only one channel has.",
-                     Error::Kind::invalidInput};
+            names += (names.empty() ? "" : ", ") + entity.name;
+        message += " Give a whole name or an ID; these contain it: " + names + ".";
     }
-    return *store.channel(matches.front().id);
+    return Error{message, Error::Kind::notFound};
 }
 
 Error errorOf(const RingwellAlarmError& error) {

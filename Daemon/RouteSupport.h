@@ -29,6 +29,11 @@ Result<Uuid> uuidArgument(const std::string& text, std::string_view what);
 // when several do (the command line's usage error), never the first of them.
 Result<Channel> resolveChannel(const RingwellStore& store, const std::string& text);
 
+// For deleting and moving: an ID or a whole name, never a part of one, which
+// could name a channel the person did not mean. Not found (naming the
+// channels that contain the text) or ambiguous as above.
+Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std::string& text);
+
 Error noChannelWithId(const Uuid& id);
 
 // `calendar` as it is when `at` is absent; else pinned to the weekday and

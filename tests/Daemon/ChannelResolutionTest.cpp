@@ -45,5 +45,23 @@ TEST_F(ChannelResolutionTest, AWholeNameOnlyOneChannelHasPicksItAmongLongerOnes)
     EXPECT_EQ(routes::resolveChannel(store, "Home").error().kind, Error::Kind::notFound);
 }
 
+TEST_F(ChannelResolutionTest, DeletingAndMovingTakeOnlyAWholeName) {
+    Channel calls = store.addChannel(std::string("Urgent calls"), ChannelRule{});
+    EXPECT_EQ(routes::resolveChannelByWholeName(store, "urgent calls").value().id, calls.id);
+    EXPECT_EQ(routes::resolveChannelByWholeName(store, calls.id.toString()).value().id, calls.id);
+
+    // "calls" would pick "Urgent calls" for ringing; for deleting it is refused
+    // and names what contains it.
+    auto part = routes::resolveChannelByWholeName(store, "calls");
+    ASSERT_FALSE(part);
+    EXPECT_EQ(part.error().kind, Error::Kind::notFound);
+    EXPECT_NE(part.error().message.find("Urgent calls"), std::string::npos) << part.error().message;
+
+    store.addChannel(std::string("urgent CALLS"), ChannelRule{});
+    auto shared = routes::resolveChannelByWholeName(store, "Urgent calls");
+    ASSERT_FALSE(shared);
+    EXPECT_EQ(shared.error().kind, Error::Kind::invalidInput);
+}
+
 } // namespace
 } // namespace ringwell

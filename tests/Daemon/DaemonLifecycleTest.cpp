@@ -108,7 +108,7 @@ TEST_F(DaemonLifecycleTest, ChannelsAreManagedFromTheCommandLine) {
         {"channel", "add", "--name", "Mom", "--rule", R"({"senders":["Mom"]})", "--json"});
     EXPECT_EQ(named["usesAutomaticName"], false);
 
-    ASSERT_EQ(ringwell({"channel", "move", named["id"], "1"}).exitCode, 0);
+    ASSERT_EQ(ringwell({"channel", "move", "mom", "1"}).exitCode, 0);
     auto list = ringwellJson({"channels", "--json"});
     ASSERT_EQ(list.size(), 3u);
     EXPECT_EQ(list[0]["name"], "Mom");
@@ -123,6 +123,9 @@ TEST_F(DaemonLifecycleTest, ChannelsAreManagedFromTheCommandLine) {
     EXPECT_EQ(ringwell({"channel", "add", "--rule", R"({"calls":"sometimes"})"}).exitCode, 2);
     EXPECT_EQ(ringwell({"channel", "update"}, "{not json").exitCode, 2);
     EXPECT_EQ(ringwell({"channel", "move", named["id"], "0"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"channel", "delete", "Mo"}).exitCode, 1);
+    ASSERT_EQ(ringwell({"channel", "delete", "Mom"}).exitCode, 0);
+    EXPECT_EQ(ringwellJson({"channels", "--json"}).size(), 2u);
 
     // "Create Channel from This" on a history event.
     auto event = ringwellJson({"send", "--app", "Phone", "--title", "Ann", "--json"});
