@@ -37,6 +37,14 @@ std::string notificationLine(const json::Json& notification) {
     return localTime(notification["date"]) + "  " + oneLine(what);
 }
 
+// A replay whose matching budget ran out counted the patterns it did not
+// check as not matching.
+void printCutShort(CommandContext& context, const json::Json& answer) {
+    if (answer.value("cutShort", false))
+        context.out << "Cut short: the rules’ patterns took too long to check; those left "
+                       "unchecked count as not matching.\n";
+}
+
 constexpr OptionSpec whyOptions[] = {{"json", false}};
 
 int runWhy(std::span<const std::string> args, CommandContext& context) {
@@ -73,6 +81,7 @@ int runWhy(std::span<const std::string> args, CommandContext& context) {
     if (why.contains("difference"))
         context.out << why["difference"].get<std::string>()
                     << " Changed: " << why["changedChannel"].get<std::string>() << ".\n";
+    printCutShort(context, why);
     return exitSuccess;
 }
 
@@ -129,6 +138,7 @@ int runTrace(std::span<const std::string> args, CommandContext& context) {
         context.out << padded(traceVerdict(*line), 30) << "  "
                     << notificationLine((*line)["notification"]) << '\n';
     context.out << answer.json["summary"].get<std::string>() << '\n';
+    printCutShort(context, answer.json);
     return exitSuccess;
 }
 

@@ -293,14 +293,15 @@ std::string changedChannel(const Explainer& explainer, const RouteExplanation& e
 
 RouteExplanation explain(const RecordedRoute& event, const std::vector<RecordedRoute>& earlier,
                          const std::vector<NotificationInfo>& history,
-                         const std::vector<NamedChannel>& channels, const Calendar& calendar) {
+                         const std::vector<NamedChannel>& channels, const Calendar& calendar,
+                         MatchBudget& budget) {
     const NotificationInfo& notification = event.notification;
     RouteExplanation explanation;
     std::optional<Uuid> firstDisabled;
     for (const auto& channel : channels) {
         RouteExplanation::ChannelCheck check{
             channel.routable.id, channel.name, channel.routable.isEnabled,
-            RuleMatcher::evaluate(channel.routable.rule, notification, history, calendar),
+            RuleMatcher::evaluate(channel.routable.rule, notification, history, calendar, budget),
             Role::noMatch};
         if (explanation.winner)
             check.role = Role::notReached;

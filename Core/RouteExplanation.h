@@ -112,10 +112,11 @@ namespace RouteExplainer {
 // `history` (the notifications recorded before it), `earlier` (the events
 // recorded before it, newest first, for the cooldown and the active alarm)
 // and today's `channels` in priority order, in `calendar` at the event's own
-// date. Pure.
+// date, matching patterns within `budget` (a check cut short says so). Pure.
 RouteExplanation explain(const RecordedRoute& event, const std::vector<RecordedRoute>& earlier,
                          const std::vector<NotificationInfo>& history,
-                         const std::vector<NamedChannel>& channels, const Calendar& calendar);
+                         const std::vector<NamedChannel>& channels, const Calendar& calendar,
+                         MatchBudget& budget);
 
 } // namespace RouteExplainer
 } // namespace ringwell

@@ -63,7 +63,7 @@ namespace Trace {
 
 TraceReport run(const std::vector<NamedChannel>& channels,
                 const std::vector<NotificationInfo>& notificationsNewestFirst, std::size_t count,
-                const Calendar& calendar) {
+                const Calendar& calendar, MatchBudget& budget) {
     std::vector<RoutableChannel> routable;
     routable.reserve(channels.size());
     for (const auto& channel : channels)
@@ -88,7 +88,8 @@ TraceReport run(const std::vector<NamedChannel>& channels,
     for (std::size_t i = firstReplayed; i < oldestFirst.size(); ++i) {
         const NotificationInfo& notification = oldestFirst[i];
         TraceLine line{notification, TraceLine::Kind::noMatch, std::nullopt, {}};
-        const RouteResult verdict = Router::route(notification, routable, history, calendar);
+        const RouteResult verdict =
+            Router::route(notification, routable, history, calendar, budget);
         if (verdict.id()) {
             const NamedChannel& channel = named(*verdict.id());
             line.channelID = channel.routable.id;

@@ -76,10 +76,12 @@ namespace Trace {
 // channel counts only the rings of the replay itself, per sender. To judge
 // every notification as if it had arrived at one weekday and time, pass a
 // calendar pinned to that moment (Calendar::pinnedTo): the dates themselves
-// still place notifications in frequency windows and cooldowns.
+// still place notifications in frequency windows and cooldowns. Patterns are
+// matched within `budget`, one for the whole replay; once it is spent, the
+// remaining patterns count as not matching (see MatchBudget).
 TraceReport run(const std::vector<NamedChannel>& channels,
                 const std::vector<NotificationInfo>& notificationsNewestFirst, std::size_t count,
-                const Calendar& calendar);
+                const Calendar& calendar, MatchBudget& budget);
 
 } // namespace Trace
 } // namespace ringwell

@@ -1,4 +1,5 @@
 #include "Alarms/RingwellAlarmError.h"
+#include "Alarms/RoutingBudget.h"
 #include "Core/RouteExplanation.h"
 #include "Core/RuleLimits.h"
 #include "Core/Trace.h"
@@ -110,12 +111,15 @@ ApiResult why(const RouteRequest& request, ApiState& state) {
         if (isForwardedNotification(*older))
             history.push_back(older->notification());
     }
-    auto explanation =
-        RouteExplainer::explain(recorded(*event), earlier, history,
-                                namedChannels(state.ctx.store.channels()), state.ctx.calendar());
+    // Hostile rules must not hold the loop any longer than one routing may.
+    MatchBudget budget = routingBudget(state.ctx.matchingClock);
+    auto explanation = RouteExplainer::explain(recorded(*event), earlier, history,
+                                               namedChannels(state.ctx.store.channels()),
+                                               state.ctx.calendar(), budget);
     json::Json out = toJson(explanation);
     out["eventID"] = event->id.toString();
     out["outcome"] = rawValue(event->outcome);
+    out["cutShort"] = budget.cutShortCount() > 0;
     return ApiResponse::json(out);
 }
 
@@ -136,10 +140,14 @@ ApiResult trace(const RouteRequest& request, ApiState& state) {
     auto channels = channelsWithEdit(ctx, body.value());
     if (!channels)
         return channels.error();
+    // One routing's budget for the whole replay, as for a preview.
+    MatchBudget budget = routingBudget(ctx.matchingClock);
     TraceReport report =
         Trace::run(namedChannels(channels.value()), ctx.store.notificationHistory(), count.value(),
-                   calendar.value());
-    return ApiResponse::json(toJson(report));
+                   calendar.value(), budget);
+    json::Json out = toJson(report);
+    out["cutShort"] = budget.cutShortCount() > 0;
+    return ApiResponse::json(out);
 }
 
 } // namespace ringwell::routes

@@ -186,7 +186,8 @@ void BM_TraceTwoHundredNotificationsAtSunday3am(benchmark::State& state) {
     std::reverse(newestFirst.begin(), newestFirst.end());
 
     for (auto _ : state) {
-        auto report = Trace::run(named, newestFirst, newestFirst.size(), calendar);
+        MatchBudget unlimited = MatchBudget::unlimited();
+        auto report = Trace::run(named, newestFirst, newestFirst.size(), calendar, unlimited);
         benchmark::DoNotOptimize(report);
     }
 }

@@ -42,7 +42,8 @@ protected:
 
     RouteExplanation explain(const RecordedRoute& event, const std::vector<RecordedRoute>& earlier,
                              const std::vector<NamedChannel>& channels) const {
-        return RouteExplainer::explain(event, earlier, {}, channels, calendar);
+        MatchBudget unlimited = MatchBudget::unlimited();
+        return RouteExplainer::explain(event, earlier, {}, channels, calendar, unlimited);
     }
 
     NamedChannel prod, mail, catchAll;

@@ -30,6 +30,7 @@ protected:
     }
 
     Calendar calendar = calendarIn("Europe/Berlin");
+    MatchBudget unlimited = MatchBudget::unlimited();
 };
 
 TEST_F(TraceTest, AMomentReplaysEachNotificationAtThatWeekdayAndTime) {
@@ -47,12 +48,13 @@ TEST_F(TraceTest, AMomentReplaysEachNotificationAtThatWeekdayAndTime) {
         message("Messages", "Mom", saturday.addingSeconds(20)),
         message("PagerDuty", "ops", saturday.addingSeconds(10)), message("Mail", "boss", saturday)};
 
-    auto asIs = Trace::run({prod, mom, off}, newestFirst, 50, calendar);
+    auto asIs = Trace::run({prod, mom, off}, newestFirst, 50, calendar, unlimited);
     EXPECT_EQ(asIs.summary(), "1 would ring: 1 Calls from Mom; 4 stay quiet");
 
     auto monday = TraceMoment::parse("mon 10:00", calendar);
     ASSERT_TRUE(monday);
-    auto report = Trace::run({prod, mom, off}, newestFirst, 50, calendar.pinnedTo(*monday));
+    auto report =
+        Trace::run({prod, mom, off}, newestFirst, 50, calendar.pinnedTo(*monday), unlimited);
     using K = TraceLine::Kind;
     std::vector<K> kinds;
     for (const auto& line : report.lines)
@@ -63,7 +65,7 @@ TEST_F(TraceTest, AMomentReplaysEachNotificationAtThatWeekdayAndTime) {
     EXPECT_EQ(report.summary(), "2 would ring: 1 Prod incidents, 1 Calls from Mom; 3 stay quiet");
 
     // Only the newest two are replayed; the older ones stay history.
-    EXPECT_EQ(Trace::run({prod, mom, off}, newestFirst, 2, calendar).lines.size(), 2u);
+    EXPECT_EQ(Trace::run({prod, mom, off}, newestFirst, 2, calendar, unlimited).lines.size(), 2u);
 }
 
 TEST_F(TraceTest, FrequencyWindowsKeepTheNotificationsOwnDates) {
@@ -76,7 +78,8 @@ TEST_F(TraceTest, FrequencyWindowsKeepTheNotificationsOwnDates) {
     std::vector<NotificationInfo> newestFirst = {message("A", "x", start.addingSeconds(630)),
                                                  message("A", "x", start.addingSeconds(600)),
                                                  message("A", "x", start)};
-    auto report = Trace::run({channelRepeated}, newestFirst, 3, calendar.pinnedTo({2, 10, 0}));
+    auto report =
+        Trace::run({channelRepeated}, newestFirst, 3, calendar.pinnedTo({2, 10, 0}), unlimited);
     EXPECT_EQ(report.summary(), "1 would ring: 1 Repeated; 2 stay quiet");
     EXPECT_EQ(report.lines[0].kind, TraceLine::Kind::rings);
 }

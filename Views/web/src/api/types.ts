@@ -179,6 +179,8 @@ export interface WhyExplanation {
   step: { kind: string; text: string; earlierEventID?: string; earlierDate?: number };
   difference?: string;
   changedChannel?: string;
+  // The replay ran out of its matching budget.
+  cutShort?: boolean;
 }
 
 export interface CountRow {

@@ -44,6 +44,7 @@ function whyContent(why: WhyExplanation): TemplateResult {
         ? html`<p class="why-difference bad">${why.difference} Changed: ${why.changedChannel}.</p>`
         : nothing
     }
+    ${why.cutShort ? html`<p class="bad">Cut short: the rules’ patterns took too long to check</p>` : nothing}
     <ol class="why-channels" aria-label="Channels in priority order">
       ${why.channels.map(
         (channel) =>
