@@ -45,18 +45,21 @@ Awaitable<FireEvent> AlarmScheduler::fire(Channel channel, NotificationInfo payl
 }
 
 Awaitable<FireAttempt> AlarmScheduler::attempt(Channel channel, NotificationInfo payload,
-                                               RingKind kind) {
+                                               RingKind kind, bool routingCutShort) {
+    const Recording recording{kind, routingCutShort};
     if (!channel.isEnabled && kind == RingKind::live)
-        co_return FireAttempt{record(channel, payload, FireOutcome::skipped, kind), std::nullopt};
+        co_return FireAttempt{record(channel, payload, FireOutcome::skipped, recording),
+                              std::nullopt};
 
     if (co_await requestAuthorization() != AlarmAuthorizationState::authorized)
-        co_return failure(channel, payload, kind, RingwellAlarmError::notAuthorized());
+        co_return failure(channel, payload, recording, RingwellAlarmError::notAuthorized());
 
     // Nothing suspends between this check and the insertion below, so a
     // second ring of the channel sees either the first one in flight or its
     // alarms in the service.
     if (isInFlight(channel.id) || isActive(channel.id))
-        co_return FireAttempt{record(channel, payload, FireOutcome::coalesced, kind), std::nullopt};
+        co_return FireAttempt{record(channel, payload, FireOutcome::coalesced, recording),
+                              std::nullopt};
 
     const Uuid alarmID = Uuid::random();
     std::vector<Uuid> followUpIDs;
@@ -78,7 +81,7 @@ Awaitable<FireAttempt> AlarmScheduler::attempt(Channel channel, NotificationInfo
         error = RingwellAlarmError::schedulingFailed(thrown.what());
     }
     if (error)
-        co_return failure(channel, payload, kind, *error);
+        co_return failure(channel, payload, recording, *error);
 
     // All reminders are scheduled at once, each counting down from now; one
     // that fails does not keep the others from ringing.
@@ -93,8 +96,7 @@ Awaitable<FireAttempt> AlarmScheduler::attempt(Channel channel, NotificationInfo
     FireEvent event = EventRecord::make(payload, FireOutcome::fired, clock_.now(), channel);
     event.alarmID = alarmID;
     event.followUpAlarmIDs = followUpIDs;
-    event.isTest = kind == RingKind::test;
-    store_.log(event);
+    log(event, recording);
     co_return FireAttempt{std::move(event), std::nullopt};
 }
 
@@ -139,20 +141,24 @@ bool AlarmScheduler::isActive(const Uuid& channelID) const {
 }
 
 FireEvent AlarmScheduler::record(const Channel& channel, const NotificationInfo& payload,
-                                 FireOutcome outcome, RingKind kind) {
+                                 FireOutcome outcome, Recording recording) {
     FireEvent event = EventRecord::make(payload, outcome, clock_.now(), channel);
-    event.isTest = kind == RingKind::test;
-    store_.log(event);
+    log(event, recording);
     return event;
 }
 
 FireAttempt AlarmScheduler::failure(const Channel& channel, const NotificationInfo& payload,
-                                    RingKind kind, RingwellAlarmError error) {
+                                    Recording recording, RingwellAlarmError error) {
     FireEvent event = EventRecord::make(payload, FireOutcome::failed, clock_.now(), channel);
     event.errorMessage = error.what();
-    event.isTest = kind == RingKind::test;
-    store_.log(event);
+    log(event, recording);
     return FireAttempt{std::move(event), std::move(error)};
+}
+
+void AlarmScheduler::log(FireEvent& event, Recording recording) {
+    event.isTest = recording.kind == RingKind::test;
+    event.routingCutShort = recording.routingCutShort;
+    store_.log(event);
 }
 
 } // namespace ringwell

@@ -49,8 +49,11 @@ public:
     // recording a `failed` event when alarms are not allowed or the service
     // refuses the first alarm. Reminders that fail are left out silently.
     Awaitable<FireEvent> fire(Channel channel, NotificationInfo payload, RingKind kind);
-    // The same ring, with the error returned instead of thrown.
-    Awaitable<FireAttempt> attempt(Channel channel, NotificationInfo payload, RingKind kind);
+    // The same ring, with the error returned instead of thrown. The recorded
+    // event carries `routingCutShort`: the routing that chose the channel ran
+    // out of its matching budget, so an earlier channel may have been meant.
+    Awaitable<FireAttempt> attempt(Channel channel, NotificationInfo payload, RingKind kind,
+                                   bool routingCutShort = false);
 
     // The service's state; asks the person first when nobody has answered
     // yet. A request that fails counts as `denied`.
@@ -68,10 +71,16 @@ public:
     bool isInFlight(const Uuid& channelID) const { return inFlight_.count(channelID) > 0; }
 
 private:
+    // What a ring records: the event, marked as the ring's kind and routing.
+    struct Recording {
+        RingKind kind;
+        bool routingCutShort;
+    };
     FireEvent record(const Channel& channel, const NotificationInfo& payload, FireOutcome outcome,
-                     RingKind kind);
-    FireAttempt failure(const Channel& channel, const NotificationInfo& payload, RingKind kind,
-                        RingwellAlarmError error);
+                     Recording recording);
+    FireAttempt failure(const Channel& channel, const NotificationInfo& payload,
+                        Recording recording, RingwellAlarmError error);
+    void log(FireEvent& event, Recording recording);
 
     AlarmService& service_;
     RingwellStore& store_;

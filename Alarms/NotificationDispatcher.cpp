@@ -105,7 +105,8 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
         if (isCoolingDown(*channel, notification, ctx.store))
             co_return recorded(
                 EventRecord::make(notification, FireOutcome::cooledDown, now, *channel));
-        co_return co_await ctx.scheduler.attempt(*channel, std::move(notification), RingKind::live);
+        co_return co_await ctx.scheduler.attempt(*channel, std::move(notification), RingKind::live,
+                                                 cutShort);
     }
     case RouteResult::Kind::disabled: {
         if (const std::optional<Channel> channel = ctx.store.channel(*verdict.id()))

@@ -35,9 +35,9 @@ Awaitable<FireEvent> handle(AppContext& ctx, ShortcutInputFields fields);
 // Routes one notification and returns the recorded event: `noMatch` (also for
 // a channel deleted meanwhile), `skipped` for a matching disabled channel,
 // `cooledDown` within the channel's per-sender cooldown, else the scheduler's
-// event. Throws RingwellAlarmError when the alarm could not ring. The events it
-// records itself carry `routingCutShort` when the routing ran out of its
-// matching budget (timed by ctx.matchingClock).
+// event. Throws RingwellAlarmError when the alarm could not ring. Every event
+// it records, the scheduler's included, carries `routingCutShort` when the
+// routing ran out of its matching budget (timed by ctx.matchingClock).
 Awaitable<FireEvent> handle(AppContext& ctx, NotificationInfo notification);
 // The same, with the error returned instead of thrown.
 Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification);

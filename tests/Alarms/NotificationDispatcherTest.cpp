@@ -164,6 +164,14 @@ TEST_F(NotificationDispatcherTest, HostileRulesAreCutShortAndTheEventSaysSo) {
     EXPECT_EQ(store.events().front(), event);
     EXPECT_TRUE(service.scheduled.empty());
 
+    // A later channel that rings instead says so too: Urgent may have been meant.
+    store.addChannel(std::string("Everything"), ChannelRule{});
+    const FireEvent instead = handle(send("Mail", "Alice", "Hello"));
+    EXPECT_EQ(instead.outcome, FireOutcome::fired);
+    EXPECT_EQ(instead.channelName, "Everything");
+    EXPECT_TRUE(instead.routingCutShort);
+    EXPECT_EQ(store.events().front(), instead);
+
     // With time left the same notification rings, and its event says nothing.
     ctx.matchingClock = [] { return MatchBudget::Duration{}; };
     const FireEvent rung = handle(send("Mail", "Alice", "Hello"));
