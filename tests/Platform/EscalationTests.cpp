@@ -208,8 +208,8 @@ TEST_F(EscalationTest, SecretHeadersNeverReachTheLogOrTheHistory) {
     ring({webhook(0), webhook(5)});
     advance(5);
     ASSERT_EQ(records().size(), 2u);
-    ASSERT_FALSE(logger.lines.empty());
-    for (const auto& line : logger.lines) {
+    ASSERT_FALSE(logger.lines().empty());
+    for (const auto& line : logger.lines()) {
         EXPECT_EQ(line.message.find("SECRET-TOKEN-42"), std::string::npos) << line.message;
         EXPECT_EQ(line.message.find(std::to_string(server->port())), std::string::npos)
             << line.message;
