@@ -1,10 +1,7 @@
 #include "DaemonFixture.h"
 #include "Platform/FakeNotificationServer.h"
 
-#include <chrono>
-#include <functional>
 #include <memory>
-#include <thread>
 
 namespace ringwell::testing {
 namespace {
@@ -37,16 +34,6 @@ protected:
         ASSERT_EQ(result.exitCode, 0) << argv[0] << ": " << result.err;
     }
     json::Json capture() { return ringwellJson({"capture", "status", "--json"}); }
-    // Polls the daemon until `done`, for at most twenty seconds.
-    static bool eventually(const std::function<bool()>& done) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!done()) {
-            if (std::chrono::steady_clock::now() > end)
-                return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return true;
-    }
     bool seen(int count) {
         return eventually([&] { return capture()["seen"] == count; });
     }
