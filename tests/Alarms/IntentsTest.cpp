@@ -2,7 +2,6 @@
 #include "Intents/ChannelEntity.h"
 #include "Intents/RingChannelIntent.h"
 #include "Intents/SendToRingwellIntent.h"
-#include "Intents/StopAllAlarmsIntent.h"
 
 #include "AppTestSupport.h"
 
@@ -119,12 +118,6 @@ TEST_F(RingChannelIntentTest, TheSchedulersErrorIsTheIntentsError) {
     EXPECT_EQ(store.events().front().outcome, FireOutcome::failed);
 }
 
-TEST_F(RingChannelIntentTest, StopAllStopsEveryAlarm) {
-    run(ring(urgent().id).perform(ctx));
-    StopAllAlarmsIntent{}.perform(ctx);
-    EXPECT_TRUE(service.held.empty());
-}
-
 // MARK: Channel query
 
 class ChannelQueryTest : public AppTest {
@@ -154,12 +147,6 @@ TEST_F(ChannelQueryTest, ListsFollowTheStoresOrder) {
     EXPECT_EQ(names(ChannelQuery::entities(
                   store, std::vector<Uuid>{work.id, urgent().id, Uuid::random()})),
               (std::vector<std::string>{"Urgent", "Work"}));
-}
-
-TEST_F(ChannelQueryTest, AnEntityShowsTheRuleSummary) {
-    const Channel mail = store.addChannel(std::string("Mail"), appRule("Mail"));
-    const ChannelEntity entity = ChannelEntity::make(mail);
-    EXPECT_EQ(toJson(entity)["ruleSummary"], mail.rule.summary());
 }
 
 } // namespace
