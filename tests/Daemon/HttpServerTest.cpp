@@ -176,12 +176,6 @@ TEST_F(DescriptorShortageTest, TheWaitingClientIsServedOnceDescriptorsAreFree) {
     EXPECT_EQ(answer.rfind("HTTP/1.1 200", 0), 0u);
 }
 
-} // namespace
-} // namespace ringwell
-
-namespace ringwell {
-namespace {
-
 TEST(ReportEscapedTest, AnExceptionLeavingACoroutineIsReported) {
     asio::io_context io;
     std::vector<std::string> reports;
