@@ -52,10 +52,6 @@ TEST_F(DiagnosticsTest, GathersTheSetupAndPermissions) {
     EXPECT_EQ(gathered.generatedAt, clock.now());
 }
 
-TEST_F(DiagnosticsTest, ANeverRunSetupTestSaysSo) {
-    EXPECT_EQ(report().lastSetupTest, "never run");
-}
-
 TEST_F(DiagnosticsTest, ChannelsAreListedInOrderWithoutNames) {
     change(urgent().id, [](Channel& c) {
         c.mode = FiringMode::countdown;

@@ -32,14 +32,6 @@ TEST_F(SendToRingwellIntentTest, PerformRunsTheDispatcherWithTheNormalisedInput)
     EXPECT_EQ(store.events().front(), event);
 }
 
-TEST_F(SendToRingwellIntentTest, AnAlarmThatCannotRingDoesNotFailTheIntent) {
-    service.state = AlarmAuthorizationState::denied;
-    SendToRingwellIntent intent;
-    intent.app = "Mail";
-    EXPECT_EQ(run(intent.perform(ctx)).outcome, FireOutcome::failed);
-    EXPECT_EQ(notices.posted.size(), 1u);
-}
-
 TEST_F(SendToRingwellIntentTest, ItsJsonFormUsesThePropertyNames) {
     const auto intent = sendIntentFromJson(
         json::Json{{"notificationTitle", "Mom"}, {"app", "Messages"}, {"associatedContent", "x"}});
@@ -110,12 +102,6 @@ TEST_F(RingChannelIntentTest, ADeletedChannelFailsAndLogsNothing) {
     }
     EXPECT_TRUE(store.events().empty());
     EXPECT_TRUE(service.calls.empty());
-}
-
-TEST_F(RingChannelIntentTest, TheSchedulersErrorIsTheIntentsError) {
-    service.failNextSchedule(AlarmServiceError::Kind::maximumLimitReached);
-    EXPECT_THROW(run(ring(urgent().id).perform(ctx)), RingwellAlarmError);
-    EXPECT_EQ(store.events().front().outcome, FireOutcome::failed);
 }
 
 // MARK: Channel query

@@ -305,17 +305,6 @@ TEST_F(LocalAlarmServiceTest, AnAlarmPastItsDeadlineIsAlertingEvenBeforeTheTimer
     EXPECT_TRUE(sink.playing().has_value());
 }
 
-TEST_F(LocalAlarmServiceTest, FailuresReachTheCallerAsServiceErrors) {
-    auto service = authorizedService();
-    for (std::size_t i = 0; i < AlarmBook::limit; ++i)
-        schedule(*service, Uuid::random(), configuration(600));
-
-    EXPECT_EQ(errorKind([&] { schedule(*service, first, configuration(600)); }),
-              AlarmServiceError::Kind::maximumLimitReached);
-    EXPECT_EQ(errorKind([&] { service->stop(first); }), AlarmServiceError::Kind::notFound);
-    EXPECT_EQ(errorKind([&] { service->snooze(first); }), AlarmServiceError::Kind::notFound);
-}
-
 TEST_F(LocalAlarmServiceTest, ItsOwnTimerMakesADueAlarmAlert) {
     SystemClock wallClock;
     LocalAlarmService service(context, wallClock, sink, notices, logger, files());
