@@ -204,25 +204,5 @@ TEST_F(NotificationDispatcherTest, HandlingANotificationDirectlyThrowsTheAlarmEr
     EXPECT_EQ(store.events().size(), 1u);
 }
 
-// MARK: Together
-
-TEST_F(NotificationDispatcherTest, ABurstOfSendsRecordsOneEventEach) {
-    service.suspendSchedule = true;
-    std::vector<Awaitable<FireEvent>> sends;
-    sends.reserve(5);
-    for (int i = 0; i < 5; ++i)
-        sends.push_back(NotificationDispatcher::handle(ctx, send("Mail")));
-    auto outcomes = testing::runTogether(io, std::move(sends));
-    std::vector<FireOutcome> got;
-    got.reserve(outcomes.size());
-    for (const auto& outcome : outcomes)
-        got.push_back(outcome.value->outcome);
-    EXPECT_EQ(got, (std::vector<FireOutcome>{FireOutcome::fired, FireOutcome::coalesced,
-                                             FireOutcome::coalesced, FireOutcome::coalesced,
-                                             FireOutcome::coalesced}));
-    EXPECT_EQ(store.events().size(), 5u);
-    EXPECT_EQ(service.scheduled.size(), 1u);
-}
-
 } // namespace
 } // namespace ringwell
