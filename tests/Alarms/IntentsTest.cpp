@@ -72,10 +72,6 @@ TEST_F(RingChannelIntentTest, RingsTheChannelWithTheGivenText) {
                              at("2026-03-01T09:00:00Z")};
     const FireEvent event = run(intent.perform(ctx));
     EXPECT_EQ(event.outcome, FireOutcome::fired);
-    EXPECT_FALSE(event.app);
-    EXPECT_FALSE(event.sender);
-    EXPECT_EQ(event.isTimeSensitive, false);
-    EXPECT_FALSE(event.received);
     EXPECT_EQ(event.receivedAt, at("2026-03-01T09:00:00Z"));
     EXPECT_FALSE(event.isTest);
     EXPECT_EQ(service.scheduled.at(0).configuration.attributes.presentation.alert.title,
