@@ -68,7 +68,6 @@ TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
     auto result = ringwellJson({"setup-test", "status", "--json"});
     EXPECT_EQ(result["state"], "received");
     EXPECT_EQ(result["allPassed"], true);
-    ASSERT_EQ(result["checks"].size(), 6u);
 
     // A badly mapped automation: the same value fed to two fields.
     ringwell({"setup-test", "start"});
