@@ -16,14 +16,10 @@ protected:
     testing::FakeAlarmService service;
 };
 
-TEST_F(AlarmAuthorizationTest, StartsFromTheServicesState) {
+TEST_F(AlarmAuthorizationTest, ObservingFollowsEveryChangeOfTheService) {
     service.state = State::denied;
     AlarmAuthorization authorization(service);
     EXPECT_EQ(authorization.state(), State::denied);
-}
-
-TEST_F(AlarmAuthorizationTest, ObservingFollowsEveryChangeOfTheService) {
-    AlarmAuthorization authorization(service);
     std::vector<State> seen;
     auto token = authorization.subscribe([&](State state) { seen.push_back(state); });
 
@@ -38,17 +34,12 @@ TEST_F(AlarmAuthorizationTest, ObservingFollowsEveryChangeOfTheService) {
     authorization.unsubscribe(token);
 }
 
-TEST_F(AlarmAuthorizationTest, ObservingTwiceFollowsOnce) {
-    AlarmAuthorization authorization(service);
-    authorization.observe();
-    authorization.observe();
-    EXPECT_EQ(service.authorizationObserverCount(), 1u);
-}
-
-TEST_F(AlarmAuthorizationTest, StopsFollowingWhenDestroyed) {
+TEST_F(AlarmAuthorizationTest, ObservingTwiceFollowsOnceUntilDestroyed) {
     {
         AlarmAuthorization authorization(service);
         authorization.observe();
+        authorization.observe();
+        EXPECT_EQ(service.authorizationObserverCount(), 1u);
     }
     EXPECT_EQ(service.authorizationObserverCount(), 0u);
     service.setAuthorization(State::authorized); // must not reach the destroyed object

@@ -41,18 +41,10 @@ template <typename T> T run(asio::io_context& io, Awaitable<T> awaitable) {
 }
 
 inline void run(asio::io_context& io, Awaitable<void> awaitable) {
-    std::exception_ptr failure;
-    bool finished = false;
-    asio::co_spawn(io, std::move(awaitable), [&](std::exception_ptr error) {
-        failure = error;
-        finished = true;
-    });
-    io.restart();
-    io.run();
-    if (failure)
-        std::rethrow_exception(failure);
-    if (!finished)
-        throw std::logic_error("the awaitable did not finish");
+    run(io, [](Awaitable<void> inner) -> Awaitable<bool> {
+        co_await std::move(inner);
+        co_return true;
+    }(std::move(awaitable)));
 }
 
 // Runs several awaitables side by side on `io`, as near-simultaneous requests

@@ -72,13 +72,5 @@ TEST_F(CaptureRelayTest, TurningCaptureOffStopsTheSourceAndIsRemembered) {
     EXPECT_EQ(store.events().size(), 1u);
 }
 
-TEST_F(CaptureRelayTest, AWaitingSetupTestReceivesTheCapturedNotification) {
-    setupTest.start(clock.now());
-    relay.start();
-    capture("Signal");
-    ASSERT_EQ(store.events().size(), 1u);
-    EXPECT_EQ(store.events().front().outcome, FireOutcome::setupTest);
-}
-
 } // namespace
 } // namespace ringwell

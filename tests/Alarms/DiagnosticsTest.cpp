@@ -35,25 +35,19 @@ protected:
 };
 
 TEST_F(DiagnosticsTest, GathersTheSetupAndPermissions) {
-    service.state = AlarmAuthorizationState::denied;
-    AlarmAuthorization denied(service);
+    service.setAuthorization(AlarmAuthorizationState::denied);
+    authorization.observe();
     notices.permission = "not requested";
     defaults.set("lastSetupTestResult", "passed (2026-03-01T09:30:00Z)");
     store.setSetupWarning(std::string("No app"));
 
-    const DiagnosticsReport gathered = Diagnostics::report(
-        AppContext{store, service, scheduler, denied, setupTest, notices, defaults, logger, clock},
-        "Debian GNU/Linux 12", "ThinkPad");
+    const DiagnosticsReport gathered = report();
     EXPECT_EQ(gathered.alarmsPermission, "denied");
     EXPECT_EQ(gathered.notificationsPermission, "not requested");
     EXPECT_EQ(gathered.lastSetupTest, "passed (2026-03-01T09:30:00Z)");
     EXPECT_EQ(gathered.setupWarning, "No app");
     EXPECT_TRUE(gathered.performanceReports.empty());
     EXPECT_EQ(gathered.generatedAt, clock.now());
-}
-
-TEST_F(DiagnosticsTest, ANeverRunSetupTestSaysSo) {
-    EXPECT_EQ(report().lastSetupTest, "never run");
 }
 
 TEST_F(DiagnosticsTest, ChannelsAreListedInOrderWithoutNames) {

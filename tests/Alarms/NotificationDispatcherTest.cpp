@@ -30,7 +30,7 @@ protected:
 
 TEST_F(NotificationDispatcherTest, EverySendIsLoggedAndDatedEvenAnEmptyOne) {
     handle(send("Mail"));
-    EXPECT_EQ(logger.lines.at(0),
+    EXPECT_EQ(logger.lines().at(0),
               (testing::RecordingLogger::Line{LogLevel::notice, "SendToRingwell",
                                               "Send to Ringwell: app=Mail setupTest=false"}));
     clock.advance(5);
@@ -40,7 +40,7 @@ TEST_F(NotificationDispatcherTest, EverySendIsLoggedAndDatedEvenAnEmptyOne) {
     EXPECT_EQ(event.outcome, FireOutcome::noMatch);
     EXPECT_EQ(store.events().size(), 2u);
     EXPECT_EQ(defaults.value("lastSendToRingwell"), json::dateValue(clock.now()));
-    EXPECT_EQ(logger.lines.at(1).message, "Send to Ringwell: app=nil setupTest=false");
+    EXPECT_EQ(logger.lines().at(1).message, "Send to Ringwell: app=nil setupTest=false");
 }
 
 // MARK: Setup test
@@ -59,7 +59,7 @@ TEST_F(NotificationDispatcherTest, AWaitingSetupTestTakesTheNotificationAndNothi
     EXPECT_TRUE(std::holds_alternative<SetupTestController::Received>(setupTest.state()));
     // The warning is for ordinary notifications; a test leaves it alone.
     EXPECT_EQ(store.setupWarning(), "an earlier warning");
-    EXPECT_EQ(logger.lines.at(0).message, "Send to Ringwell: app=nil setupTest=true");
+    EXPECT_EQ(logger.lines().at(0).message, "Send to Ringwell: app=nil setupTest=true");
     // After the test the next notification rings again.
     EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::fired);
 }
@@ -198,9 +198,9 @@ TEST_F(NotificationDispatcherTest, ARefusedNoticeIsLoggedAndTheSendStillSucceeds
     notices.failNext = true;
     EXPECT_EQ(handle(send("Mail")).outcome, FireOutcome::failed);
     EXPECT_TRUE(notices.posted.empty());
-    ASSERT_EQ(logger.lines.size(), 2u);
-    EXPECT_EQ(logger.lines[1].level, LogLevel::error);
-    EXPECT_EQ(logger.lines[1].message,
+    ASSERT_EQ(logger.lines().size(), 2u);
+    EXPECT_EQ(logger.lines()[1].level, LogLevel::error);
+    EXPECT_EQ(logger.lines()[1].message,
               "Posting the failure notice failed: the notification server refused the notice");
 }
 
@@ -210,26 +210,6 @@ TEST_F(NotificationDispatcherTest, HandlingANotificationDirectlyThrowsTheAlarmEr
                  RingwellAlarmError);
     EXPECT_TRUE(notices.posted.empty());
     EXPECT_EQ(store.events().size(), 1u);
-}
-
-// MARK: Together
-
-TEST_F(NotificationDispatcherTest, ABurstOfSendsRecordsOneEventEach) {
-    service.suspendSchedule = true;
-    std::vector<Awaitable<FireEvent>> sends;
-    sends.reserve(5);
-    for (int i = 0; i < 5; ++i)
-        sends.push_back(NotificationDispatcher::handle(ctx, send("Mail")));
-    auto outcomes = testing::runTogether(io, std::move(sends));
-    std::vector<FireOutcome> got;
-    got.reserve(outcomes.size());
-    for (const auto& outcome : outcomes)
-        got.push_back(outcome.value->outcome);
-    EXPECT_EQ(got, (std::vector<FireOutcome>{FireOutcome::fired, FireOutcome::coalesced,
-                                             FireOutcome::coalesced, FireOutcome::coalesced,
-                                             FireOutcome::coalesced}));
-    EXPECT_EQ(store.events().size(), 5u);
-    EXPECT_EQ(service.scheduled.size(), 1u);
 }
 
 } // namespace

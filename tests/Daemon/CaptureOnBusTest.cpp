@@ -1,10 +1,7 @@
 #include "DaemonFixture.h"
 #include "Platform/FakeNotificationServer.h"
 
-#include <chrono>
-#include <functional>
 #include <memory>
-#include <thread>
 
 namespace ringwell::testing {
 namespace {
@@ -37,16 +34,6 @@ protected:
         ASSERT_EQ(result.exitCode, 0) << argv[0] << ": " << result.err;
     }
     json::Json capture() { return ringwellJson({"capture", "status", "--json"}); }
-    // Polls the daemon until `done`, for at most twenty seconds.
-    static bool eventually(const std::function<bool()>& done) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!done()) {
-            if (std::chrono::steady_clock::now() > end)
-                return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return true;
-    }
     bool seen(int count) {
         return eventually([&] { return capture()["seen"] == count; });
     }
@@ -87,7 +74,6 @@ TEST_F(CaptureOnBusTest, NotifySendRingsTheChannelForItsAppAndSender) {
 TEST_F(CaptureOnBusTest, CaptureCountsEachAppAndSeesThePhoneBridge) {
     ASSERT_EQ(ringwell({"capture", "apps", "Signal"}).exitCode, 0);
     client({"/usr/bin/notify-send", "-a", "Signal", "Mom", "one"});
-    client({"/usr/bin/notify-send", "-a", "Slack", "Ana", "standup"});
     client({"/usr/bin/notify-send", "-a", "Signal", "Mom", "two"});
     const std::string phoneHints =
         "{'x-kde-appname': <'kdeconnect'>, 'x-kde-display-appname': <'Messages'>, "
@@ -96,15 +82,13 @@ TEST_F(CaptureOnBusTest, CaptureCountsEachAppAndSeesThePhoneBridge) {
             "--object-path", "/org/freedesktop/Notifications", "--method",
             "org.freedesktop.Notifications.Notify", "--", "KDE Connect", "0", "''", "Mom",
             "see you", "[]", phoneHints, "-1"});
-    ASSERT_TRUE(seen(4));
+    ASSERT_TRUE(seen(3));
 
     json::Json state = capture();
-    ASSERT_EQ(state["seenApps"].size(), 3u) << state.dump();
+    ASSERT_EQ(state["seenApps"].size(), 2u) << state.dump();
     EXPECT_EQ(state["seenApps"][0]["name"], "Messages");
     EXPECT_EQ(state["seenApps"][1]["name"], "Signal");
     EXPECT_EQ(state["seenApps"][1]["count"], 2);
-    EXPECT_EQ(state["seenApps"][2]["name"], "Slack");
-    EXPECT_EQ(state["seenApps"][2]["count"], 1);
     ASSERT_EQ(state["bridges"].size(), 1u);
     EXPECT_EQ(state["bridges"][0]["kind"], "KDE Connect");
     EXPECT_EQ(state["bridges"][0]["device"], "Pixel 7");

@@ -1,13 +1,9 @@
 #include "DaemonFixture.h"
 
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <random>
 #include <set>
@@ -30,27 +26,10 @@ protected:
     };
 
     Answer call(const std::string& method, const std::string& path, const std::string& body = "") {
-        int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, socket.c_str(), sizeof address.sun_path - 1);
+        const std::string raw = apiRequest(method, path, body);
+        const auto split = raw.find("\r\n\r\n");
+        const auto length = raw.find("Content-Length: ");
         Answer answer;
-        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-            ::close(fd);
-            return answer;
-        }
-        std::string request = method + " " + path +
-                              " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n"
-                              "Content-Length: " +
-                              std::to_string(body.size()) + "\r\n\r\n" + body;
-        ::send(fd, request.data(), request.size(), MSG_NOSIGNAL);
-        std::string raw;
-        char buffer[8192];
-        for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
-            raw.append(buffer, static_cast<size_t>(n));
-        ::close(fd);
-        auto split = raw.find("\r\n\r\n");
-        auto length = raw.find("Content-Length: ");
         if (raw.rfind("HTTP/1.1 ", 0) != 0 || split == std::string::npos ||
             length == std::string::npos)
             return answer;
@@ -62,32 +41,6 @@ protected:
         if (parsed)
             answer.body = parsed.value();
         return answer;
-    }
-
-    // Starts the daemon like startDaemon(), but waits on the socket itself
-    // rather than through a `ringwell` process, which keeps rounds short.
-    void restartDaemon() {
-        std::string log = (root / "daemon.log").string();
-        daemon = ::fork();
-        ASSERT_GE(daemon, 0);
-        if (daemon == 0) {
-            for (const auto& [name, value] : environment)
-                ::setenv(name.c_str(), value.c_str(), 1);
-            FILE* out = std::freopen(log.c_str(), "a", stdout);
-            FILE* err = std::freopen(log.c_str(), "a", stderr);
-            (void)out;
-            (void)err;
-            ::execl(RINGWELL_BINARY "-daemon", RINGWELL_BINARY "-daemon", "--port", "0",
-                    static_cast<char*>(nullptr));
-            ::_exit(127);
-        }
-        auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (call("GET", "/v1/channels").status != 200) {
-            int status = 0;
-            ASSERT_NE(::waitpid(daemon, &status, WNOHANG), daemon) << daemonLog();
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << daemonLog();
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
     }
 
     // Every JSON file the daemon keeps parses, and none was moved aside.
@@ -162,7 +115,7 @@ TEST_F(CrashConsistencyTest, AcknowledgedWorkSurvivesAKillAtAnyMoment) {
         daemon = -1;
         expectFilesIntact(round);
 
-        restartDaemon();
+        startDaemon();
         Answer history = call("GET", "/v1/events");
         ASSERT_EQ(history.status, 200) << "round " << round;
         std::set<std::string> kept;

@@ -2,10 +2,13 @@
 #include "Core/Json.h"
 
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -60,14 +63,14 @@ void DaemonTest::startDaemon() {
     }
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < deadline) {
-        if (std::filesystem::exists(socket) && ringwell({"channels"}).exitCode == 0)
+        if (apiRequest("GET", "/v1/channels").rfind("HTTP/1.1 200", 0) == 0)
             return;
         int status = 0;
         if (::waitpid(daemon, &status, WNOHANG) == daemon) {
             daemon = -1;
             FAIL() << "the daemon exited at start:\n" << daemonLog();
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     FAIL() << "the daemon did not start:\n" << daemonLog();
 }
@@ -80,6 +83,43 @@ int DaemonTest::stopDaemon() {
     ::waitpid(daemon, &status, 0);
     daemon = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int DaemonTest::connectSocket() const {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, socket.c_str(), sizeof address.sun_path - 1);
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
+        return fd;
+    ::close(fd);
+    return -1;
+}
+
+std::string DaemonTest::rawExchange(const std::string& bytes) const {
+    const int fd = connectSocket();
+    if (fd < 0)
+        return "";
+    for (size_t sent = 0; sent < bytes.size();) {
+        const ssize_t n = ::send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        if (n <= 0)
+            break;
+        sent += static_cast<size_t>(n);
+    }
+    ::shutdown(fd, SHUT_WR);
+    std::string answer;
+    char buffer[8192];
+    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
+        answer.append(buffer, static_cast<size_t>(n));
+    ::close(fd);
+    return answer;
+}
+
+std::string DaemonTest::apiRequest(const std::string& method, const std::string& path,
+                                   const std::string& body) const {
+    return rawExchange(method + " " + path +
+                       " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Length: " +
+                       std::to_string(body.size()) + "\r\n\r\n" + body);
 }
 
 ProcessResult DaemonTest::ringwell(const std::vector<std::string>& args, const std::string& input) {

@@ -27,6 +27,15 @@ protected:
     // Stops it with SIGTERM and waits for it to exit; returns its exit status.
     int stopDaemon();
 
+    // A connection to the API socket; -1 when nothing listens.
+    int connectSocket() const;
+    // Sends raw bytes on the API socket and returns everything the daemon
+    // answers; "" when nothing listens.
+    std::string rawExchange(const std::string& bytes) const;
+    // One HTTP request on the API socket; the raw answer.
+    std::string apiRequest(const std::string& method, const std::string& path,
+                           const std::string& body = "") const;
+
     ProcessResult ringwell(const std::vector<std::string>& args, const std::string& input = "");
     // Runs a command that must succeed and returns its JSON output.
     json::Json ringwellJson(const std::vector<std::string>& args);

@@ -115,10 +115,6 @@ TEST_F(DaemonLifecycleTest, ChannelsAreManagedFromTheCommandLine) {
     EXPECT_EQ(list[1]["name"], "Urgent");
     EXPECT_EQ(ringwellJson({"channels", "urg", "--json"})[0]["name"], "Urgent");
 
-    auto ambiguous = ringwell({"ring", "u"});
-    EXPECT_EQ(ambiguous.exitCode, 2);
-    EXPECT_NE(ambiguous.err.find("matches several channels"), std::string::npos) << ambiguous.err;
-
     EXPECT_EQ(ringwell({"channel", "add", "--template", "nope"}).exitCode, 2);
     EXPECT_EQ(ringwell({"channel", "add", "--rule", R"({"calls":"sometimes"})"}).exitCode, 2);
     EXPECT_EQ(ringwell({"channel", "update"}, "{not json").exitCode, 2);
@@ -145,7 +141,6 @@ TEST_F(DaemonLifecycleTest, PreviewStatsAndDiagnostics) {
 
     auto stats = ringwellJson({"stats", "--json"});
     EXPECT_EQ(stats["received"], 2);
-    EXPECT_EQ(stats["days"].size(), 7u);
     EXPECT_EQ(stats["topApps"][0]["name"], "Mail");
 
     std::string file = (root / "Ringwell Diagnostics.txt").string();

@@ -1,4 +1,5 @@
 #include "Daemon/HttpServer.h"
+#include "TestSupport/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -44,10 +45,6 @@ protected:
         work.reset();
         io.stop();
         thread.join();
-    }
-    template <typename Condition> void waitFor(Condition condition) {
-        while (!condition())
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     int connectClient(int fd = -1) {
         if (fd < 0)
@@ -108,7 +105,8 @@ TEST_F(HttpServerTest, ConnectionsBeyondTheCapWaitForAFreeSlot) {
     limits.maxConnections = 2;
     start(limits);
     int first = connectClient(), second = connectClient(), third = connectClient();
-    waitFor([&] { return onLoop([&] { return server->openConnections(); }) == 2; });
+    ASSERT_TRUE(testing::eventually(
+        [&] { return onLoop([&] { return server->openConnections(); }) == 2; }));
     // The third stays in the backlog, however long it waits.
     for (int i = 0; i < 20; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -140,7 +138,8 @@ protected:
         for (int fd; (fd = ::open("/dev/null", O_RDONLY)) >= 0;)
             taken.push_back(fd);
         connectClient(client);
-        waitFor([&] { return onLoop([&] { return server->failedAccepts(); }) >= 1; });
+        ASSERT_TRUE(testing::eventually(
+            [&] { return onLoop([&] { return server->failedAccepts(); }) >= 1; }));
     }
     void release() {
         for (int fd : taken)
@@ -176,12 +175,6 @@ TEST_F(DescriptorShortageTest, TheWaitingClientIsServedOnceDescriptorsAreFree) {
     auto answer = exchangeOn(client, "GET / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
     EXPECT_EQ(answer.rfind("HTTP/1.1 200", 0), 0u);
 }
-
-} // namespace
-} // namespace ringwell
-
-namespace ringwell {
-namespace {
 
 TEST(ReportEscapedTest, AnExceptionLeavingACoroutineIsReported) {
     asio::io_context io;

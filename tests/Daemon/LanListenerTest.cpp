@@ -103,11 +103,9 @@ TEST_F(LanListenerTest, ADeviceSendsTheOneRouteAndEverythingElseIsRefused) {
     std::getline(webTokenFile, webToken);
     ASSERT_FALSE(webToken.empty());
 
-    EXPECT_EQ(send(http::verb::get, "/", token).status, 404u);
+    // The gate's refusals are its unit tests; here the local API and its
+    // token stay out of reach.
     EXPECT_EQ(send(http::verb::get, "/v1/status", token).status, 404u);
-    EXPECT_EQ(send(http::verb::post, "/v1/channels", token).status, 404u);
-    EXPECT_EQ(send(http::verb::get, "/v1/send", token).status, 405u);
-    EXPECT_EQ(send(http::verb::post, "/v1/send", "").status, 401u);
     EXPECT_EQ(send(http::verb::post, "/v1/send", webToken).status, 401u);
 
     // A body over 64 KiB is refused on its length alone.

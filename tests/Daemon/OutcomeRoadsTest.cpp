@@ -46,13 +46,6 @@ TEST_F(OutcomeRoadsTest, NotAuthorisedFailsThenFiresOnceAllowed) {
     auto alarms = ringwellJson({"alarms", "--json"});
     ASSERT_EQ(alarms.size(), 1u);
     EXPECT_EQ(alarms[0]["id"], fired["alarmID"]);
-    EXPECT_EQ(alarms[0]["configuration"]["presentation"]["alert"]["title"], "Mom: call me");
-
-    // While it rings, a second notification is coalesced into it.
-    auto coalesced = send({"--app", "Messages", "--sender", "Dad", "--title", "Hi"});
-    EXPECT_EQ(coalesced["outcome"], "coalesced");
-    EXPECT_FALSE(coalesced.contains("alarmID"));
-
     EXPECT_EQ(ringwell({"alarm", "stop", fired["alarmID"]}).exitCode, 0);
     EXPECT_TRUE(ringwellJson({"alarms", "--json"}).empty());
     auto again = ringwell({"alarm", "stop", fired["alarmID"]});
@@ -75,7 +68,6 @@ TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
     auto result = ringwellJson({"setup-test", "status", "--json"});
     EXPECT_EQ(result["state"], "received");
     EXPECT_EQ(result["allPassed"], true);
-    ASSERT_EQ(result["checks"].size(), 6u);
 
     // A badly mapped automation: the same value fed to two fields.
     ringwell({"setup-test", "start"});

@@ -27,16 +27,12 @@ protected:
         services.watchdog = watchdog;
         return services;
     }
-
-    std::size_t silentEvents() const {
-        return std::count_if(store.events().begin(), store.events().end(),
-                             [](const FireEvent& e) { return e.outcome == FireOutcome::silent; });
-    }
 };
 
-TEST_F(WatchRoutesTest, AMissedWatchIsToldOnceTrafficClearsItAndARestartKeepsLastHeard) {
-    auto watchdog = std::make_unique<Watchdog>(ctx);
-    Api api(ctx, services(watchdog.get()));
+// The watchdog's own rules are its unit tests; here its routes.
+TEST_F(WatchRoutesTest, WatchesAreAddedShownAndRemovedWithClearErrors) {
+    Watchdog watchdog(ctx);
+    Api api(ctx, services(&watchdog));
 
     auto refused = call(api, "POST", "/v1/watches", {{"app", "Signal"}, {"everySeconds", 10}}, 400);
     EXPECT_EQ(refused["error"], "The watch of Signal can't be kept: the interval must be between "
@@ -54,32 +50,18 @@ TEST_F(WatchRoutesTest, AMissedWatchIsToldOnceTrafficClearsItAndARestartKeepsLas
     EXPECT_EQ(added["dueAt"], json::dateValue(clock.now().addingSeconds(3 * 3600)));
 
     clock.advance(3 * 3600);
-    EXPECT_EQ(run(watchdog->check()).size(), 1u);
-    clock.advance(3600);
-    EXPECT_TRUE(run(watchdog->check()).empty());
-    EXPECT_EQ(notices.posted.size(), 1u);
-    EXPECT_EQ(silentEvents(), 1u);
+    EXPECT_EQ(run(watchdog.check()).size(), 1u);
     auto silent = call(api, "GET", "/v1/watches")["watches"][0];
     EXPECT_EQ(silent["isSilent"], true);
     EXPECT_EQ(silent["silentSince"], silent["since"]);
-    auto history = call(api, "GET", "/v1/events");
-    EXPECT_EQ(history[0]["outcome"], "silent");
-
+    EXPECT_EQ(call(api, "GET", "/v1/events")[0]["outcome"], "silent");
+    // A send through the API is the traffic that ends the silence.
     call(api, "POST", "/v1/send", {{"app", "signal"}, {"notificationTitle", "Hi"}});
-    const Date heard = clock.now();
     EXPECT_EQ(call(api, "GET", "/v1/watches")["watches"][0]["isSilent"], false);
 
-    // A restart: a new watchdog on the same settings.
-    watchdog.reset();
-    Watchdog restarted(ctx);
-    Api again(ctx, services(&restarted));
-    auto kept = call(again, "GET", "/v1/watches")["watches"];
-    ASSERT_EQ(kept.size(), 1u);
-    EXPECT_EQ(kept[0]["lastHeard"], json::dateValue(heard));
-
-    call(again, "DELETE", "/v1/watches/SIGNAL", nullptr, 204);
-    call(again, "DELETE", "/v1/watches/Signal", nullptr, 404);
-    EXPECT_TRUE(call(again, "GET", "/v1/watches")["watches"].empty());
+    call(api, "DELETE", "/v1/watches/SIGNAL", nullptr, 204);
+    call(api, "DELETE", "/v1/watches/Signal", nullptr, 404);
+    EXPECT_TRUE(call(api, "GET", "/v1/watches")["watches"].empty());
 }
 
 } // namespace

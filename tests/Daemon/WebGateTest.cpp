@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <tuple>
 
 namespace ringwell {
 namespace {
@@ -36,31 +37,26 @@ TEST(WebGateTest, LetsInTheCookieOrTheHeaderOnLoopbackHosts) {
 }
 
 TEST(WebGateTest, RefusesForeignHostsOriginsAndMissingTokens) {
-    auto refusedWith = [&](const ApiRequest& r) {
-        auto answer = WebGate::check(r, token, port);
-        return answer ? answer->status : 0u;
-    };
-    // DNS rebinding: a page of another name that resolves to us.
-    EXPECT_EQ(refusedWith(request("GET", "/v1/events",
-                                  {{"host", "evil.example:7383"}, {"x-ringwell-token", token}})),
-              403u);
-    EXPECT_EQ(refusedWith(request("GET", "/v1/events",
-                                  {{"host", "127.0.0.1:9999"}, {"x-ringwell-token", token}})),
-              403u);
-    EXPECT_EQ(refusedWith(request("GET", "/v1/events", {{"x-ringwell-token", token}})), 403u);
-    EXPECT_EQ(refusedWith(request("DELETE", "/v1/events",
-                                  {{"host", "127.0.0.1:7383"},
-                                   {"x-ringwell-token", token},
-                                   {"origin", "http://evil.example"}})),
-              403u);
-    EXPECT_EQ(refusedWith(request("GET", "/v1/events", {{"host", "127.0.0.1:7383"}})), 401u);
-    EXPECT_EQ(refusedWith(request(
-                  "GET", "/v1/events",
-                  {{"host", "127.0.0.1:7383"}, {"x-ringwell-token", std::string(64, 'b')}})),
-              401u);
-    EXPECT_EQ(refusedWith(request("GET", "/v1/events",
-                                  {{"host", "127.0.0.1:7383"}, {"cookie", "ringwell_token="}})),
-              401u);
+    using Headers = std::map<std::string, std::string>;
+    const std::string host = "127.0.0.1:7383";
+    const std::tuple<const char*, Headers, unsigned> refusals[] = {
+        // DNS rebinding: a page of another name that resolves to us.
+        {"GET", {{"host", "evil.example:7383"}, {"x-ringwell-token", token}}, 403u},
+        {"GET", {{"host", "127.0.0.1:9999"}, {"x-ringwell-token", token}}, 403u},
+        {"GET", {{"x-ringwell-token", token}}, 403u},
+        {"DELETE",
+         {{"host", host}, {"x-ringwell-token", token}, {"origin", "http://evil.example"}},
+         403u},
+        {"GET", {{"host", host}}, 401u},
+        {"GET", {{"host", host}, {"x-ringwell-token", std::string(64, 'b')}}, 401u},
+        {"GET", {{"host", host}, {"cookie", "ringwell_token="}}, 401u}};
+    int row = 0;
+    for (const auto& [method, headers, status] : refusals) {
+        SCOPED_TRACE("refusal " + std::to_string(row++));
+        auto answer = WebGate::check(request(method, "/v1/events", headers), token, port);
+        ASSERT_TRUE(answer);
+        EXPECT_EQ(answer->status, status);
+    }
     // A page gets a readable page, the API a JSON error.
     auto page = WebGate::check(request("GET", "/", {{"host", "127.0.0.1:7383"}}), token, port);
     ASSERT_TRUE(page);

@@ -25,34 +25,21 @@ protected:
     const Uuid second = Uuid::random();
 };
 
-TEST_F(AlarmBookTest, CountdownAlertsAtItsExactDeadline) {
+TEST_F(AlarmBookTest, EachAlarmAlertsOnceAtItsExactDeadlineEarliestFirst) {
+    const Uuid third = Uuid::random();
     book.schedule(first, configuration(30), start);
-    EXPECT_EQ(book.nextDeadline(), at(30));
+    book.schedule(second, configuration(20), start);
+    book.schedule(third, configuration(std::nullopt), start); // at once
+    EXPECT_EQ(book.advance(start), std::vector<Uuid>{third});
+    EXPECT_EQ(book.nextDeadline(), at(20));
+    EXPECT_TRUE(book.advance(at(19.999)).empty());
+    EXPECT_EQ(stateOf(second), AlarmState::countdown);
 
-    EXPECT_TRUE(book.advance(at(29.999)).empty());
-    EXPECT_EQ(stateOf(first), AlarmState::countdown);
-
-    EXPECT_EQ(book.advance(at(30)), std::vector<Uuid>{first});
+    EXPECT_EQ(book.advance(at(30)), (std::vector<Uuid>{second, first}));
     EXPECT_EQ(stateOf(first), AlarmState::alerting);
     EXPECT_EQ(book.find(first)->fireDate, at(30)); // the moment it started to alert
     EXPECT_EQ(book.nextDeadline(), std::nullopt);
-}
-
-TEST_F(AlarmBookTest, ImmediateAlarmsAlertAfterTheirOneSecondOrAtOnce) {
-    book.schedule(first, configuration(1), start);
-    book.schedule(second, configuration(std::nullopt), start);
-
-    EXPECT_EQ(book.advance(start), std::vector<Uuid>{second});
-    EXPECT_EQ(book.advance(at(1)), std::vector<Uuid>{first});
-}
-
-TEST_F(AlarmBookTest, AdvanceStartsEachAlarmOnceEarliestDeadlineFirst) {
-    book.schedule(first, configuration(20), start);
-    book.schedule(second, configuration(10), start);
-
-    EXPECT_EQ(book.advance(at(60)), (std::vector<Uuid>{second, first}));
     EXPECT_TRUE(book.advance(at(120)).empty());
-    EXPECT_EQ(stateOf(first), AlarmState::alerting);
 }
 
 TEST_F(AlarmBookTest, SnoozeRestartsThePostAlertCountdownAndAlertsAgain) {
@@ -66,17 +53,6 @@ TEST_F(AlarmBookTest, SnoozeRestartsThePostAlertCountdownAndAlertsAgain) {
     EXPECT_TRUE(book.advance(at(304)).empty());
     EXPECT_EQ(book.advance(at(305)), std::vector<Uuid>{first});
     EXPECT_EQ(stateOf(first), AlarmState::alerting);
-}
-
-TEST_F(AlarmBookTest, SnoozeNeedsAnAlertingAlarmWithAPostAlert) {
-    book.schedule(first, configuration(1), start);
-    book.schedule(second, configuration(60, 300), start);
-    book.advance(at(1));
-
-    EXPECT_EQ(errorKind([&] { book.snooze(first, at(2)); }), Kind::failed);  // no post-alert
-    EXPECT_EQ(errorKind([&] { book.snooze(second, at(2)); }), Kind::failed); // counting down
-    EXPECT_EQ(stateOf(first), AlarmState::alerting);
-    EXPECT_EQ(book.find(second)->fireDate, at(60));
 }
 
 TEST_F(AlarmBookTest, PauseKeepsTheRemainingTimeAndResumeContinuesIt) {
@@ -97,11 +73,13 @@ TEST_F(AlarmBookTest, PauseKeepsTheRemainingTimeAndResumeContinuesIt) {
     EXPECT_EQ(book.advance(at(540)), std::vector<Uuid>{first});
 }
 
-TEST_F(AlarmBookTest, PauseAndResumeOnlyFitTheirStates) {
+TEST_F(AlarmBookTest, PauseResumeAndSnoozeOnlyFitTheirStates) {
     book.schedule(first, configuration(1), start);
-    book.schedule(second, configuration(60), start);
+    book.schedule(second, configuration(60, 300), start);
     book.advance(at(1));
 
+    EXPECT_EQ(errorKind([&] { book.snooze(first, at(2)); }), Kind::failed);  // no post-alert
+    EXPECT_EQ(errorKind([&] { book.snooze(second, at(2)); }), Kind::failed); // counting down
     EXPECT_EQ(errorKind([&] { book.pause(first, at(2)); }), Kind::failed);   // alerting
     EXPECT_EQ(errorKind([&] { book.resume(second, at(2)); }), Kind::failed); // counting down
     book.pause(second, at(2));
@@ -110,17 +88,28 @@ TEST_F(AlarmBookTest, PauseAndResumeOnlyFitTheirStates) {
     EXPECT_EQ(book.find(second)->remainingSeconds, 58);
 }
 
-TEST_F(AlarmBookTest, StopAndCancelRemoveAlarmsInEveryState) {
+TEST_F(AlarmBookTest, AlarmsInEveryStateAreListedInSchedulingOrderAndRemoved) {
     const Uuid third = Uuid::random();
-    book.schedule(first, configuration(1), start);
-    book.schedule(second, configuration(60), start);
+    const auto kept = configuration(1, 300, "ringwell-bark.caf", "Second");
+    book.schedule(first, configuration(60), start);
+    book.schedule(second, kept, start);
     book.schedule(third, configuration(60), start);
     book.advance(at(1));
-    book.pause(third, at(2));
+    book.pause(first, at(10));
 
-    book.stop(first);    // alerting
-    book.cancel(second); // counting down
-    book.stop(third);    // paused
+    const auto& alarms = book.alarms();
+    ASSERT_EQ(alarms.size(), 3u);
+    EXPECT_EQ(alarms[0].id, first);
+    EXPECT_EQ(alarms[0].state, AlarmState::paused);
+    EXPECT_EQ(alarms[1].id, second);
+    EXPECT_EQ(alarms[1].state, AlarmState::alerting);
+    EXPECT_EQ(alarms[1].configuration, kept);
+    EXPECT_EQ(alarms[2].id, third);
+    EXPECT_EQ(alarms[2].state, AlarmState::countdown);
+
+    book.stop(first);   // paused
+    book.stop(second);  // alerting
+    book.cancel(third); // counting down
     EXPECT_TRUE(book.alarms().empty());
     EXPECT_EQ(book.nextDeadline(), std::nullopt);
 }
@@ -164,26 +153,6 @@ TEST_F(AlarmBookTest, ScheduleRejectsATakenIdAndDurationsThatAreNoTime) {
     EXPECT_EQ(errorKind([&] { book.schedule(second, configuration(-1), start); }), Kind::failed);
     EXPECT_EQ(errorKind([&] { book.schedule(second, configuration(1, -5), start); }), Kind::failed);
     EXPECT_EQ(book.alarms().size(), 1u);
-}
-
-TEST_F(AlarmBookTest, AlarmsListsEveryStateInSchedulingOrder) {
-    const Uuid third = Uuid::random();
-    const auto kept = configuration(1, 300, "ringwell-bark.caf", "Second");
-    book.schedule(first, configuration(60), start);
-    book.schedule(second, kept, start);
-    book.schedule(third, configuration(60), start);
-    book.advance(at(1));
-    book.pause(first, at(10));
-
-    const auto& alarms = book.alarms();
-    ASSERT_EQ(alarms.size(), 3u);
-    EXPECT_EQ(alarms[0].id, first);
-    EXPECT_EQ(alarms[0].state, AlarmState::paused);
-    EXPECT_EQ(alarms[1].id, second);
-    EXPECT_EQ(alarms[1].state, AlarmState::alerting);
-    EXPECT_EQ(alarms[1].configuration, kept);
-    EXPECT_EQ(alarms[2].id, third);
-    EXPECT_EQ(alarms[2].state, AlarmState::countdown);
 }
 
 TEST_F(AlarmBookTest, ARestoredBookKeepsEverySavedAlarmEvenBeyondTheLimit) {

@@ -57,10 +57,7 @@ protected:
     }
 
     void schedule(const Uuid& id, AlarmConfiguration config) {
-        bool finished = false;
-        asio::co_spawn(context, service->schedule(id, std::move(config)),
-                       [&](std::exception_ptr) { finished = true; });
-        ASSERT_TRUE(runUntil(context, [&] { return finished; }));
+        scheduleNow(context, *service, id, std::move(config));
     }
 
     std::optional<AlarmState> stateOfFirst() const {
@@ -88,12 +85,6 @@ protected:
 TEST_F(AlarmNoticeOnBusTest, StopOnTheNoticeStopsTheAlarmAndItsRemindersAndClosesIt) {
     ring();
     const auto notice = server->notices().back();
-    EXPECT_EQ(notice.actions, (std::vector<std::string>{"stop", "Stop", "snooze", "Snooze",
-                                                        "default", "Open Ringwell"}));
-    EXPECT_EQ(notice.hints.at("urgency"), "2");
-    EXPECT_EQ(notice.hints.at("resident"), "true");
-    EXPECT_EQ(notice.hints.at("desktop-entry"), "ringwell");
-
     server->invoke(notice.id, "stop");
     EXPECT_TRUE(runUntil(context, [&] { return service->alarms().empty(); }));
     EXPECT_TRUE(runUntil(context, [&] { return !server->closed().empty(); }));
@@ -109,12 +100,6 @@ TEST_F(AlarmNoticeOnBusTest, SnoozeOnTheNoticeSnoozesAndTakesTheNoticeAway) {
     EXPECT_TRUE(runUntil(context, [&] { return stateOfFirst() == AlarmState::countdown; }));
     EXPECT_TRUE(runUntil(context, [&] { return !server->closed().empty(); }));
     EXPECT_EQ(service->alarms().size(), 3u); // the reminders still wait
-}
-
-TEST_F(AlarmNoticeOnBusTest, ThePersonClosingTheNoticeStopsTheAlarm) {
-    ring();
-    server->close(server->notices().back().id, 2);
-    EXPECT_TRUE(runUntil(context, [&] { return service->alarms().empty(); }));
 }
 
 TEST_F(AlarmNoticeOnBusTest, ANoticeTheDesktopTookAwayWhileRingingIsPostedAgain) {

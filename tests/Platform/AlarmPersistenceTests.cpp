@@ -50,7 +50,7 @@ protected:
     asio::io_context context;
     TestClock clock;
     SilentAudioSink sink;
-    RecordingNoticeCenter notices;
+    FakeNoticeCenter notices;
     RecordingLogger logger;
     std::vector<Alarm> alarms;
     const Uuid id = Uuid::random();
@@ -102,8 +102,8 @@ TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
     for (const Alarm& alarm : service->alarms())
         EXPECT_EQ(alarm.state, AlarmState::alerting);
     EXPECT_EQ(sink.playing(), directory / "default.caf");
-    ASSERT_FALSE(notices.requests.empty());
-    EXPECT_EQ(notices.requests.back().actions.at(0).key, "stop"); // a ringing notice
+    ASSERT_FALSE(notices.posted.empty());
+    EXPECT_EQ(notices.posted.back().actions.at(0).key, "stop"); // a ringing notice
 }
 
 TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {

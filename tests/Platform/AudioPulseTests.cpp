@@ -12,6 +12,7 @@ namespace ringwell {
 namespace {
 
 using namespace platformtest;
+using testing::eventually;
 using testing::PrivatePulse;
 
 class AudioPulseTest : public ::testing::Test {
@@ -47,7 +48,7 @@ TEST_F(AudioPulseTest, WithoutAServerTheProblemIsReportedAndAServerThatAppearsLa
     if (!pulse.start())
         GTEST_SKIP() << "pulseaudio is not available";
     sink.play(BundledSounds::defaultTone(), "Mom", recordInto(problem));
-    EXPECT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    EXPECT_TRUE(eventually([&] { return pulse.alarmStream().has_value(); }));
     EXPECT_TRUE(sink.status().reachable);
     EXPECT_NE(sink.status().server.find("pulseaudio"), std::string::npos);
 }
@@ -70,10 +71,6 @@ protected:
             GTEST_SKIP() << "pulseaudio is not available";
         pulse.setSink(true, 40);
     }
-    bool sinkIs(bool muted, int percent) {
-        auto sink = pulse.sink();
-        return sink && sink->muted == muted && sink->volumePercent == percent;
-    }
 
     PrivatePulse pulse{directory.path()};
 };
@@ -82,37 +79,37 @@ TEST_F(AudioPulseServerTest, AnAlarmRingsThroughAMutedSinkWhichGoesBackWhenItSto
     AudioPulse sink(context, breakingThrough());
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
 
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    ASSERT_TRUE(eventually([&] { return pulse.alarmStream().has_value(); }));
     const auto properties = (*pulse.alarmStream())["properties"];
     EXPECT_EQ(properties["media.name"], "Urgent: Mom");
     EXPECT_EQ(properties["application.name"], "Ringwell");
     EXPECT_EQ(properties["application.id"], "ringwell");
     EXPECT_EQ((*pulse.alarmStream())["mute"], false);
-    EXPECT_TRUE(PrivatePulse::waitFor([&] { return sinkIs(false, 70); }));
+    EXPECT_TRUE(eventually([&] { return pulse.sinkIs(false, 70); }));
     EXPECT_TRUE(std::filesystem::exists(directory / "raised-sink.json"));
 
     sink.stop();
-    EXPECT_TRUE(PrivatePulse::waitFor([&] { return sinkIs(true, 40); }));
-    EXPECT_TRUE(PrivatePulse::waitFor([&] { return pulse.streams().empty(); }));
-    EXPECT_TRUE(PrivatePulse::waitFor(
-        [&] { return !std::filesystem::exists(directory / "raised-sink.json"); }));
+    EXPECT_TRUE(eventually([&] { return pulse.sinkIs(true, 40); }));
+    EXPECT_TRUE(eventually([&] { return pulse.streams().empty(); }));
+    EXPECT_TRUE(
+        eventually([&] { return !std::filesystem::exists(directory / "raised-sink.json"); }));
 }
 
 TEST_F(AudioPulseServerTest, TheStreamStartsUnmutedAtFullVolumeWhateverTheServerRemembers) {
     AudioPulse sink(context, {});
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    ASSERT_TRUE(eventually([&] { return pulse.alarmStream().has_value(); }));
     const std::string stream = std::to_string((*pulse.alarmStream())["index"].get<int>());
     // The person turns the alarm stream down and mutes it; the server keeps
     // that for the role's next stream.
     pulse.pactl({"set-sink-input-volume", stream, "10%"});
     pulse.pactl({"set-sink-input-mute", stream, "1"});
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return (*pulse.alarmStream())["mute"] == true; }));
+    ASSERT_TRUE(eventually([&] { return (*pulse.alarmStream())["mute"] == true; }));
     sink.stop();
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.streams().empty(); }));
+    ASSERT_TRUE(eventually([&] { return pulse.streams().empty(); }));
 
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    ASSERT_TRUE(eventually([&] { return pulse.alarmStream().has_value(); }));
     const auto next = *pulse.alarmStream();
     EXPECT_EQ(next["mute"], false);
     for (const auto& channel : next["volume"])
@@ -122,20 +119,20 @@ TEST_F(AudioPulseServerTest, TheStreamStartsUnmutedAtFullVolumeWhateverTheServer
 TEST_F(AudioPulseServerTest, AVolumeThePersonSetsMidAlarmStands) {
     AudioPulse sink(context, breakingThrough());
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return sinkIs(false, 70); }));
+    ASSERT_TRUE(eventually([&] { return pulse.sinkIs(false, 70); }));
 
     pulse.pactl({"set-sink-volume", "ringwell_test", "30%"});
     sink.stop();
     // Their volume stays; the mute Ringwell lifted comes back.
-    EXPECT_TRUE(PrivatePulse::waitFor([&] { return pulse.sink()->muted; }));
-    EXPECT_TRUE(sinkIs(true, 30));
+    EXPECT_TRUE(eventually([&] { return pulse.sink()->muted; }));
+    EXPECT_TRUE(pulse.sinkIs(true, 30));
 }
 
 TEST_F(AudioPulseServerTest, AServerThatGoesAwayMidAlarmIsReported) {
     AudioPulse sink(context, breakingThrough());
     std::optional<AudioProblem> problem;
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", recordInto(problem));
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return sinkIs(false, 70); }));
+    ASSERT_TRUE(eventually([&] { return pulse.sinkIs(false, 70); }));
 
     pulse.stop();
     EXPECT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
@@ -149,16 +146,16 @@ TEST_F(AudioPulseServerTest, WithRingThroughMuteOffTheSinkIsLeftAlone) {
     options.settings = [] { return BreakthroughSettings{false, 70}; };
     AudioPulse sink(context, options);
     sink.play(BundledSounds::defaultTone(), "Urgent: Mom", nullptr);
-    ASSERT_TRUE(PrivatePulse::waitFor([&] { return pulse.alarmStream().has_value(); }));
+    ASSERT_TRUE(eventually([&] { return pulse.alarmStream().has_value(); }));
     // The worker takes requests in order: once the second tone's stream is
     // there, whatever the first would have done to the sink is done.
     const auto first = (*pulse.alarmStream())["index"];
     sink.play(BundledSounds::defaultTone(), "Urgent: Dad", nullptr);
-    ASSERT_TRUE(PrivatePulse::waitFor([&] {
+    ASSERT_TRUE(eventually([&] {
         auto stream = pulse.alarmStream();
         return stream && (*stream)["index"] != first;
     }));
-    EXPECT_TRUE(sinkIs(true, 40));
+    EXPECT_TRUE(pulse.sinkIs(true, 40));
 }
 
 } // namespace

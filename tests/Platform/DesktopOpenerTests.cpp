@@ -37,7 +37,7 @@ protected:
     }
 
     TemporaryDirectory directory;
-    RecordingNoticeCenter notices;
+    FakeNoticeCenter notices;
     RecordingLogger logger;
 };
 

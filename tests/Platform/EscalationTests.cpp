@@ -1,18 +1,9 @@
-#include "Alarms/AlarmAuthorization.h"
-#include "Alarms/AlarmScheduler.h"
-#include "Alarms/AppContext.h"
 #include "Alarms/EscalationRunner.h"
-#include "Alarms/SetupTestController.h"
 #include "Core/Json.h"
 #include "Daemon/HttpServer.h"
-#include "Model/RingwellStore.h"
 #include "Platform/WebhookClient.h"
-#include "TestSupport/Fakes/FakeAlarmService.h"
-#include "TestSupport/Fakes/FakeClock.h"
-#include "TestSupport/Fakes/FakeNoticeCenter.h"
-#include "TestSupport/Fakes/MemoryUserDefaults.h"
-#include "TestSupport/Fakes/RecordingLogger.h"
-#include "TestSupport/Helpers.h"
+
+#include "Alarms/AppTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +28,7 @@ public:
 // The escalation runner with the real webhook client, posting to a loopback
 // server of the test's own on the same io_context; everything else is faked
 // and the clock only moves when a test moves it.
-class EscalationTest : public ::testing::Test {
+class EscalationTest : public AppTest {
 protected:
     void SetUp() override {
         server =
@@ -51,10 +42,10 @@ protected:
 
     // The seeded channel with these steps, and its alarm `alarm` ringing now.
     void ring(std::vector<EscalationStep> steps) {
-        Channel channel = store.channels().front();
-        channel.escalation = std::move(steps);
-        channel.reminderSound = AlarmTone::klaxon;
-        store.update(channel);
+        const Channel channel = change(urgent().id, [&](Channel& c) {
+            c.escalation = std::move(steps);
+            c.reminderSound = AlarmTone::klaxon;
+        });
         FireEvent event;
         event.id = Uuid::random();
         event.channelID = channel.id;
@@ -113,18 +104,6 @@ protected:
         return result;
     }
 
-    asio::io_context io;
-    FakeClock clock{at("2026-03-01T09:30:00Z")};
-    RingwellStore store{clock};
-    FakeAlarmService service;
-    FakeNoticeCenter notices;
-    MemoryUserDefaults defaults;
-    RecordingLogger logger;
-    AlarmScheduler scheduler{service, store, clock};
-    AlarmAuthorization authorization{service};
-    SetupTestController setupTest{defaults, clock};
-    AppContext ctx{store,   service,  scheduler, authorization, setupTest,
-                   notices, defaults, logger,    clock};
     WebhookClient client{io};
     RecordingAmplifier amplifier;
     std::unique_ptr<HttpServer> server;
@@ -208,8 +187,8 @@ TEST_F(EscalationTest, SecretHeadersNeverReachTheLogOrTheHistory) {
     ring({webhook(0), webhook(5)});
     advance(5);
     ASSERT_EQ(records().size(), 2u);
-    ASSERT_FALSE(logger.lines.empty());
-    for (const auto& line : logger.lines) {
+    ASSERT_FALSE(logger.lines().empty());
+    for (const auto& line : logger.lines()) {
         EXPECT_EQ(line.message.find("SECRET-TOKEN-42"), std::string::npos) << line.message;
         EXPECT_EQ(line.message.find(std::to_string(server->port())), std::string::npos)
             << line.message;

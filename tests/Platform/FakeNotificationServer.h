@@ -109,7 +109,6 @@ public:
         // Every hint, its value written out: booleans "true"/"false", bytes
         // and integers in decimal, strings as they are.
         std::map<std::string, std::string> hints;
-        int urgency = -1;
         std::int32_t expireTimeout = 0;
         std::uint32_t id = 0;
     };
@@ -232,8 +231,6 @@ private:
             notice.hints[key] = hintValue(message);
             sd_bus_message_exit_container(message);
         }
-        if (notice.hints.count("urgency"))
-            notice.urgency = std::stoi(notice.hints["urgency"]);
         sd_bus_message_exit_container(message);
         sd_bus_message_read(message, "i", &notice.expireTimeout);
 

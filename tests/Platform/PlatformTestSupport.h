@@ -1,91 +1,33 @@
 #pragma once
 
-#include "Alarms/Logger.h"
-#include "Alarms/NoticeCenter.h"
 #include "Core/Date.h"
 #include "Model/Clock.h"
 #include "Shared/AlarmService.h"
 #include "Shared/Asio.h"
 #include "TestSupport/EnvironmentGuard.h"
 #include "TestSupport/Fakes/FakeClock.h"
+#include "TestSupport/Fakes/FakeNoticeCenter.h"
+#include "TestSupport/Fakes/RecordingLogger.h"
 #include "TestSupport/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <mutex>
 #include <optional>
-#include <sstream>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
-// Small fakes and helpers for the platform tests, kept here so that this
-// suite depends on nothing but the platform layer.
+// Helpers for the platform tests.
 namespace ringwell::platformtest {
 
 using TestClock = testing::FakeClock;
 using testing::EnvironmentGuard;
+using testing::FakeNoticeCenter;
 using testing::readFile;
+using testing::RecordingLogger;
 using testing::TemporaryDirectory;
 using testing::writeFile;
-
-struct LogLine {
-    LogLevel level;
-    std::string category;
-    std::string message;
-};
-
-// Keeps every line; safe from any thread, as the Logger contract requires.
-class RecordingLogger final : public Logger {
-public:
-    void log(LogLevel level, std::string_view category, std::string_view message) override {
-        std::lock_guard lock(mutex_);
-        lines_.push_back({level, std::string(category), std::string(message)});
-    }
-    std::vector<LogLine> lines() const {
-        std::lock_guard lock(mutex_);
-        return lines_;
-    }
-    // Lines whose message contains `part`.
-    int count(std::string_view part) const {
-        std::lock_guard lock(mutex_);
-        int found = 0;
-        for (const auto& line : lines_)
-            found += line.message.find(part) != std::string::npos;
-        return found;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<LogLine> lines_;
-};
-
-// Records the notices it is given; refuses them all when told to.
-class RecordingNoticeCenter final : public NoticeCenter {
-public:
-    Awaitable<void> add(NoticeRequest request) override {
-        requests.push_back(request);
-        if (refuse)
-            throw std::runtime_error("refused by the test");
-        co_return;
-    }
-    Awaitable<void> withdraw(std::string identifier) override {
-        withdrawn.push_back(identifier);
-        co_return;
-    }
-    std::string permissionStatus() const override { return "allowed"; }
-    // As the person answering a notice on the desktop.
-    void answer(const NoticeResponse& response) { respond(response); }
-
-    std::vector<NoticeRequest> requests;
-    std::vector<std::string> withdrawn;
-    bool refuse = false;
-};
 
 // Runs the io_context's handlers until `done` holds or `limit` passes; true
 // when `done` holds. For work that finishes on another thread or process.

@@ -3,15 +3,11 @@
 #include "Core/Json.h"
 #include "TestSupport/Process.h"
 
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -67,7 +63,7 @@ public:
             ::_exit(127);
         }
         bool exited = false;
-        waitFor([&] {
+        eventually([&] {
             int status = 0;
             exited = ::waitpid(pid_, &status, WNOHANG) == pid_;
             return exited || sink().has_value();
@@ -89,7 +85,7 @@ public:
     std::string serverAddress() const { return "unix:" + socket_.string(); }
 
     ProcessResult pactl(const std::vector<std::string>& args) const {
-        std::vector<std::string> argv{onPath("pactl")};
+        std::vector<std::string> argv{"/usr/bin/pactl"};
         argv.insert(argv.end(), args.begin(), args.end());
         return runProcess(argv, environment_);
     }
@@ -102,6 +98,10 @@ public:
         const auto& channel = first["volume"].begin().value();
         return Sink{first["mute"].get<bool>(),
                     static_cast<int>((channel["value"].get<double>() * 100 + 32768) / 65536)};
+    }
+    bool sinkIs(bool muted, int percent) const {
+        auto found = sink();
+        return found && found->muted == muted && found->volumePercent == percent;
     }
     void setSink(bool muted, int percent) const {
         pactl({"set-sink-volume", "ringwell_test", std::to_string(percent) + "%"});
@@ -119,35 +119,7 @@ public:
         return std::nullopt;
     }
 
-    // Polls `done` (every 20 ms, for up to 20 s): the server works in its own time.
-    static bool waitFor(const std::function<bool()>& done) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!done()) {
-            if (std::chrono::steady_clock::now() >= end)
-                return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return true;
-    }
-
 private:
-    static std::string onPath(const std::string& program) {
-        const char* path = std::getenv("PATH");
-        std::string directories = path ? path : "/usr/bin:/bin";
-        std::size_t start = 0;
-        while (start <= directories.size()) {
-            auto end = directories.find(':', start);
-            if (end == std::string::npos)
-                end = directories.size();
-            auto candidate =
-                std::filesystem::path(directories.substr(start, end - start)) / program;
-            if (::access(candidate.c_str(), X_OK) == 0)
-                return candidate.string();
-            start = end + 1;
-        }
-        return program;
-    }
-
     std::optional<json::Json> listed(const std::string& what) const {
         auto result = pactl({"--format=json", "list", what});
         if (result.exitCode != 0)

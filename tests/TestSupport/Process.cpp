@@ -5,8 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 namespace ringwell::testing {
 
@@ -88,6 +90,16 @@ ProcessResult runRingwell(const std::vector<std::string>& args,
     std::vector<std::string> argv{RINGWELL_BINARY};
     argv.insert(argv.end(), args.begin(), args.end());
     return runProcess(argv, environment, input);
+}
+
+bool eventually(const std::function<bool()>& done) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
 }
 
 } // namespace ringwell::testing

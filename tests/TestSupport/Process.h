@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -22,5 +23,9 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
 ProcessResult runRingwell(const std::vector<std::string>& args,
                           const std::map<std::string, std::string>& environment = {},
                           const std::string& input = "");
+
+// Polls `done` every 20 ms for up to 20 s, for work that another thread or
+// process does in its own time; false when it never held.
+bool eventually(const std::function<bool()>& done);
 
 } // namespace ringwell::testing

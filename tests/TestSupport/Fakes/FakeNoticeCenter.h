@@ -2,43 +2,34 @@
 
 #include "Alarms/NoticeCenter.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace ringwell::testing {
 
-// A notice centre that keeps what is on show: a notice with the identifier of
-// one still shown replaces it, as on a desktop. `failNext` makes the next
-// post throw, as a notification server that refuses it.
+// A notice centre that records what it is given. `failNext` makes the next
+// post throw and `refuseAll` every post, as a notification server that
+// refuses them.
 class FakeNoticeCenter final : public NoticeCenter {
 public:
     std::vector<NoticeRequest> posted; // every accepted notice, in order
-    std::vector<NoticeRequest> shown;  // what is on show now
+    std::vector<std::string> withdrawn;
     bool failNext = false;
+    bool refuseAll = false;
     std::string permission = "allowed";
 
     Awaitable<void> add(NoticeRequest request) override {
-        if (failNext) {
+        if (failNext || refuseAll) {
             failNext = false;
             throw std::runtime_error("the notification server refused the notice");
         }
-        posted.push_back(request);
-        auto same = std::find_if(shown.begin(), shown.end(), [&](const NoticeRequest& notice) {
-            return notice.identifier == request.identifier;
-        });
-        if (same != shown.end())
-            *same = std::move(request);
-        else
-            shown.push_back(std::move(request));
+        posted.push_back(std::move(request));
         co_return;
     }
 
     Awaitable<void> withdraw(std::string identifier) override {
-        withdrawn.push_back(identifier);
-        std::erase_if(shown,
-                      [&](const NoticeRequest& notice) { return notice.identifier == identifier; });
+        withdrawn.push_back(std::move(identifier));
         co_return;
     }
 
@@ -46,8 +37,6 @@ public:
 
     // As the person answering a notice on the desktop.
     void answer(const NoticeResponse& response) { respond(response); }
-
-    std::vector<std::string> withdrawn;
 };
 
 } // namespace ringwell::testing

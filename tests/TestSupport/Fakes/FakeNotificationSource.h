@@ -12,10 +12,7 @@ namespace ringwell::testing {
 // fails loudly, because the real source never calls a stopped listener.
 class FakeNotificationSource final : public NotificationSource {
 public:
-    void start(Listener listener) override {
-        listener_ = std::move(listener);
-        ++starts;
-    }
+    void start(Listener listener) override { listener_ = std::move(listener); }
     void stop() override { listener_ = nullptr; }
     CaptureStatus status() const override { return current; }
 
@@ -28,7 +25,6 @@ public:
     }
 
     CaptureStatus current{true, "fake", "1", 0, ""};
-    int starts = 0;
 
 private:
     Listener listener_;
