@@ -8,8 +8,7 @@
 namespace ringwell {
 
 void batchSavesPerLoopTurn(RingwellStore& store, asio::io_context& io) {
-    store.batchSaves([&io](std::function<void()> flush) { asio::post(io, std::move(flush)); },
-                     RingwellStore::SaveWrites::onWriterThread);
+    store.batchSaves([&io](std::function<void()> flush) { asio::post(io, std::move(flush)); });
 }
 
 Awaitable<void> savedToDisk(RingwellStore& store) {

@@ -285,9 +285,9 @@ void RingwellStore::save() {
     });
 }
 
-void RingwellStore::batchSaves(FlushScheduler schedule, SaveWrites where) {
+void RingwellStore::batchSaves(FlushScheduler schedule) {
     scheduleFlush_ = std::move(schedule);
-    if (where == SaveWrites::onWriterThread && file_ && !writer_)
+    if (file_ && !writer_)
         writer_ = std::make_unique<FileWriterThread>();
 }
 

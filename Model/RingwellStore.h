@@ -54,7 +54,7 @@ enum class StoreChange { channels, events, setupWarning, saveError };
 // Every mutating operation writes the whole snapshot at once, crash-safely
 // (AtomicFile), and then tells the observers; with `batchSaves` the write is
 // instead left to one flush shared by every change made before it runs, and
-// optionally done on a writer thread while the store's thread goes on: changes
+// done on a writer thread while the store's thread goes on: changes
 // made while a save is being written wait for the next save, which starts as
 // soon as that one is done (group commit).
 // Writes whose result would equal the stored state are skipped where noted.
@@ -210,16 +210,13 @@ public:
     // Runs `flush` later on the store's thread (the daemon posts it to its
     // io_context).
     using FlushScheduler = std::function<void(std::function<void()> flush)>;
-    // Where a batched save writes the file: on the store's thread, which waits
-    // for the write, or on the store's own writer thread (FileWriterThread).
-    enum class SaveWrites { onStoreThread, onWriterThread };
     // From now on a change does not write at once: it marks the state unsaved
     // and asks `schedule` for one flush, which every change made before it
-    // runs shares. Observers are then told before the write. With
-    // `onWriterThread`, the flush hands the file's bytes to the writer thread
-    // and the writer calls `schedule` to bring the result back, so `schedule`
-    // must be safe to call from any thread (asio::post is).
-    void batchSaves(FlushScheduler schedule, SaveWrites where = SaveWrites::onStoreThread);
+    // runs shares. Observers are then told before the write. The flush hands
+    // the file's bytes to the store's writer thread (FileWriterThread), which
+    // calls `schedule` to bring the result back, so `schedule` must be safe to
+    // call from any thread (asio::post is).
+    void batchSaves(FlushScheduler schedule);
     // Calls `done` once every change made so far is in a save that has
     // completed, whether it succeeded or not (see `saveError`); at once when
     // nothing is unsaved or being written.
@@ -263,7 +260,7 @@ private:
     std::optional<std::string> saveError_;
 
     FlushScheduler scheduleFlush_;
-    std::unique_ptr<FileWriterThread> writer_;          // with SaveWrites::onWriterThread
+    std::unique_ptr<FileWriterThread> writer_;          // once saves are batched
     bool unsaved_ = false;                              // changes that no save has taken yet
     bool flushScheduled_ = false;                       // a flush is posted and has not run yet
     bool writing_ = false;                              // a save is on the writer thread

@@ -276,70 +276,19 @@ TEST_F(StoreTest, FailedSaveIsKeptAsTheSaveErrorUntilTheNextSaveCatchesUp) {
 
 // MARK: Batched saves
 
-class BatchedSaveTest : public StoreTest {
-protected:
-    std::unique_ptr<RingwellStore> openBatched() {
-        auto store = open();
-        store->batchSaves([this](std::function<void()> flush) { flushes.push_back(flush); });
-        return store;
-    }
-    void runFlushes() {
-        auto pending = std::move(flushes);
-        flushes.clear();
-        for (auto& flush : pending)
-            flush();
-    }
-    std::vector<std::function<void()>> flushes;
-};
-
-// Pending changes are still written when the store closes; the flush
-// scheduled for the closed store does nothing.
-TEST_F(BatchedSaveTest, ChangesMadeTogetherShareOneSaveAndWaitersHearItAfterwards) {
-    auto store = openBatched();
-    const auto before = store->saveCount();
-    int saved = 0;
-    store->whenSaved([&] { ++saved; }); // nothing pending: at once
-    EXPECT_EQ(saved, 1);
-
-    for (int i = 0; i < 3; ++i) {
-        store->log(
-            makeEvent(FireOutcome::fired, "Mail", "Sender " + std::to_string(i), clock.now()));
-        store->whenSaved([&] {
-            EXPECT_EQ(onDisk().events.size(), 3u);
-            ++saved;
-        });
-    }
-    EXPECT_EQ(flushes.size(), 1u);
-    EXPECT_EQ(store->saveCount(), before);
-    EXPECT_EQ(saved, 1);
-
-    runFlushes();
-    EXPECT_EQ(saved, 4);
-    EXPECT_EQ(store->saveCount(), before + 1);
-    EXPECT_EQ(readFile(file()),
-              json::encode(toJson(StoreSnapshot{store->channels(), store->events()})));
-
-    store->log(makeEvent(FireOutcome::fired, "Mail", "Late", clock.now()));
-    store.reset();
-    runFlushes();
-    EXPECT_EQ(onDisk().events.size(), 4u);
-}
-
 // Saves written on the writer thread: the test thread plays the daemon's
 // loop, running what the store posts, in order, as it arrives.
 class WriterThreadSaveTest : public StoreTest {
 protected:
     std::unique_ptr<RingwellStore> openWithWriter() {
         auto store = open();
-        store->batchSaves(
-            [this](std::function<void()> task) {
-                {
-                    std::lock_guard lock(mutex);
-                    posted.push_back(std::move(task));
-                }
-                arrived.notify_one();
-            },
-            RingwellStore::SaveWrites::onWriterThread);
+        store->batchSaves([this](std::function<void()> task) {
+            {
+                std::lock_guard lock(mutex);
+                posted.push_back(std::move(task));
+            }
+            arrived.notify_one();
+        });
         return store;
     }
     // Waits for the next posted task (a flush, or a finished write coming
