@@ -707,12 +707,8 @@ TEST_F(StoreTest, AppsToForwardIsAbsentWhenAnEnabledChannelAcceptsAnyApp) {
 
 // MARK: Default location
 
-class DefaultLocationTest : public ::testing::Test {
-protected:
+TEST(DefaultLocationTest, UsesXdgDataHomeElseHomeElseNoLocation) {
     TemporaryDirectory root;
-};
-
-TEST_F(DefaultLocationTest, UsesXdgDataHomeElseHomeElseNoLocation) {
     const fs::path xdg = root / "xdg";
     auto location = RingwellStore::defaultFileLocation(xdg.c_str(), "/nonexistent-home");
     ASSERT_TRUE(location.has_value());
@@ -736,7 +732,7 @@ TEST_F(DefaultLocationTest, UsesXdgDataHomeElseHomeElseNoLocation) {
 }
 
 // Without a location the store is seeded and kept in memory, writing nothing.
-TEST_F(DefaultLocationTest, OpenDefaultRunsInMemoryWithoutALocation) {
+TEST(DefaultLocationTest, OpenDefaultRunsInMemoryWithoutALocation) {
     testing::EnvironmentGuard home("HOME", std::nullopt), xdg("XDG_DATA_HOME", std::nullopt);
     FakeClock clock;
     auto opened = RingwellStore::openDefault(clock);
