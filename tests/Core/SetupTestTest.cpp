@@ -129,7 +129,6 @@ TEST_F(SetupTestTest, EachFieldIsJudgedAgainstTheNotificationText) {
         {{{"Is Time Sensitive", "TRUE"}}, Field::timeSensitive, Status::passed},
         {{{"Is Time Sensitive", " false "}}, Field::timeSensitive, Status::passed},
         {{{"Is Time Sensitive", "on"}}, Field::timeSensitive, Status::failed},
-        {{{"Is Time Sensitive", ""}}, Field::timeSensitive, Status::failed},
     };
     for (const auto& c : cases) {
         auto values = goodMapping();
