@@ -44,12 +44,10 @@ TEST(ShortcutInputTest, TextsAreBoundedAfterTrimmingAtACharacterBoundary) {
     input.body = std::string(limit - 1, 'b') + "\u00e9" + "tail"; // é straddles the limit
     input.title = "  " + std::string(limit, 't') + "\n";          // fits once trimmed: kept as sent
     input.recipients = std::string(3 * limit, 'r');
-    input.app = " Mail ";
     auto fields = input.fields();
     EXPECT_EQ(fields.body, std::string(limit - 1, 'b'));
     EXPECT_EQ(fields.title, input.title);
     EXPECT_EQ(fields.received[7].value, std::string(limit, 'r'));
-    EXPECT_EQ(fields.app, " Mail ");
 
     auto info = fields.notification(Date{});
     EXPECT_EQ(info.title, std::string(limit, 't'));

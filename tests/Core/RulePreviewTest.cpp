@@ -84,8 +84,10 @@ TEST_F(RulePreviewTest, EntriesAreNewestFirstWithIdsCountingFromTheOldest) {
     EXPECT_TRUE(entries[2].history.empty());
 }
 
-// The winner's own cooldown does not stop it from shadowing.
-TEST_F(RulePreviewTest, EarlierMatchingChannelShadowsEveryEntry) {
+// An earlier enabled matching channel shadows, even while its own cooldown
+// runs; disabled, mismatching and later channels do not, and a mismatch of the
+// previewed channel is reported before any shadowing.
+TEST_F(RulePreviewTest, OnlyEarlierEnabledMatchingChannelsShadow) {
     auto first = channel(withCooldown(3600));
     auto previewed = channel();
     auto entries = run(previewed, {first, previewed}, {message("Mom", 0), message("Mom", 10)});
@@ -93,19 +95,14 @@ TEST_F(RulePreviewTest, EarlierMatchingChannelShadowsEveryEntry) {
                                                PreviewVerdict::shadowed(first.id)));
     EXPECT_EQ(RulePreview::ringCount(entries), 0);
     EXPECT_TRUE(entries[0].verdict.matchesRule());
-}
 
-// Disabled, mismatching and later channels do not shadow; a mismatch of the
-// previewed channel is reported before any shadowing.
-TEST_F(RulePreviewTest, OnlyEarlierEnabledMatchingChannelsShadow) {
     ChannelRule slackOnly;
     slackOnly.apps = {"Slack"};
-    auto previewed = channel();
-    auto entries = run(previewed, {channel({}, false), channel(slackOnly), previewed, channel()},
-                       {message("A", 0)});
+    entries = run(previewed, {channel({}, false), channel(slackOnly), previewed, channel()},
+                  {message("A", 0)});
     EXPECT_THAT(verdicts(entries), ElementsAre(PreviewVerdict::rings()));
     auto slack = channel(slackOnly);
-    EXPECT_THAT(verdicts(run(slack, {channel(), slack}, {message("Mom", 0)})),
+    EXPECT_THAT(verdicts(run(slack, {first, slack}, {message("Mom", 0)})),
                 ElementsAre(PreviewVerdict::noMatch()));
 }
 

@@ -59,52 +59,38 @@ TEST_F(AtomicFileTest, CreatesAndReplacesTheWholeFileOwnerOnly) {
     EXPECT_TRUE(leftovers().empty());
 }
 
-TEST_F(AtomicFileTest, SyncsTheTemporaryFileThenTheDirectory) {
-    std::vector<std::string> synced;
-    AtomicFile::Options options;
-    options.syncFile = [&](int fd) {
-        synced.push_back("file " + pathOf(fd));
-        return ::fsync(fd);
-    };
-    options.syncDirectory = [&](int fd) {
-        synced.push_back("dir " + pathOf(fd));
-        return ::fsync(fd);
-    };
-    ASSERT_TRUE(AtomicFile::replace(target(), "data", options).ok());
-    ASSERT_EQ(synced.size(), 2u);
-    EXPECT_EQ(synced[0].rfind("file " + (root.path() / ".ringwell.json.tmp-").string(), 0), 0u)
-        << synced[0];
-    EXPECT_EQ(synced[1], "dir " + root.path().string());
-}
-
-// A failed sync of the file and then of the directory: each time the whole
-// rewrite starts again with a new temporary file, never syncing one twice.
+// The temporary file is synced, then the directory. A failed sync of the file
+// and then of the directory: each time the whole rewrite starts again with a
+// new temporary file, never syncing one twice.
 TEST_F(AtomicFileTest, FailedFileOrDirectorySyncRedoesTheWholeRewrite) {
     writeFile(target(), "old");
-    std::vector<std::string> syncedFiles;
-    int directorySyncs = 0;
+    std::vector<std::string> synced;
+    int fileSyncs = 0, directorySyncs = 0;
+    auto failingOnce = [&](const char* kind, int& count) {
+        return [&synced, kind, counter = &count](int fd) {
+            synced.push_back(kind + pathOf(fd));
+            if (++*counter == 1) {
+                errno = EIO;
+                return -1;
+            }
+            return ::fsync(fd);
+        };
+    };
     AtomicFile::Options options;
-    options.syncFile = [&](int fd) {
-        syncedFiles.push_back(pathOf(fd));
-        if (syncedFiles.size() == 1) {
-            errno = EIO;
-            return -1;
-        }
-        return ::fsync(fd);
-    };
-    options.syncDirectory = [&](int fd) {
-        if (++directorySyncs == 1) {
-            errno = EIO;
-            return -1;
-        }
-        return ::fsync(fd);
-    };
+    options.syncFile = failingOnce("file ", fileSyncs);
+    options.syncDirectory = failingOnce("dir ", directorySyncs);
     auto written = AtomicFile::replace(target(), "new", options);
     ASSERT_TRUE(written.ok()) << written.error().message;
     EXPECT_EQ(written.value().attempts, 3);
-    ASSERT_EQ(syncedFiles.size(), 3u);
-    EXPECT_NE(syncedFiles[0], syncedFiles[1]);
-    EXPECT_NE(syncedFiles[1], syncedFiles[2]);
+    ASSERT_EQ(synced.size(), 5u);
+    const std::string directory = "dir " + root.path().string();
+    for (std::size_t i : {0, 1, 3})
+        EXPECT_EQ(synced[i].rfind("file " + (root.path() / ".ringwell.json.tmp-").string(), 0), 0u)
+            << synced[i];
+    EXPECT_EQ(synced[2], directory);
+    EXPECT_EQ(synced[4], directory);
+    EXPECT_NE(synced[0], synced[1]);
+    EXPECT_NE(synced[1], synced[3]);
     EXPECT_EQ(readFile(target()), "new");
     EXPECT_TRUE(leftovers().empty());
 }

@@ -97,15 +97,6 @@ TEST(ChannelJsonTest, EveryFieldRoundTripsEqual) {
     }
 }
 
-TEST(ChannelTest, NewChannelWithoutNameFollowsItsRule) {
-    ChannelRule rule;
-    rule.senders = {"  Mum "};
-    Channel channel = Channel::make(std::nullopt, rule, "#34C759", Date{5});
-    EXPECT_TRUE(channel.usesAutomaticName);
-    EXPECT_EQ(channel.name, "Mum");
-    EXPECT_NE(channel.id, Channel::make(std::nullopt, rule, "#34C759", Date{5}).id);
-}
-
 TEST(ChannelTest, FollowUpsUseTheMainSoundWithoutReminderTone) {
     Channel channel;
     channel.sound = AlarmTone::chime;
