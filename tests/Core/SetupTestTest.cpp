@@ -86,6 +86,7 @@ TEST_F(SetupTestTest, AReportWithoutAFieldIgnoresItsDirectValue) {
 TEST_F(SetupTestTest, WithoutAReportOnlyAppTitleAndTimeSensitiveCanFail) {
     auto statuses = [](const std::vector<SetupCheck>& checks) {
         std::vector<Status> out;
+        out.reserve(checks.size());
         for (const auto& check : checks)
             out.push_back(check.status);
         return out;
