@@ -31,7 +31,7 @@ TEST_F(ApiRobustnessTest, MalformedRequestsGetJsonErrors) {
               std::string::npos);
     EXPECT_NE(rawExchange("this is not http\r\n\r\n").find("HTTP/1.1 400"), std::string::npos);
     EXPECT_NE(post("/v1/send", std::string(2 << 20, 'x')).find("HTTP/1.1 413"), std::string::npos);
-    EXPECT_NE(post("/v1/channels/not-an-id/move", "{}").find("is not a channel ID"),
+    EXPECT_NE(post("/v1/channels/not-a-channel/move", "{}").find("No channel is named"),
               std::string::npos);
     // Still serving.
     EXPECT_EQ(ringwell({"channels"}).exitCode, 0);
