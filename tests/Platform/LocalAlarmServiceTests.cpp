@@ -326,7 +326,6 @@ TEST_F(LocalAlarmServiceTest, DestroyingTheServiceSilencesItAndLeavesNoLiveHandl
 class AlarmPersistenceTest : public LocalAlarmServiceTest {
 protected:
     fs::path file() const { return files().alarms; }
-    std::unique_ptr<LocalAlarmService> run() { return makeService(); }
 
     const Alarm& only(const LocalAlarmService& service) {
         alarms = service.alarms();
@@ -344,12 +343,11 @@ TEST_F(AlarmPersistenceTest, ARestartResumesACountdownWithTheTimeThatIsLeft) {
     const Date scheduledAt = clock.now();
     const auto config = configuration(60, 300, "ringwell-klaxon.caf");
     {
-        auto service = run();
-        service->setAuthorization(AlarmAuthorizationState::authorized);
+        auto service = authorizedService();
         schedule(*service, id, config);
     }
     clock.advance(20);
-    auto service = run();
+    auto service = makeService();
 
     const Alarm& alarm = only(*service);
     EXPECT_EQ(alarm.state, AlarmState::countdown);
@@ -362,8 +360,7 @@ TEST_F(AlarmPersistenceTest, ARestartResumesACountdownWithTheTimeThatIsLeft) {
 TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
     const Uuid later = Uuid::random();
     {
-        auto service = run();
-        service->setAuthorization(AlarmAuthorizationState::authorized);
+        auto service = authorizedService();
         schedule(*service, id, configuration(1));
         schedule(*service, later, configuration(60));
         clock.advance(1);
@@ -372,7 +369,7 @@ TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
     }
     EXPECT_EQ(sink.playing(), std::nullopt); // the old run went quiet as it ended
     clock.advance(3600);
-    auto service = run();
+    auto service = makeService();
     drain(context);
 
     ASSERT_EQ(service->alarms().size(), 2u);
@@ -385,14 +382,13 @@ TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
 
 TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
     {
-        auto service = run();
-        service->setAuthorization(AlarmAuthorizationState::authorized);
+        auto service = authorizedService();
         schedule(*service, id, configuration(60));
         clock.advance(25);
         service->pause(id);
     }
     clock.advance(10000);
-    auto service = run();
+    auto service = makeService();
 
     const Alarm& alarm = only(*service);
     EXPECT_EQ(alarm.state, AlarmState::paused);
@@ -402,8 +398,7 @@ TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
 
 TEST_F(AlarmPersistenceTest, StoppedAlarmsAndThePermissionAreRememberedInAPrivateFile) {
     {
-        auto service = run();
-        service->setAuthorization(AlarmAuthorizationState::authorized);
+        auto service = authorizedService();
         schedule(*service, id, configuration(60));
         schedule(*service, Uuid::random(), configuration(60));
         service->cancel(id);
@@ -414,14 +409,14 @@ TEST_F(AlarmPersistenceTest, StoppedAlarmsAndThePermissionAreRememberedInAPrivat
     ASSERT_EQ(::stat(file().parent_path().c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0700u);
 
-    auto service = run();
+    auto service = makeService();
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
     ASSERT_EQ(service->alarms().size(), 1u);
     EXPECT_NE(service->alarms().front().id, id);
 
     service->setAuthorization(AlarmAuthorizationState::denied);
     service.reset();
-    EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::denied);
+    EXPECT_EQ(makeService()->authorizationState(), AlarmAuthorizationState::denied);
 }
 
 TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
@@ -432,7 +427,7 @@ TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
         SCOPED_TRACE(contents);
         fs::create_directories(file().parent_path());
         writeFile(file(), contents);
-        auto service = run();
+        auto service = makeService();
 
         EXPECT_TRUE(service->alarms().empty());
         EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
@@ -441,10 +436,9 @@ TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
     }
     EXPECT_EQ(logger.count(quarantined.string()), 2);
 
-    auto service = run();
-    service->setAuthorization(AlarmAuthorizationState::authorized);
+    auto service = authorizedService();
     EXPECT_TRUE(fs::exists(file()));
-    EXPECT_EQ(run()->authorizationState(), AlarmAuthorizationState::authorized);
+    EXPECT_EQ(makeService()->authorizationState(), AlarmAuthorizationState::authorized);
 }
 
 TEST_F(AlarmPersistenceTest, ABadAlarmIsLeftOutAndTheOthersAndThePermissionAreKept) {
@@ -460,7 +454,7 @@ TEST_F(AlarmPersistenceTest, ABadAlarmIsLeftOutAndTheOthersAndThePermissionAreKe
     fs::create_directories(file().parent_path());
     writeFile(file(), original);
 
-    auto service = run();
+    auto service = makeService();
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
     EXPECT_EQ(only(*service).id, id);
     EXPECT_EQ(logger.count("has no fireDate"), 1);
@@ -470,7 +464,7 @@ TEST_F(AlarmPersistenceTest, ABadAlarmIsLeftOutAndTheOthersAndThePermissionAreKe
     EXPECT_EQ(readFile(file().parent_path() / "alarms.corrupt.json"), original);
     service.reset();
     const auto lines = logger.lines().size();
-    service = run();
+    service = makeService();
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
     EXPECT_EQ(only(*service).id, id);
     EXPECT_EQ(logger.lines().size(), lines);
