@@ -130,8 +130,6 @@ TEST_F(NotificationDispatcherTest, TheCooldownCountsOnlyRealRingsOfTheChannel) {
     otherChannel.isTest = false;
     otherChannel.channelID = Uuid::random();
     store.log(otherChannel);
-    EXPECT_FALSE(NotificationDispatcher::isCoolingDown(
-        mail, send("Mail", "Alice").notification(clock.now()), store));
     EXPECT_EQ(handle(send("Mail", "Alice")).outcome, FireOutcome::fired);
 }
 

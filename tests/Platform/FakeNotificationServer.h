@@ -3,7 +3,6 @@
 #include <systemd/sd-bus.h>
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
