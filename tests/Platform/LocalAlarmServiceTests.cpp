@@ -365,7 +365,6 @@ TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
         service->processDueAlarms();
         drain(context);
     }
-    EXPECT_EQ(sink.playing(), std::nullopt); // the old run went quiet as it ended
     clock.advance(3600);
     auto service = makeService();
     drain(context);
