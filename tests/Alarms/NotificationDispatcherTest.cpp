@@ -40,7 +40,6 @@ TEST_F(NotificationDispatcherTest, EverySendIsLoggedAndDatedEvenAnEmptyOne) {
     EXPECT_EQ(event.outcome, FireOutcome::noMatch);
     EXPECT_EQ(store.events().size(), 2u);
     EXPECT_EQ(defaults.value("lastSendToRingwell"), json::dateValue(clock.now()));
-    EXPECT_EQ(logger.lines().at(1).message, "Send to Ringwell: app=nil setupTest=false");
 }
 
 // MARK: Setup test
@@ -107,8 +106,16 @@ TEST_F(NotificationDispatcherTest, ADeletedChannelNoLongerTakesItsNotifications)
 }
 
 // When the period ends is the cooldown's own test.
-TEST_F(NotificationDispatcherTest, TheCooldownHoldsTheSameSenderButNotAnother) {
+TEST_F(NotificationDispatcherTest, TheCooldownHoldsTheSenderOfARealRingOfTheChannel) {
     const Channel mail = mailOnly(60);
+    // A test ring of this channel, and a real ring of another channel, hold nothing.
+    run(scheduler.fire(mail, send("Mail", "Alice").notification(clock.now()), RingKind::test));
+    service.held.clear();
+    FireEvent otherChannel = store.events().front();
+    otherChannel.id = Uuid::random();
+    otherChannel.isTest = false;
+    otherChannel.channelID = Uuid::random();
+    store.log(otherChannel);
     EXPECT_EQ(handle(send("Mail", "Alice")).outcome, FireOutcome::fired);
     service.held.clear(); // the alarm was stopped, so only the cooldown can hold
 
@@ -118,19 +125,6 @@ TEST_F(NotificationDispatcherTest, TheCooldownHoldsTheSameSenderButNotAnother) {
     EXPECT_EQ(cooled.channelID, mail.id);
     EXPECT_EQ(cooled.channelName, "Mail alerts");
     EXPECT_EQ(handle(send("Mail", "Bob")).outcome, FireOutcome::fired);
-}
-
-TEST_F(NotificationDispatcherTest, TheCooldownCountsOnlyRealRingsOfTheChannel) {
-    const Channel mail = mailOnly(60);
-    // A test ring of this channel, and a real ring of another channel.
-    run(scheduler.fire(mail, send("Mail", "Alice").notification(clock.now()), RingKind::test));
-    service.held.clear();
-    FireEvent otherChannel = store.events().front();
-    otherChannel.id = Uuid::random();
-    otherChannel.isTest = false;
-    otherChannel.channelID = Uuid::random();
-    store.log(otherChannel);
-    EXPECT_EQ(handle(send("Mail", "Alice")).outcome, FireOutcome::fired);
 }
 
 TEST_F(NotificationDispatcherTest, FrequencyRulesSeeTheEarlierNotifications) {
