@@ -149,15 +149,11 @@ TEST_F(AlarmSchedulerTest, TwoNearSimultaneousRingsOfOneChannelScheduleOneAlarm)
 }
 
 // Whether a channel rings is asked of the service, not of the history.
-TEST_F(AlarmSchedulerTest, AChannelWhoseAlarmIsHeldCoalescesAfterItsEventLeavesTheHistory) {
-    fire(urgent());
-    store.clearEvents();
-    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::coalesced);
-    EXPECT_EQ(service.scheduled.size(), 1u);
-}
-
 TEST_F(AlarmSchedulerTest, OnlyHeldAlarmsNamingTheChannelMakeItActive) {
     fire(repeating(2));
+    store.clearEvents();
+    EXPECT_EQ(fire(urgent()).outcome, FireOutcome::coalesced);
+    ASSERT_EQ(service.scheduled.size(), 3u);
     ASSERT_EQ(service.held.size(), 3u);
     service.held.erase(service.held.begin()); // the first alarm was stopped
     EXPECT_TRUE(scheduler.isActive(urgent().id));
@@ -190,7 +186,7 @@ TEST_F(AlarmSchedulerTest, FollowUpsAreCappedAtTenAndOnlyForLiveRingsWithRepeatO
     EXPECT_EQ(service.scheduled.size(), 14u);
 }
 
-TEST_F(AlarmSchedulerTest, ImmediateAlarmsCountDownOneSecondAndRemindersFollowTheInterval) {
+TEST_F(AlarmSchedulerTest, RemindersFollowTheIntervalAndAStopCancelsOnlyTheRemindersAfterIt) {
     const FireEvent event = fire(repeating(3));
     EXPECT_EQ(configurationOf(*event.alarmID).countdownDuration,
               (CountdownDuration{1.0, std::nullopt}));
@@ -198,6 +194,19 @@ TEST_F(AlarmSchedulerTest, ImmediateAlarmsCountDownOneSecondAndRemindersFollowTh
     for (const Uuid& id : *event.followUpAlarmIDs)
         preAlerts.push_back(*configurationOf(id).countdownDuration.preAlert);
     EXPECT_EQ(preAlerts, (std::vector<double>{121, 241, 361}));
+
+    const auto& ids = *event.followUpAlarmIDs;
+    EXPECT_EQ(configurationOf(*event.alarmID).stopIntent,
+              StopRingwellAlarmIntent::make(*event.alarmID, ids));
+    EXPECT_EQ(configurationOf(ids[0]).stopIntent,
+              StopRingwellAlarmIntent::make(ids[0], {ids[1], ids[2]}));
+    EXPECT_EQ(configurationOf(ids[2]).stopIntent, StopRingwellAlarmIntent::make(ids[2], {}));
+    // Performed against the service: stopping reminder 2 of 3 leaves reminder 1.
+    configurationOf(ids[1]).stopIntent.perform(service);
+    std::vector<Uuid> left;
+    for (const Alarm& alarm : service.held)
+        left.push_back(alarm.id);
+    EXPECT_EQ(left, (std::vector<Uuid>{*event.alarmID, ids[0]}));
 }
 
 TEST_F(AlarmSchedulerTest, CountdownAlarmsWaitTheirCountdownAndSnoozeSetsThePostAlert) {
@@ -218,23 +227,6 @@ TEST_F(AlarmSchedulerTest, CountdownAlarmsWaitTheirCountdownAndSnoozeSetsThePost
               (CountdownDuration{150.0, 300.0}));
     EXPECT_EQ(configurationOf(event.followUpAlarmIDs->at(1)).countdownDuration,
               (CountdownDuration{270.0, 300.0}));
-}
-
-TEST_F(AlarmSchedulerTest, StoppingAnAlarmCancelsOnlyTheRemindersAfterIt) {
-    const FireEvent event = fire(repeating(3));
-    const auto& ids = *event.followUpAlarmIDs;
-    EXPECT_EQ(configurationOf(*event.alarmID).stopIntent,
-              StopRingwellAlarmIntent::make(*event.alarmID, ids));
-    EXPECT_EQ(configurationOf(ids[0]).stopIntent,
-              StopRingwellAlarmIntent::make(ids[0], {ids[1], ids[2]}));
-    EXPECT_EQ(configurationOf(ids[2]).stopIntent, StopRingwellAlarmIntent::make(ids[2], {}));
-
-    // Performed against the service: stopping reminder 2 of 3 leaves reminder 1.
-    configurationOf(ids[1]).stopIntent.perform(service);
-    std::vector<Uuid> left;
-    for (const Alarm& alarm : service.held)
-        left.push_back(alarm.id);
-    EXPECT_EQ(left, (std::vector<Uuid>{*event.alarmID, ids[0]}));
 }
 
 TEST_F(AlarmSchedulerTest, RemindersAreTitledAndSoundTheReminderToneOrElseTheChannelsSound) {

@@ -78,16 +78,13 @@ protected:
 TEST_F(HttpServerTest, AmbiguousFramingIsRefusedAndHeadHasNoBody) {
     start({});
     const std::string head = "POST / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n";
-    for (const char* encoding : {"xchunked", "chunked, identity", "identity"})
+    for (const char* encoding :
+         {"xchunked", "chunked, identity", "identity", "chunked\r\nTransfer-Encoding: chunked"})
         EXPECT_EQ(
             exchange(head + "Transfer-Encoding: " + encoding + "\r\n\r\n3\r\nabc\r\n0\r\n\r\n")
                 .rfind("HTTP/1.1 400", 0),
             0u)
             << encoding;
-    EXPECT_EQ(
-        exchange(head + "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n")
-            .rfind("HTTP/1.1 400", 0),
-        0u);
     auto chunked = exchange(head + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n");
     EXPECT_EQ(chunked.rfind("HTTP/1.1 200", 0), 0u);
     EXPECT_NE(chunked.find("got:abc"), std::string::npos);

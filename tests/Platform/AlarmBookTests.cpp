@@ -73,7 +73,7 @@ TEST_F(AlarmBookTest, PauseKeepsTheRemainingTimeAndResumeContinuesIt) {
     EXPECT_EQ(book.advance(at(540)), std::vector<Uuid>{first});
 }
 
-TEST_F(AlarmBookTest, PauseResumeAndSnoozeOnlyFitTheirStates) {
+TEST_F(AlarmBookTest, OperationsOnlyFitTheirStatesAndKnownIds) {
     book.schedule(first, configuration(1), start);
     book.schedule(second, configuration(60, 300), start);
     book.advance(at(1));
@@ -86,6 +86,14 @@ TEST_F(AlarmBookTest, PauseResumeAndSnoozeOnlyFitTheirStates) {
     EXPECT_EQ(errorKind([&] { book.pause(second, at(3)); }), Kind::failed); // already paused
     EXPECT_EQ(stateOf(first), AlarmState::alerting);
     EXPECT_EQ(book.find(second)->remainingSeconds, 58);
+
+    const Uuid unknown = Uuid::random();
+    EXPECT_EQ(errorKind([&] { book.stop(unknown); }), Kind::notFound);
+    EXPECT_EQ(errorKind([&] { book.cancel(unknown); }), Kind::notFound);
+    EXPECT_EQ(errorKind([&] { book.pause(unknown, start); }), Kind::notFound);
+    EXPECT_EQ(errorKind([&] { book.resume(unknown, start); }), Kind::notFound);
+    EXPECT_EQ(errorKind([&] { book.snooze(unknown, start); }), Kind::notFound);
+    EXPECT_EQ(book.alarms().size(), 2u);
 }
 
 TEST_F(AlarmBookTest, AlarmsInEveryStateAreListedInSchedulingOrderAndRemoved) {
@@ -112,18 +120,6 @@ TEST_F(AlarmBookTest, AlarmsInEveryStateAreListedInSchedulingOrderAndRemoved) {
     book.cancel(third); // counting down
     EXPECT_TRUE(book.alarms().empty());
     EXPECT_EQ(book.nextDeadline(), std::nullopt);
-}
-
-TEST_F(AlarmBookTest, UnknownIdsAreNotFound) {
-    book.schedule(first, configuration(60), start);
-    const Uuid unknown = Uuid::random();
-
-    EXPECT_EQ(errorKind([&] { book.stop(unknown); }), Kind::notFound);
-    EXPECT_EQ(errorKind([&] { book.cancel(unknown); }), Kind::notFound);
-    EXPECT_EQ(errorKind([&] { book.pause(unknown, start); }), Kind::notFound);
-    EXPECT_EQ(errorKind([&] { book.resume(unknown, start); }), Kind::notFound);
-    EXPECT_EQ(errorKind([&] { book.snooze(unknown, start); }), Kind::notFound);
-    EXPECT_EQ(book.alarms().size(), 1u);
 }
 
 TEST_F(AlarmBookTest, TheSixtyFifthAlarmReachesTheLimit) {

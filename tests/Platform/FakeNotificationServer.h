@@ -3,7 +3,6 @@
 #include <systemd/sd-bus.h>
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -173,22 +172,18 @@ public:
         });
     }
     void setInhibited(bool inhibited) {
-        queue([=, this](sd_bus* bus) {
-            inhibited_ = inhibited;
-            sd_bus_emit_properties_changed(bus, "/org/freedesktop/Notifications",
-                                           "org.freedesktop.Notifications", "Inhibited", nullptr);
-        });
+        change(inhibited_, inhibited, "org.freedesktop.Notifications", "Inhibited");
     }
-
-    void setPaused(bool paused) {
-        queue([=, this](sd_bus* bus) {
-            paused_ = paused;
-            sd_bus_emit_properties_changed(bus, "/org/freedesktop/Notifications",
-                                           "org.dunstproject.cmd0", "paused", nullptr);
-        });
-    }
+    void setPaused(bool paused) { change(paused_, paused, "org.dunstproject.cmd0", "paused"); }
 
 private:
+    void change(std::atomic<bool>& flag, bool value, const char* interface, const char* property) {
+        queue([=, &flag](sd_bus* bus) {
+            flag = value;
+            sd_bus_emit_properties_changed(bus, "/org/freedesktop/Notifications", interface,
+                                           property, nullptr);
+        });
+    }
     // Signals are sent from the server's thread, which alone uses its bus.
     void queue(std::function<void(sd_bus*)> send) {
         std::lock_guard lock(mutex_);

@@ -1,5 +1,7 @@
 #include "Platform/LocalAlarmService.h"
 
+#include "Core/Json.h"
+#include "Platform/AlarmFile.h"
 #include "Platform/AlarmNotice.h"
 #include "PlatformTestSupport.h"
 #include "TestSupport/Fakes/SilentAudioSink.h"
@@ -8,6 +10,8 @@
 
 #include <exception>
 #include <memory>
+
+#include <sys/stat.h>
 
 namespace ringwell {
 namespace {
@@ -113,13 +117,12 @@ TEST_F(LocalAlarmServiceTest, WithoutPermissionARequestIsDeniedAtOnceAndNothingI
 TEST_F(LocalAlarmServiceTest, ObserversHearEveryChangeAndOnlyChanges) {
     auto service = makeService();
     std::vector<AlarmAuthorizationState> heard;
-    std::uint64_t token = 0;
     int leaverCalls = 0;
     const std::uint64_t leaver = service->observeAuthorization([&](AlarmAuthorizationState) {
         ++leaverCalls;
         service->stopObservingAuthorization(leaver);
     });
-    token = service->observeAuthorization(
+    const std::uint64_t token = service->observeAuthorization(
         [&](AlarmAuthorizationState state) { heard.push_back(state); });
 
     service->setAuthorization(AlarmAuthorizationState::authorized);
@@ -186,31 +189,21 @@ TEST_F(LocalAlarmServiceTest, PausedRemindersAndSnoozedAlarmsShowTheRightNotices
     EXPECT_EQ(stateOf(*service, first), AlarmState::countdown);
     EXPECT_EQ(sink.playing(), std::nullopt);
     EXPECT_EQ(notices.withdrawn, (std::vector<std::string>{"alarm-" + first.toString()}));
-    pass(*service, 299);
-    EXPECT_EQ(sink.playing(), std::nullopt);
-    pass(*service, 1);
+    pass(*service, 300);
     EXPECT_EQ(sink.playing(), klaxon());
     EXPECT_EQ(notices.posted.size(), rung + 1);
     for (const auto& request : notices.posted)
         EXPECT_EQ(request.identifier, "alarm-" + first.toString());
 }
 
-// Closed by the desktop instead, the notice comes back: the next case.
-TEST_F(LocalAlarmServiceTest, ThePersonClosingTheNoticeStopsTheAlarmAndItsReminders) {
+// Dropped by the desktop, the notice comes back, though not forever; closed
+// by the person, it stops the alarm and its reminders.
+TEST_F(LocalAlarmServiceTest, ADroppedNoticeComesBackAFewTimesAndADismissedOneStops) {
     auto service = authorizedService();
     auto config = configuration(1);
     config.stopIntent = StopRingwellAlarmIntent::make(first, {second});
     schedule(*service, first, config);
     schedule(*service, second, configuration(121));
-    pass(*service, 1);
-    notices.answer({"alarm-" + first.toString(), NoticeResponse::Kind::dismissed, ""});
-    drain(context);
-    EXPECT_TRUE(service->alarms().empty());
-}
-
-TEST_F(LocalAlarmServiceTest, ADesktopThatKeepsDroppingTheNoticeIsNotFedForever) {
-    auto service = authorizedService();
-    schedule(*service, first, configuration(1));
     pass(*service, 1);
     const auto posted = notices.posted.size();
     for (int i = 0; i < 10; ++i) {
@@ -219,6 +212,10 @@ TEST_F(LocalAlarmServiceTest, ADesktopThatKeepsDroppingTheNoticeIsNotFedForever)
     }
     EXPECT_EQ(notices.posted.size(), posted + AlarmNoticePresenter::mostRepostsPerNotice);
     EXPECT_EQ(stateOf(*service, first), AlarmState::alerting);
+
+    notices.answer({"alarm-" + first.toString(), NoticeResponse::Kind::dismissed, ""});
+    drain(context);
+    EXPECT_TRUE(service->alarms().empty());
 }
 
 // A name that leaves the sounds directory must not play what it points at.
@@ -318,6 +315,167 @@ TEST_F(LocalAlarmServiceTest, DestroyingTheServiceSilencesItAndLeavesNoLiveHandl
     EXPECT_EQ(sink.playing(), std::nullopt);
     drain(context); // must not touch the destroyed service
     EXPECT_EQ(notices.posted.size(), 1u);
+}
+
+// MARK: Restarts
+
+// Each "run" of the daemon is a new service over the same file; the clock
+// keeps going between runs, as the wall clock does while the daemon is down.
+class AlarmPersistenceTest : public LocalAlarmServiceTest {
+protected:
+    fs::path file() const { return files().alarms; }
+
+    const Alarm& only(const LocalAlarmService& service) {
+        alarms = service.alarms();
+        EXPECT_EQ(alarms.size(), 1u);
+        if (alarms.empty())
+            throw std::runtime_error("no alarm");
+        return alarms.front();
+    }
+
+    std::vector<Alarm> alarms;
+    const Uuid id = Uuid::random();
+};
+
+TEST_F(AlarmPersistenceTest, ARestartResumesACountdownWithTheTimeThatIsLeft) {
+    const Date scheduledAt = clock.now();
+    const auto config = configuration(60, 300, "ringwell-klaxon.caf");
+    {
+        auto service = authorizedService();
+        schedule(*service, id, config);
+    }
+    clock.advance(20);
+    auto service = makeService();
+
+    const Alarm& alarm = only(*service);
+    EXPECT_EQ(alarm.state, AlarmState::countdown);
+    EXPECT_EQ(alarm.fireDate, scheduledAt.addingSeconds(60));
+    EXPECT_EQ(alarm.configuration, config);
+    EXPECT_EQ(service->nextDeadline(), scheduledAt.addingSeconds(60));
+}
+
+// One alarm was alerting when the daemon stopped, one fell due while it was down.
+TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
+    const Uuid later = Uuid::random();
+    {
+        auto service = authorizedService();
+        schedule(*service, id, configuration(1));
+        schedule(*service, later, configuration(60));
+        clock.advance(1);
+        service->processDueAlarms();
+        drain(context);
+    }
+    clock.advance(3600);
+    auto service = makeService();
+    drain(context);
+
+    ASSERT_EQ(service->alarms().size(), 2u);
+    for (const Alarm& alarm : service->alarms())
+        EXPECT_EQ(alarm.state, AlarmState::alerting);
+    EXPECT_EQ(sink.playing(), defaultTone());
+    ASSERT_FALSE(notices.posted.empty());
+    EXPECT_EQ(notices.posted.back().actions.at(0).key, "stop"); // a ringing notice
+}
+
+TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
+    {
+        auto service = authorizedService();
+        schedule(*service, id, configuration(60));
+        clock.advance(25);
+        service->pause(id);
+    }
+    clock.advance(10000);
+    auto service = makeService();
+
+    const Alarm& alarm = only(*service);
+    EXPECT_EQ(alarm.state, AlarmState::paused);
+    EXPECT_EQ(alarm.remainingSeconds, 35);
+    EXPECT_EQ(sink.playing(), std::nullopt);
+}
+
+TEST_F(AlarmPersistenceTest, StoppedAlarmsAndThePermissionAreRememberedInAPrivateFile) {
+    {
+        auto service = authorizedService();
+        schedule(*service, id, configuration(60));
+        schedule(*service, Uuid::random(), configuration(60));
+        service->cancel(id);
+    }
+    struct stat info {};
+    ASSERT_EQ(::stat(file().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    ASSERT_EQ(::stat(file().parent_path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+
+    auto service = makeService();
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
+    ASSERT_EQ(service->alarms().size(), 1u);
+    EXPECT_NE(service->alarms().front().id, id);
+
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    service.reset();
+    EXPECT_EQ(makeService()->authorizationState(), AlarmAuthorizationState::denied);
+}
+
+TEST_F(AlarmPersistenceTest, AFileThatIsNotJsonIsQuarantined) {
+    const fs::path quarantined = file().parent_path() / "alarms.corrupt.json";
+    for (const std::string contents :
+         {"{\"authorization\": \"authorized\", \"alarms\": [",
+          "{\"authorization\": \"authorized\", \"alarms\": [], \"x\": 1e999}"}) {
+        SCOPED_TRACE(contents);
+        fs::create_directories(file().parent_path());
+        writeFile(file(), contents);
+        auto service = makeService();
+
+        EXPECT_TRUE(service->alarms().empty());
+        EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
+        EXPECT_EQ(readFile(quarantined), contents);
+        EXPECT_FALSE(fs::exists(file()));
+    }
+    EXPECT_EQ(logger.count(quarantined.string()), 2);
+
+    auto service = authorizedService();
+    EXPECT_TRUE(fs::exists(file()));
+    EXPECT_EQ(makeService()->authorizationState(), AlarmAuthorizationState::authorized);
+}
+
+TEST_F(AlarmPersistenceTest, ABadAlarmIsLeftOutAndTheOthersAndThePermissionAreKept) {
+    const Alarm good{id, AlarmState::countdown, configuration(60), clock.now().addingSeconds(60),
+                     std::nullopt};
+    Alarm noDeadline = good;
+    noDeadline.id = Uuid::random();
+    noDeadline.fireDate.reset();
+    json::Json saved =
+        toJson(AlarmServiceState{AlarmAuthorizationState::authorized, {good, noDeadline, good}});
+    saved["alarms"].push_back(42);
+    const std::string original = json::encode(saved);
+    fs::create_directories(file().parent_path());
+    writeFile(file(), original);
+
+    auto service = makeService();
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
+    EXPECT_EQ(only(*service).id, id);
+    EXPECT_EQ(logger.count("has no fireDate"), 1);
+    EXPECT_EQ(logger.count("appears twice"), 1);
+    EXPECT_EQ(logger.count("alarm 4: "), 1);
+    // The file as it was is kept aside; the readable part is what loads next time.
+    EXPECT_EQ(readFile(file().parent_path() / "alarms.corrupt.json"), original);
+    service.reset();
+    const auto lines = logger.lines().size();
+    service = makeService();
+    EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
+    EXPECT_EQ(only(*service).id, id);
+    EXPECT_EQ(logger.lines().size(), lines);
+}
+
+TEST_F(AlarmPersistenceTest, AnUnreadablePermissionCostsOnlyItself) {
+    const Alarm paused{id, AlarmState::paused, configuration(60), std::nullopt, 12.5};
+    json::Json saved = toJson(AlarmServiceState{AlarmAuthorizationState::denied, {paused}});
+    saved["authorization"] = "maybe";
+    const auto decoded = json::decode(json::encode(saved), alarmFileFromJson);
+    ASSERT_TRUE(decoded.ok());
+    EXPECT_EQ(decoded.value().state.authorization, AlarmAuthorizationState::notDetermined);
+    EXPECT_EQ(decoded.value().state.alarms, std::vector<Alarm>{paused});
+    EXPECT_EQ(decoded.value().dropped.size(), 1u);
 }
 
 } // namespace

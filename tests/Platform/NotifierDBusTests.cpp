@@ -89,44 +89,35 @@ TEST_F(NotifierOnABusTest, WithNobodyServingNotificationsNoServerIsReachable) {
     EXPECT_NE(post(notifier, failure("message")), nullptr);
 }
 
-TEST_F(NotifierOnABusTest, ANewerNoticeReplacesTheOlderOneWithTheSameIdentifier) {
+// A newer notice replaces the older one with the same identifier; only an
+// alarm's notice asks to pass do-not-disturb.
+TEST_F(NotifierOnABusTest, NoticesReplaceTheirPredecessorAndOnlyAlarmsPassDoNotDisturb) {
     FakeNotificationServer server(bus->address());
     NotifierDBus notifier(context, logger);
 
     EXPECT_EQ(post(notifier, failure("first")), nullptr);
-    EXPECT_EQ(post(notifier, failure("second")), nullptr);
-    EXPECT_EQ(post(notifier, alarm()), nullptr);
-
-    const auto notices = server.notices();
-    ASSERT_EQ(notices.size(), 3u);
-    EXPECT_EQ(notices[0].replacesId, 0u);
-    EXPECT_EQ(notices[1].replacesId, notices[0].id);
-    EXPECT_EQ(notices[1].body, "second");
-    EXPECT_EQ(notices[2].replacesId, 0u); // another identifier, another notice
-    EXPECT_NE(notices[2].id, notices[0].id);
-}
-
-TEST_F(NotifierOnABusTest, AnAlarmNoticeAsksToPassDoNotDisturbAndOthersDoNot) {
-    FakeNotificationServer server(bus->address());
-    NotifierDBus notifier(context, logger);
-
     EXPECT_EQ(post(notifier, failure("Too many alarms")), nullptr);
     EXPECT_EQ(post(notifier, alarm()), nullptr);
     // Invalid UTF-8 would make the bus refuse the whole message.
     EXPECT_EQ(post(notifier, {"other", "bad \xff text", "", ""}), nullptr);
 
     const auto notices = server.notices();
-    ASSERT_EQ(notices.size(), 3u);
-    EXPECT_EQ(notices[0].appName, "Ringwell");
-    EXPECT_EQ(notices[0].summary, "Ringwell couldn't ring Urgent");
-    EXPECT_EQ(notices[0].body, "Too many alarms");
-    EXPECT_EQ(notices[0].expireTimeout, -1);
-    EXPECT_EQ(notices[0].hints.at("urgency"), "1");
-    EXPECT_EQ(notices[0].hints.count("resident"), 0u);
+    ASSERT_EQ(notices.size(), 4u);
+    EXPECT_EQ(notices[0].replacesId, 0u);
+    EXPECT_EQ(notices[1].replacesId, notices[0].id);
+    EXPECT_EQ(notices[2].replacesId, 0u); // another identifier, another notice
+    EXPECT_NE(notices[2].id, notices[0].id);
 
-    EXPECT_EQ(notices[1].actions, (std::vector<std::string>{"stop", "Stop", "snooze", "Snooze",
+    EXPECT_EQ(notices[1].appName, "Ringwell");
+    EXPECT_EQ(notices[1].summary, "Ringwell couldn't ring Urgent");
+    EXPECT_EQ(notices[1].body, "Too many alarms");
+    EXPECT_EQ(notices[1].expireTimeout, -1);
+    EXPECT_EQ(notices[1].hints.at("urgency"), "1");
+    EXPECT_EQ(notices[1].hints.count("resident"), 0u);
+
+    EXPECT_EQ(notices[2].actions, (std::vector<std::string>{"stop", "Stop", "snooze", "Snooze",
                                                             "default", "Open Ringwell"}));
-    EXPECT_EQ(notices[1].expireTimeout, 0);
+    EXPECT_EQ(notices[2].expireTimeout, 0);
     const std::map<std::string, std::string> alarmHints{{"urgency", "2"},
                                                         {"resident", "true"},
                                                         {"transient", "false"},
@@ -136,8 +127,8 @@ TEST_F(NotifierOnABusTest, AnAlarmNoticeAsksToPassDoNotDisturbAndOthersDoNot) {
                                                         {"SWAYNC_BYPASS_DND", "true"},
                                                         {"x-ringwell-notice", "true"},
                                                         {"x-ringwell-thread", "ringwell-alarm"}};
-    EXPECT_EQ(notices[1].hints, alarmHints);
-    EXPECT_EQ(notices[2].summary, "bad \xef\xbf\xbd text");
+    EXPECT_EQ(notices[2].hints, alarmHints);
+    EXPECT_EQ(notices[3].summary, "bad \xef\xbf\xbd text");
 }
 
 TEST_F(NotifierOnABusTest, WithdrawClosesTheNoticeAndItsCloseIsNoResponse) {
@@ -204,12 +195,6 @@ TEST_F(NotifierOnABusTest, ClicksAndClosesOfANoticeOnShowBecomeResponses) {
     notifier.stopObservingResponses(token);
 }
 
-// Whether the notifier found the server in do-not-disturb, where it tells.
-std::optional<bool> doNotDisturb(const NotifierDBus& notifier) {
-    auto found = notifier.server();
-    return found ? found->doNotDisturb : std::nullopt;
-}
-
 // Plasma tells through `Inhibited`, dunst 1.9.0 through `paused` alone.
 TEST_F(NotifierOnABusTest, TheServerIsNamedWithItsDoNotDisturbWhereItTells) {
     using Quieten = void (FakeNotificationServer::*)(bool);
@@ -220,7 +205,10 @@ TEST_F(NotifierOnABusTest, TheServerIsNamedWithItsDoNotDisturbWhereItTells) {
         SCOPED_TRACE(name);
         FakeNotificationServer server(bus->address(), name);
         NotifierDBus notifier(context, logger);
-        auto quiet = [&] { return doNotDisturb(notifier); };
+        auto quiet = [&] {
+            auto found = notifier.server();
+            return found ? found->doNotDisturb : std::nullopt;
+        };
 
         EXPECT_TRUE(runUntil(context, [&] { return quiet() == false; }));
         EXPECT_EQ(notifier.server()->name, name);
