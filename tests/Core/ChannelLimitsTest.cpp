@@ -19,22 +19,15 @@ std::string repeated(const std::string& piece, int times) {
 
 const std::string heart = "\u2764\uFE0F";
 
-TEST(ChannelLimitsTest, ClampNameKeepsFortyCharacters) {
-    EXPECT_EQ(clampName(repeated("a", 40)), repeated("a", 40));
-    EXPECT_EQ(clampName(repeated("a", 41)), repeated("a", 40));
-    EXPECT_EQ(clampName(""), "");
-    // Characters, not bytes: an emoji with a variation selector is one.
-    EXPECT_EQ(clampName(repeated(heart, 41)), repeated(heart, 40));
-}
-
-// Line breaks are not blank.
-TEST(ChannelLimitsTest, FinalizedNameIsUntitledOnlyWhenBlankAndOtherwiseUntrimmed) {
+// Line breaks are not blank; names keep forty characters, not bytes.
+TEST(ChannelLimitsTest, FinalizedNameIsUntitledOnlyWhenBlankAndOtherwiseUntrimmedAndClamped) {
     EXPECT_EQ(finalizedName(""), "Untitled");
     EXPECT_EQ(finalizedName(" \t "), "Untitled");
     EXPECT_EQ(finalizedName("\n"), "\n");
     EXPECT_EQ(finalizedName(" \n "), " \n ");
     EXPECT_EQ(finalizedName(" a "), " a ");
     EXPECT_EQ(finalizedName(" " + repeated("b", 45)), " " + repeated("b", 39));
+    EXPECT_EQ(clampName(repeated(heart, 41)), repeated(heart, 40)); // emoji + variation selector
 }
 
 TEST(ChannelLimitsTest, CountdownAndSnoozeAreClampedToTheirRanges) {

@@ -39,10 +39,8 @@ TEST(EscalationTest, LimitsNameEveryProblemByStep) {
         EscalationLimits::problems({webhook(0, "http://homeassistant.local:8123/api/webhook/x"),
                                     webhook(0, "https://[::1]/")})
             .empty());
-    EscalationStep louderWithUrl;
+    EscalationStep louderWithUrl = webhook(30, "http://x");
     louderWithUrl.action = EscalationAction::louder;
-    louderWithUrl.afterSeconds = 30;
-    louderWithUrl.url = "http://x";
     EscalationStep badHeaders = webhook(10, "ftp://host/");
     badHeaders.headers = {{"Bad Name", "v"}, {"X", "a\r\nInjected: 1"}, {"x", "again"}};
     auto problems = EscalationLimits::problems(

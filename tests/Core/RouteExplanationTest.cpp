@@ -15,16 +15,12 @@ using StepKind = RouteExplanation::Step::Kind;
 
 class RouteExplanationTest : public ::testing::Test {
 protected:
-    RouteExplanationTest() {
-        ChannelRule prodRule;
-        prodRule.apps = {"PagerDuty"};
-        prodRule.cooldownSeconds = 300;
-        prod = {{Uuid::random(), true, prodRule}, "Prod incidents"};
-        ChannelRule mailRule;
-        mailRule.apps = {"Mail"};
-        mail = {{Uuid::random(), false, mailRule}, "Mail"};
-        ChannelRule everything;
-        catchAll = {{Uuid::random(), true, everything}, "Everything"};
+    RouteExplanationTest() { prod.routable.rule.cooldownSeconds = 300; }
+
+    static NamedChannel named(const char* name, std::vector<std::string> apps, bool enabled) {
+        ChannelRule rule;
+        rule.apps = std::move(apps);
+        return {{Uuid::random(), enabled, std::move(rule)}, name};
     }
 
     RecordedRoute event(const char* id, const char* app, Date date, Outcome outcome,
@@ -46,7 +42,9 @@ protected:
         return RouteExplainer::explain(event, earlier, {}, channels, calendar, unlimited);
     }
 
-    NamedChannel prod, mail, catchAll;
+    NamedChannel prod = named("Prod incidents", {"PagerDuty"}, true);
+    NamedChannel mail = named("Mail", {"Mail"}, false);
+    NamedChannel catchAll = named("Everything", {}, true);
     Calendar calendar = calendarIn("Europe/Berlin");
     Date now = at("2025-06-02T10:00:00Z");
 };

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <thread>
 #include <vector>
 
 namespace ringwell {
@@ -55,14 +53,13 @@ TEST_F(ToneInstallTest, SecondInstallReplacesOnlyWhatDiffers) {
     install();
     const fs::path chime = sounds() / "ringwell-chime.caf";
     const auto inode = testing::inodeOf(chime);
-    const auto written = fs::last_write_time(chime);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // a rewrite would change the time
+    fs::last_write_time(chime, fs::file_time_type{}); // a rewrite would change the time
     writeFile(source() / "ringwell-sonar.caf", "a newer sonar");
     writeFile(sounds() / "ringwell-pulse.caf", "edited by hand");
     install();
     EXPECT_TRUE(messages.empty());
     EXPECT_EQ(testing::inodeOf(chime), inode);
-    EXPECT_EQ(fs::last_write_time(chime), written);
+    EXPECT_EQ(fs::last_write_time(chime), fs::file_time_type{});
     EXPECT_EQ(readFile(sounds() / "ringwell-sonar.caf"), "a newer sonar");
     EXPECT_EQ(readFile(sounds() / "ringwell-pulse.caf"), readFile(source() / "ringwell-pulse.caf"));
 }
