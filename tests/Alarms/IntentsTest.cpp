@@ -67,22 +67,21 @@ protected:
     }
 };
 
-TEST_F(RingChannelIntentTest, RingsTheChannelWithTheGivenText) {
+// With text and a time it rings them; without, under the channel's name and now.
+TEST_F(RingChannelIntentTest, RingsTheChannelWithTheGivenTextOrItsName) {
     RingChannelIntent intent{urgent().id, "Server down", std::nullopt, "Disk full",
                              at("2026-03-01T09:00:00Z")};
     const FireEvent event = run(intent.perform(ctx));
     EXPECT_EQ(event.outcome, FireOutcome::fired);
     EXPECT_EQ(event.receivedAt, at("2026-03-01T09:00:00Z"));
     EXPECT_FALSE(event.isTest);
-    EXPECT_EQ(service.scheduled.at(0).configuration.attributes.presentation.alert.title,
+    const Channel work = store.addChannel(std::string("Work"), ChannelRule{});
+    const FireEvent bare = run(ring(work.id).perform(ctx));
+    EXPECT_EQ(bare.outcome, FireOutcome::fired);
+    EXPECT_EQ(bare.receivedAt, clock.now());
+    EXPECT_EQ(service.scheduled.front().configuration.attributes.presentation.alert.title,
               "Server down: Disk full");
-}
-
-TEST_F(RingChannelIntentTest, WithoutTextItRingsUnderTheChannelsName) {
-    const FireEvent event = run(ring(urgent().id).perform(ctx));
-    EXPECT_EQ(event.outcome, FireOutcome::fired);
-    EXPECT_EQ(event.receivedAt, clock.now());
-    EXPECT_EQ(service.scheduled.at(0).configuration.attributes.presentation.alert.title, "Urgent");
+    EXPECT_EQ(service.scheduled.back().configuration.attributes.presentation.alert.title, "Work");
 }
 
 TEST_F(RingChannelIntentTest, ADeletedChannelFailsAndLogsNothing) {
@@ -113,19 +112,16 @@ protected:
     }
 };
 
-TEST_F(ChannelQueryTest, SearchIgnoresCaseAndDiacritics) {
+// Search ignores case and diacritics; lists follow the store's order.
+TEST_F(ChannelQueryTest, SearchIgnoresCaseAndDiacriticsAndListsFollowTheStoresOrder) {
+    const Channel work = store.addChannel(std::string("Work"), ChannelRule{});
     store.addChannel(std::string("Café alerts"), ChannelRule{});
-    store.addChannel(std::string("Work"), ChannelRule{});
     EXPECT_EQ(names(ChannelQuery::entities(store, "urg")), std::vector<std::string>{"Urgent"});
     EXPECT_EQ(names(ChannelQuery::entities(store, "CAFE")),
               std::vector<std::string>{"Café alerts"});
     EXPECT_TRUE(ChannelQuery::entities(store, "home").empty());
-}
-
-TEST_F(ChannelQueryTest, ListsFollowTheStoresOrder) {
-    const Channel work = store.addChannel(std::string("Work"), ChannelRule{});
     EXPECT_EQ(names(ChannelQuery::suggestedEntities(store)),
-              (std::vector<std::string>{"Urgent", "Work"}));
+              (std::vector<std::string>{"Urgent", "Work", "Café alerts"}));
     EXPECT_EQ(names(ChannelQuery::entities(
                   store, std::vector<Uuid>{work.id, urgent().id, Uuid::random()})),
               (std::vector<std::string>{"Urgent", "Work"}));

@@ -47,12 +47,9 @@ protected:
 // the summary the title and so the sender, the body the body.
 TEST_F(CaptureOnBusTest, NotifySendRingsTheChannelForItsAppAndSender) {
     ASSERT_EQ(ringwell({"permission", "alarms", "allow"}).exitCode, 0);
-    const std::string fresh = ringwellJson({"channels", "--json"})[0]["id"];
-    ASSERT_EQ(ringwell({"channel", "delete", fresh}).exitCode, 0);
-    ASSERT_EQ(ringwell({"channel", "add", "--name", "Urgent", "--rule",
-                        R"({"apps": ["Signal"], "senders": ["Mom"]})"})
-                  .exitCode,
-              0);
+    json::Json urgent = ringwellJson({"channel", "show", "Urgent", "--json"});
+    urgent["rule"] = json::Json::parse(R"({"apps": ["Signal"], "senders": ["Mom"]})");
+    ASSERT_EQ(ringwell({"channel", "update"}, json::encode(urgent)).exitCode, 0);
 
     client({"/usr/bin/notify-send", "-a", "Signal", "Bob", "hi"});
     client({"/usr/bin/notify-send", "-a", "Signal", "Mom", "call me"});

@@ -1,12 +1,11 @@
 #include "Core/Json.h"
 #include "DaemonFixture.h"
+#include "TestSupport/TemporaryDirectory.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
 
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace ringwell::testing {
 namespace {
@@ -15,10 +14,8 @@ using ConcurrentSendsTest = DaemonTest;
 
 // The titles of the events in the store file as it is on disk now.
 std::set<std::string> titlesOnDisk(const std::filesystem::path& root) {
-    std::ifstream file(root / "data" / "ringwell" / "ringwell.json");
-    std::stringstream text;
-    text << file.rdbuf();
-    const json::Json store = json::Json::parse(text.str());
+    const json::Json store =
+        json::Json::parse(readFile(root / "data" / "ringwell" / "ringwell.json"));
     std::set<std::string> titles;
     for (const auto& event : store["events"])
         titles.insert(event["title"].get<std::string>());

@@ -1,13 +1,12 @@
 #include "DaemonFixture.h"
+#include "TestSupport/TemporaryDirectory.h"
 
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <random>
 #include <set>
-#include <sstream>
 #include <thread>
 
 namespace ringwell::testing {
@@ -52,10 +51,7 @@ protected:
                     << "round " << round << ": " << entry.path();
                 if (!entry.is_regular_file() || entry.path().extension() != ".json")
                     continue;
-                std::ifstream file(entry.path());
-                std::stringstream text;
-                text << file.rdbuf();
-                EXPECT_TRUE(json::parse(text.str()))
+                EXPECT_TRUE(json::parse(readFile(entry.path())))
                     << "round " << round << ": " << entry.path() << " does not parse";
             }
         }

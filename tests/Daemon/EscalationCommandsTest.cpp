@@ -1,20 +1,11 @@
 #include "Core/Json.h"
 #include "DaemonFixture.h"
-
-#include <fstream>
-#include <sstream>
+#include "TestSupport/TemporaryDirectory.h"
 
 namespace ringwell::testing {
 namespace {
 
 using EscalationCommandsTest = DaemonTest;
-
-std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 // The channel editor's road through `channel show` and `channel update`: the
 // escalation is checked, its header secrets are kept but never shown again.

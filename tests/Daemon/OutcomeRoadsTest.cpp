@@ -1,7 +1,6 @@
 #include "Core/Json.h"
 #include "DaemonFixture.h"
-
-#include <fstream>
+#include "TestSupport/TemporaryDirectory.h"
 
 namespace ringwell::testing {
 namespace {
@@ -80,8 +79,7 @@ TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
               std::string::npos)
         << text.out;
 
-    std::ifstream settings(root / "config" / "ringwell" / "settings.json");
-    std::string saved((std::istreambuf_iterator<char>(settings)), {});
+    const std::string saved = readFile(root / "config" / "ringwell" / "settings.json");
     EXPECT_NE(saved.find("failed: Body, Is Time Sensitive ("), std::string::npos) << saved;
 }
 

@@ -1,7 +1,6 @@
 #include "Core/Json.h"
 #include "DaemonFixture.h"
-
-#include <fstream>
+#include "TestSupport/TemporaryDirectory.h"
 
 namespace ringwell::testing {
 namespace {
@@ -42,7 +41,7 @@ TEST_F(ReplayCommandsTest, WhyAndTraceReplayTheHistoryThroughTodaysChannels) {
     EXPECT_EQ(trace["lines"][0]["kind"], "disabled");
     // The edited copy counts for this trace only.
     const auto file = root / "urgent.json";
-    std::ofstream(file) << json::encode(urgent);
+    writeFile(file, json::encode(urgent));
     auto edited = ringwell({"trace", "--at", "sun 03:00", "--channel-file", file.string()});
     EXPECT_EQ(edited.exitCode, 0) << edited.err;
     EXPECT_NE(edited.out.find("1 would ring: 1 Urgent; 0 stay quiet"), std::string::npos)
@@ -62,7 +61,7 @@ TEST_F(ReplayCommandsTest, BadInputIsRefusedWithItsReason) {
     EXPECT_EQ(ringwell({"trace", "--last", "0"}).exitCode, 2);
     EXPECT_EQ(ringwell({"trace", "--channel-file", (root / "missing.json").string()}).exitCode, 2);
     const auto stranger = root / "stranger.json";
-    std::ofstream(stranger) << R"({"id": "6F9619FF-8B86-D011-B42D-00C04FC964FF", "name": "X"})";
+    writeFile(stranger, R"({"id": "6F9619FF-8B86-D011-B42D-00C04FC964FF", "name": "X"})");
     auto notStored = ringwell({"trace", "--channel-file", stranger.string()});
     EXPECT_NE(notStored.exitCode, 0);
     EXPECT_NE(notStored.err.find("6F9619FF"), std::string::npos) << notStored.err;

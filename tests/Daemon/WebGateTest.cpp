@@ -21,25 +21,20 @@ ApiRequest request(const std::string& method, const std::string& target,
     return *parsed;
 }
 
-TEST(WebGateTest, LetsInTheCookieOrTheHeaderOnLoopbackHosts) {
-    for (const char* host : {"127.0.0.1:7383", "localhost:7383", "[::1]:7383"}) {
-        EXPECT_FALSE(
-            WebGate::check(request("GET", "/v1/events",
-                                   {{"host", host}, {"cookie", "a=b; ringwell_token=" + token}}),
-                           token, port))
-            << host;
-    }
-    EXPECT_FALSE(WebGate::check(request("POST", "/v1/stop-all",
-                                        {{"host", "localhost:7383"},
-                                         {"x-ringwell-token", token},
-                                         {"origin", "http://localhost:7383"}}),
-                                token, port));
-}
-
-TEST(WebGateTest, RefusesForeignHostsOriginsAndMissingTokens) {
+// A status of 0 means let in.
+TEST(WebGateTest, LetsInLoopbackHostsWithTheTokenAndRefusesForeignHostsAndOrigins) {
     using Headers = std::map<std::string, std::string>;
     const std::string host = "127.0.0.1:7383";
-    const std::tuple<const char*, Headers, unsigned> refusals[] = {
+    const std::string cookie = "a=b; ringwell_token=" + token;
+    const std::tuple<const char*, Headers, unsigned> cases[] = {
+        {"GET", {{"host", host}, {"cookie", cookie}}, 0u},
+        {"GET", {{"host", "localhost:7383"}, {"cookie", cookie}}, 0u},
+        {"GET", {{"host", "[::1]:7383"}, {"cookie", cookie}}, 0u},
+        {"POST",
+         {{"host", "localhost:7383"},
+          {"x-ringwell-token", token},
+          {"origin", "http://localhost:7383"}},
+         0u},
         // DNS rebinding: a page of another name that resolves to us.
         {"GET", {{"host", "evil.example:7383"}, {"x-ringwell-token", token}}, 403u},
         {"GET", {{"host", "127.0.0.1:9999"}, {"x-ringwell-token", token}}, 403u},
@@ -51,11 +46,10 @@ TEST(WebGateTest, RefusesForeignHostsOriginsAndMissingTokens) {
         {"GET", {{"host", host}, {"x-ringwell-token", std::string(64, 'b')}}, 401u},
         {"GET", {{"host", host}, {"cookie", "ringwell_token="}}, 401u}};
     int row = 0;
-    for (const auto& [method, headers, status] : refusals) {
-        SCOPED_TRACE("refusal " + std::to_string(row++));
+    for (const auto& [method, headers, status] : cases) {
+        SCOPED_TRACE("case " + std::to_string(row++));
         auto answer = WebGate::check(request(method, "/v1/events", headers), token, port);
-        ASSERT_TRUE(answer);
-        EXPECT_EQ(answer->status, status);
+        EXPECT_EQ(answer ? answer->status : 0u, status);
     }
     // A page gets a readable page, the API a JSON error.
     auto page = WebGate::check(request("GET", "/", {{"host", "127.0.0.1:7383"}}), token, port);

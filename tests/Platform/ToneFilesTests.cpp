@@ -100,19 +100,5 @@ TEST_F(ToneFilesTest, NoTwoTonesAreAlike) {
     }
 }
 
-TEST_F(ToneFilesTest, InstallingTheBundleGivesEveryNamedTone) {
-    platformtest::TemporaryDirectory sounds;
-    std::vector<std::string> errors;
-    AlarmTones::install(BundledSounds::directory(), sounds.path(),
-                        [&](const std::string& message) { errors.push_back(message); });
-
-    EXPECT_TRUE(errors.empty());
-    for (auto tone : AlarmTones::allCases) {
-        if (auto name = AlarmTones::alertSoundName(tone)) {
-            EXPECT_TRUE(fs::is_regular_file(sounds.path() / *name)) << *name;
-        }
-    }
-}
-
 } // namespace
 } // namespace ringwell
