@@ -12,6 +12,9 @@ import { showToast } from '../ui/dialog';
 import { fullDate } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, loadingNote, row, screenHeader, section } from '../ui/widgets';
+
+// A routing, or its replay, that ran out of its matching budget.
+const cutShortText = 'Cut short: the rules’ patterns took too long to check';
 import { outcomeIcon } from './history';
 import { checkRow } from './rulePreview';
 import { errorMessage } from '../logic/errors';
@@ -44,7 +47,7 @@ function whyContent(why: WhyExplanation): TemplateResult {
         ? html`<p class="why-difference bad">${why.difference} Changed: ${why.changedChannel}.</p>`
         : nothing
     }
-    ${why.cutShort ? html`<p class="bad">Cut short: the rules’ patterns took too long to check</p>` : nothing}
+    ${why.cutShort ? html`<p class="bad">${cutShortText}</p>` : nothing}
     <ol class="why-channels" aria-label="Channels in priority order">
       ${why.channels.map(
         (channel) =>
@@ -119,11 +122,7 @@ export function eventDetailScreen(eventId: string): TemplateResult {
     content: html`${row('Channel', event.channelName ?? 'None')}
     ${row('Result', html`<span class="result">${outcomeIcon(event)} ${event.label}</span>`)}
     ${event.errorMessage ? row('Error', html`<span class="bad">${event.errorMessage}</span>`) : nothing}
-    ${
-      event.routingCutShort
-        ? row('Rules', html`<span class="bad">Cut short: the rules’ patterns took too long to check</span>`)
-        : nothing
-    }
+    ${event.routingCutShort ? row('Rules', html`<span class="bad">${cutShortText}</span>`) : nothing}
     ${row('Received', fullDate(event.receivedAt))} ${row('Handled', fullDate(event.firedAt))}`,
   })}
   ${
