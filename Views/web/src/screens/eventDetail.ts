@@ -12,12 +12,12 @@ import { showToast } from '../ui/dialog';
 import { fullDate } from '../ui/format';
 import { icon } from '../ui/icons';
 import { errorNote, loadingNote, row, screenHeader, section } from '../ui/widgets';
-
-// A routing, or its replay, that ran out of its matching budget.
-const cutShortText = 'Cut short: the rules’ patterns took too long to check';
 import { outcomeIcon } from './history';
 import { checkRow } from './rulePreview';
 import { errorMessage } from '../logic/errors';
+
+// A routing, or its replay, that ran out of its matching budget.
+const cutShortText = 'Cut short: the rules’ patterns took too long to check';
 
 function valueOrNotProvided(value: string | undefined): TemplateResult {
   return value === undefined ? html`<span class="muted">Not provided</span>` : html`${value}`;
