@@ -87,9 +87,10 @@ Awaitable<FireAttempt> route(AppContext& ctx, NotificationInfo notification) {
     MatchBudget budget = routingBudget(ctx.matchingClock);
     const RouteResult verdict = Router::route(
         notification, channels, ctx.store.notificationHistory(), ctx.calendar(), budget);
-    // The events this routing records say whether the budget left patterns
-    // unchecked, so a notification that rang nothing tells why.
-    const bool cutShort = budget.cutShortCount() > 0;
+    // Every event of this routing, the scheduler's included, says whether the
+    // budget left patterns unchecked: a notification that rang nothing, or
+    // rang a later channel, tells why.
+    const bool cutShort = budget.wasCutShort();
     auto recorded = [&](FireEvent event) {
         event.routingCutShort = cutShort;
         ctx.store.log(event);

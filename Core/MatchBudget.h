@@ -38,6 +38,8 @@ public:
     void noteCutShort() { ++cutShort_; }
     // How many patterns were skipped or stopped so far.
     std::size_t cutShortCount() const { return cutShort_; }
+    // Whether any pattern was skipped or stopped for want of time.
+    bool wasCutShort() const { return cutShort_ > 0; }
 
 private:
     MatchBudget() = default;

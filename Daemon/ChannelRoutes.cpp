@@ -253,7 +253,7 @@ ApiResult preview(const RouteRequest& request, ApiState& state) {
     return ApiResponse::json(json::Json{{"channelID", channel.value().id.toString()},
                                         {"channelName", channel.value().name},
                                         {"ringCount", RulePreview::ringCount(entries)},
-                                        {"cutShort", budget.cutShortCount() > 0},
+                                        {"cutShort", budget.wasCutShort()},
                                         {"entries", std::move(list)}});
 }
 

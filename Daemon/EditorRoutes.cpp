@@ -26,7 +26,7 @@ json::Json describe(const ChannelRule& rule, MatchBudget budget) {
     return json::Json{{"summary", rule.summary()},
                       {"suggestedName", rule.suggestedName()},
                       {"invalidPatterns", std::move(invalid)},
-                      {"cutShort", budget.cutShortCount() > 0},
+                      {"cutShort", budget.wasCutShort()},
                       {"available", std::move(available)}};
 }
 

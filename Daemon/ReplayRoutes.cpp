@@ -119,7 +119,7 @@ ApiResult why(const RouteRequest& request, ApiState& state) {
     json::Json out = toJson(explanation);
     out["eventID"] = event->id.toString();
     out["outcome"] = rawValue(event->outcome);
-    out["cutShort"] = budget.cutShortCount() > 0;
+    out["cutShort"] = budget.wasCutShort();
     return ApiResponse::json(out);
 }
 
@@ -146,7 +146,7 @@ ApiResult trace(const RouteRequest& request, ApiState& state) {
         Trace::run(namedChannels(channels.value()), ctx.store.notificationHistory(), count.value(),
                    calendar.value(), budget);
     json::Json out = toJson(report);
-    out["cutShort"] = budget.cutShortCount() > 0;
+    out["cutShort"] = budget.wasCutShort();
     return ApiResponse::json(out);
 }
 
