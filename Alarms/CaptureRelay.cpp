@@ -2,8 +2,8 @@
 #include "Core/Json.h"
 
 #include "Alarms/NotificationDispatcher.h"
-#include "Core/TextFolding.h"
-#include "Core/Whitespace.h"
+#include "Core/AppName.h"
+#include "Core/NameList.h"
 
 #include <algorithm>
 #include <exception>
@@ -59,18 +59,18 @@ void CaptureRelay::setApps(std::optional<std::vector<std::string>> apps) {
         ctx_.defaults.set(DefaultsKey::captureApps, json::Json());
         return;
     }
-    std::erase_if(*apps, [](const std::string& name) { return text::isBlank(name); });
-    ctx_.defaults.set(DefaultsKey::captureApps, *apps);
+    std::vector<std::string> names;
+    for (const auto& name : *apps)
+        addName(names, name);
+    ctx_.defaults.set(DefaultsKey::captureApps, names);
 }
 
 bool CaptureRelay::admits(const std::string& app) const {
     auto chosen = apps();
     if (!chosen)
         return true;
-    const std::string wanted = text::trimmed(app);
-    return std::any_of(chosen->begin(), chosen->end(), [&](const std::string& name) {
-        return text::equalsIgnoringCase(text::trimmed(name), wanted);
-    });
+    return std::any_of(chosen->begin(), chosen->end(),
+                       [&](const std::string& name) { return isSameApp(name, app); });
 }
 
 void CaptureRelay::forward(CapturedNotice notice) {

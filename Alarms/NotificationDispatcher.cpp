@@ -3,11 +3,11 @@
 #include "Alarms/EventRecord.h"
 #include "Alarms/RingwellNotifications.h"
 #include "Alarms/RoutingBudget.h"
+#include "Core/AppName.h"
 #include "Core/Cooldown.h"
 #include "Core/Json.h"
 #include "Core/Router.h"
 #include "Core/SetupTest.h"
-#include "Core/TextFolding.h"
 
 #include <chrono>
 #include <exception>
@@ -25,7 +25,7 @@ FireEvent record(AppContext& ctx, const NotificationInfo& notification, FireOutc
 // every app. Routing it could ring for it and fail again, in a loop. Other
 // notices of Ringwell are routed like any other.
 bool isOwnFailureNotice(const NotificationInfo& notification) {
-    return text::equalsIgnoringCase(notification.app, ownAppName) &&
+    return isSameApp(notification.app, ownAppName) &&
            notification.title.starts_with(RingwellNotifications::failureTitle);
 }
 

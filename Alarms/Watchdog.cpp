@@ -2,9 +2,8 @@
 
 #include "Alarms/EventRecord.h"
 #include "Alarms/RingwellAlarmError.h"
+#include "Core/AppName.h"
 #include "Core/Json.h"
-#include "Core/TextFolding.h"
-#include "Core/Whitespace.h"
 
 #include <algorithm>
 #include <exception>
@@ -19,10 +18,6 @@ constexpr std::string_view captureName = "desktop capture";
 // (SendToRingwellIntent::deviceLabel, a layer above this one).
 constexpr std::string_view deviceLabel = "Device";
 
-std::string key(std::string_view app) {
-    return text::lowercased(text::trimmed(app));
-}
-
 json::Json datesToJson(const std::map<std::string, Date>& dates) {
     json::Json out = json::Json::object();
     for (const auto& [app, date] : dates)
@@ -33,8 +28,9 @@ json::Json datesToJson(const std::map<std::string, Date>& dates) {
 std::map<std::string, Date> datesFromJson(const json::Json& settings, std::string_view name) {
     std::map<std::string, Date> dates;
     if (const json::Json* object = json::member(settings, name); object && object->is_object()) {
+        // Keyed again: files of earlier versions keyed apps by lower case.
         for (const auto& [app, date] : object->items())
-            dates[app] = json::asDate(date, app);
+            dates[appKey(app)] = json::asDate(date, app);
     }
     return dates;
 }
@@ -88,7 +84,7 @@ void Watchdog::save() {
 }
 
 Date Watchdog::silenceStart(const WatchExpectation& watch) const {
-    auto heard = lastHeard_.find(key(watch.app));
+    auto heard = lastHeard_.find(appKey(watch.app));
     return heard == lastHeard_.end() ? watch.since : std::max(heard->second, watch.since);
 }
 
@@ -97,11 +93,11 @@ std::vector<Watchdog::Status> Watchdog::list() const {
     std::vector<Status> out;
     for (const auto& watch : watches_) {
         Status status{watch, std::nullopt, std::nullopt, false};
-        if (auto heard = lastHeard_.find(key(watch.app)); heard != lastHeard_.end())
+        if (auto heard = lastHeard_.find(appKey(watch.app)); heard != lastHeard_.end())
             status.lastHeard = heard->second;
         const Date start = silenceStart(watch);
         status.dueAt = Silence::dueAt(watch, start, calendar);
-        auto told = told_.find(key(watch.app));
+        auto told = told_.find(appKey(watch.app));
         status.isSilent = told != told_.end() && told->second == start;
         out.push_back(std::move(status));
     }
@@ -109,29 +105,29 @@ std::vector<Watchdog::Status> Watchdog::list() const {
 }
 
 Result<WatchExpectation> Watchdog::add(WatchExpectation watch) {
-    watch.app = text::trimmed(watch.app);
+    watch.app = cleanAppName(watch.app);
     if (auto problem = ringwell::problem(watch))
         return Error{"The watch of " + watch.app + " can't be kept: " + *problem + ".",
                      Error::Kind::invalidInput};
     watch.since = ctx_.clock.now();
     auto same = std::find_if(watches_.begin(), watches_.end(), [&](const WatchExpectation& w) {
-        return key(w.app) == key(watch.app);
+        return isSameApp(w.app, watch.app);
     });
     if (same != watches_.end())
         *same = watch;
     else
         watches_.push_back(watch);
-    told_.erase(key(watch.app));
+    told_.erase(appKey(watch.app));
     save();
     return watch;
 }
 
 bool Watchdog::remove(std::string_view app) {
     auto removed =
-        std::erase_if(watches_, [&](const WatchExpectation& w) { return key(w.app) == key(app); });
+        std::erase_if(watches_, [&](const WatchExpectation& w) { return isSameApp(w.app, app); });
     if (removed == 0)
         return false;
-    told_.erase(key(app));
+    told_.erase(appKey(app));
     save();
     return true;
 }
@@ -140,15 +136,15 @@ void Watchdog::heard(std::string_view app, Date at) {
     // Only watched apps are remembered: the settings are written at every
     // change, and a watch's clock starts when it is added anyway.
     if (std::none_of(watches_.begin(), watches_.end(),
-                     [&](const WatchExpectation& w) { return key(w.app) == key(app); }))
+                     [&](const WatchExpectation& w) { return isSameApp(w.app, app); }))
         return;
-    auto [entry, added] = lastHeard_.try_emplace(key(app), at);
+    auto [entry, added] = lastHeard_.try_emplace(appKey(app), at);
     if (!added) {
         if (at <= entry->second)
             return;
         entry->second = at;
     }
-    told_.erase(key(app));
+    told_.erase(appKey(app));
     save();
 }
 
@@ -179,12 +175,12 @@ Awaitable<std::vector<FireEvent>> Watchdog::check() {
     const std::vector<WatchExpectation> watches = watches_;
     for (const auto& watch : watches) {
         const Date start = silenceStart(watch);
-        if (auto told = told_.find(key(watch.app)); told != told_.end() && told->second == start)
+        if (auto told = told_.find(appKey(watch.app)); told != told_.end() && told->second == start)
             continue;
         auto due = Silence::dueAt(watch, start, calendar);
         if (!due || now < *due)
             continue;
-        told_[key(watch.app)] = start;
+        told_[appKey(watch.app)] = start;
         save();
         recorded.push_back(co_await tell(watch.app, start, watch.ring));
     }
@@ -218,7 +214,7 @@ Awaitable<FireEvent> Watchdog::tell(std::string app, Date start, std::optional<U
 Awaitable<void> Watchdog::notify(std::string app, std::string text) {
     // A named request: temporaries in a co_await's arguments do not live
     // through the suspension with GCC 12.
-    NoticeRequest notice{"ringwell.silent." + key(app), text, "", "ringwell.silent"};
+    NoticeRequest notice{"ringwell.silent." + appKey(app), text, "", "ringwell.silent"};
     std::optional<std::string> problem;
     try {
         co_await ctx_.notices.add(std::move(notice));

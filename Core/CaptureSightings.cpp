@@ -1,7 +1,6 @@
 #include "Core/CaptureSightings.h"
 
-#include "Core/TextFolding.h"
-#include "Core/Whitespace.h"
+#include "Core/AppName.h"
 
 #include <algorithm>
 
@@ -26,12 +25,12 @@ Entry& bringToFront(std::vector<Entry>& entries, Matches matches, Entry fresh, s
 } // namespace
 
 void CaptureSightings::sawApp(const std::string& app, Date when) {
-    const std::string name = text::trimmed(app);
+    const std::string name = cleanAppName(app);
     if (name.empty())
         return;
     App& entry = bringToFront(
-        apps_, [&](const App& seen) { return text::equalsIgnoringCase(seen.name, name); },
-        App{name, 0, when}, maxApps);
+        apps_, [&](const App& seen) { return isSameApp(seen.name, name); }, App{name, 0, when},
+        maxApps);
     entry.name = name;
     ++entry.count;
     entry.lastSeen = when;

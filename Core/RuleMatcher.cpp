@@ -1,10 +1,9 @@
 #include "Core/RuleMatcher.h"
 
+#include "Core/AppName.h"
 #include "Core/Joined.h"
 #include "Core/Json.h"
-#include "Core/TextFolding.h"
 #include "Core/TextMatcher.h"
-#include "Core/Whitespace.h"
 
 #include <algorithm>
 
@@ -34,9 +33,8 @@ PatternKind patternKind(const ChannelRule& rule) {
 }
 
 bool appMatches(const ChannelRule& rule, const NotificationInfo& notification) {
-    return std::any_of(rule.apps.begin(), rule.apps.end(), [&](const std::string& app) {
-        return text::equalsIgnoringCase(text::trimmed(app), notification.app);
-    });
+    return std::any_of(rule.apps.begin(), rule.apps.end(),
+                       [&](const std::string& app) { return isSameApp(app, notification.app); });
 }
 
 const std::string* matchingSender(const ChannelRule& rule, const NotificationInfo& notification,

@@ -78,6 +78,12 @@ bool containsIgnoringCaseAndDiacritics(std::string_view haystack, std::string_vi
     return foldedForSearch(haystack).indexOf(foldedNeedle) >= 0;
 }
 
+std::string caseFolded(std::string_view text) {
+    if (isAscii(text))
+        return lowercased(text);
+    return utf8(unicode(text).foldCase(U_FOLD_CASE_DEFAULT));
+}
+
 std::string lowercased(std::string_view text) {
     if (isAscii(text)) {
         std::string out(text);

@@ -17,6 +17,10 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b);
 // "cafe" is found in "Café au lait". An empty needle is contained everywhere.
 bool containsIgnoringCaseAndDiacritics(std::string_view haystack, std::string_view needle);
 
+// Full Unicode case folding: equalsIgnoringCase(a, b) exactly when
+// caseFolded(a) == caseFolded(b).
+std::string caseFolded(std::string_view text);
+
 // The text in lower case, locale-independent.
 std::string lowercased(std::string_view text);
 

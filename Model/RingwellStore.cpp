@@ -1,9 +1,10 @@
 #include "Model/RingwellStore.h"
 
+#include "Core/AppName.h"
 #include "Core/Json.h"
+#include "Core/NameList.h"
 #include "Core/TextFolding.h"
 #include "Core/Utf8.h"
-#include "Core/Whitespace.h"
 #include "Model/AtomicFile.h"
 #include "Model/XdgPaths.h"
 
@@ -88,23 +89,6 @@ void repair(FireEvent& event) {
 void repair(Date& date, Date now) {
     if (!std::isfinite(date.secondsSinceReferenceDate))
         date = now;
-}
-
-// MARK: Lists
-
-// Appends `item` unless the list already holds it ignoring case.
-void appendUnique(std::vector<std::string>& list, std::string_view item) {
-    const bool present = std::any_of(list.begin(), list.end(), [&](const std::string& entry) {
-        return text::equalsIgnoringCase(entry, item);
-    });
-    if (!present)
-        list.emplace_back(item);
-}
-
-void sortForDisplay(std::vector<std::string>& list) {
-    std::sort(list.begin(), list.end(), [](const std::string& a, const std::string& b) {
-        return text::compareForDisplay(a, b) < 0;
-    });
 }
 
 } // namespace
@@ -580,8 +564,8 @@ std::set<std::string> RingwellStore::forwardedApps() const {
 std::vector<std::string> RingwellStore::knownApps() const {
     std::vector<std::string> apps = {"Messages", std::string(PhoneApp::name)};
     for (const auto& event : events_) {
-        if (event.app && !event.app->empty())
-            appendUnique(apps, *event.app);
+        if (event.app)
+            addName(apps, *event.app);
     }
     sortForDisplay(apps);
     return apps;
@@ -589,20 +573,17 @@ std::vector<std::string> RingwellStore::knownApps() const {
 
 std::vector<std::string> RingwellStore::knownSenders(const std::vector<std::string>& apps) const {
     std::vector<std::string> wanted;
-    for (const auto& app : apps) {
-        if (!text::isBlank(app))
-            wanted.push_back(text::trimmed(app));
-    }
+    for (const auto& app : apps)
+        addName(wanted, app);
     std::vector<std::string> senders;
     for (const auto& event : events_) {
-        if (!isForwardedNotification(event) || !event.sender || text::isBlank(*event.sender))
+        if (!isForwardedNotification(event) || !event.sender)
             continue;
-        const std::string app = text::trimmed(*event.app);
-        const bool forWantedApp = std::any_of(wanted.begin(), wanted.end(), [&](const auto& name) {
-            return text::equalsIgnoringCase(name, app);
+        const bool forWantedApp = std::any_of(wanted.begin(), wanted.end(), [&](const auto& app) {
+            return isSameApp(app, *event.app);
         });
         if (forWantedApp)
-            appendUnique(senders, *event.sender);
+            addName(senders, *event.sender);
     }
     sortForDisplay(senders);
     return senders;
@@ -615,11 +596,8 @@ std::optional<std::vector<std::string>> RingwellStore::appsToForward() const {
             continue;
         if (channel.rule.apps.empty())
             return std::nullopt;
-        for (const auto& app : channel.rule.apps) {
-            std::string name = text::trimmed(app);
-            if (!name.empty())
-                appendUnique(apps, name);
-        }
+        for (const auto& app : channel.rule.apps)
+            addName(apps, app);
     }
     sortForDisplay(apps);
     return apps;

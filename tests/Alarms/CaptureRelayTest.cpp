@@ -39,8 +39,8 @@ TEST_F(CaptureRelayTest, ACapturedNotificationTakesTheRoadOfASend) {
 }
 
 TEST_F(CaptureRelayTest, OnlyTheChosenAppsReachTheDispatcher) {
-    relay.setApps(std::vector<std::string>{" signal ", "  "});
-    EXPECT_EQ(relay.apps(), (std::vector<std::string>{" signal "}));
+    relay.setApps(std::vector<std::string>{" signal ", "  ", "SIGNAL"});
+    EXPECT_EQ(relay.apps(), (std::vector<std::string>{"signal"}));
     relay.start();
     int sightings = 0;
     relay.onSighting([&] { ++sightings; });

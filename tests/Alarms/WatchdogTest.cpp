@@ -79,6 +79,20 @@ TEST_F(WatchdogTest, OnlyWatchedHoursCountAndARestartKeepsWhatItKnew) {
     EXPECT_FALSE(restarted.remove("Mail"));
 }
 
+TEST_F(WatchdogTest, AnAppIsHeardWhateverTheCaseOfItsName) {
+    {
+        Watchdog watchdog(ctx);
+        ASSERT_TRUE(watchdog.add(every("STRASSE", 3600)));
+        forward("Straße");
+        EXPECT_EQ(watchdog.list()[0].lastHeard, clock.now());
+    }
+    // Earlier versions saved what they heard under the lower-cased name.
+    json::Json saved = *ctx.defaults.value("watchdog");
+    saved["lastHeard"] = {{"straße", json::dateValue(at("2026-03-01T08:00:00Z"))}};
+    ctx.defaults.set("watchdog", saved);
+    EXPECT_EQ(Watchdog(ctx).list()[0].lastHeard, at("2026-03-01T08:00:00Z"));
+}
+
 TEST_F(WatchdogTest, ADeviceIsHeardFromWhateverItSendsAndAWatchCanRingAChannel) {
     Watchdog watchdog(ctx);
     change(urgent().id, [](Channel& c) { c.rule = appRule("Calendar"); });

@@ -1,3 +1,4 @@
+#include "Core/AppName.h"
 #include "Core/TextFolding.h"
 #include "Core/Utf8.h"
 #include "Core/Whitespace.h"
@@ -28,6 +29,14 @@ TEST(TextTest, CaseInsensitiveEqualityKeepsDiacritics) {
     EXPECT_TRUE(text::equalsIgnoringCase("Straße", "STRASSE")); // full case folding
     EXPECT_FALSE(text::equalsIgnoringCase("ecole", "école"));
     EXPECT_FALSE(text::equalsIgnoringCase("Mail", "Mail "));
+}
+
+TEST(TextTest, AppNamesDifferOnlyByMoreThanCaseAndBlanksAround) {
+    EXPECT_TRUE(isSameApp(" Straße\t", "STRASSE"));
+    EXPECT_EQ(appKey(" Straße "), appKey("STRASSE"));
+    EXPECT_FALSE(isSameApp("école", "ecole"));
+    EXPECT_NE(appKey("école"), appKey("ecole"));
+    EXPECT_EQ(cleanAppName("  Mail\n"), "Mail");
 }
 
 TEST(TextTest, ContainmentIgnoresCaseAndDiacritics) {
