@@ -200,7 +200,8 @@ Forwards one notification, as an automation does: it is recorded in the
 history and rings the first matching channel. Every field is optional.
 
 Options:
-  --notification TEXT        the whole notification text (title, line break, body)
+  --notification TEXT        the whole notification text (title, line break,
+                             body)
   --title TEXT               its title
   --subtitle TEXT            its subtitle
   --body TEXT                its body
@@ -213,8 +214,8 @@ Options:
   --json                     print the recorded event
 
 Otherwise prints nothing, or one line when a waiting setup test took the
-notification instead of the channels. Exit status: 0 recorded (whatever the outcome),
-2 usage error, 3 the daemon is not running.
+notification instead of the channels. Exit status: 0 recorded (whatever the
+outcome), 2 usage error, 3 the daemon is not running.
 )",
                           runSend};
 
@@ -233,7 +234,8 @@ Options:
 
 Exit status: 0 rung (or skipped because the channel is disabled), 1 the alarm
 could not be scheduled or the channel does not exist, 2 usage error (a name
-that several channels match included: the message lists their IDs), 3 the daemon is not running.
+that several channels match included: the message lists their IDs), 3 the
+daemon is not running.
 )",
                           runRing};
 

@@ -228,16 +228,16 @@ channel) in its JSON form, ready to edit and give to `ringwell channel update`.
 )",
                                  runChannelShow};
 
-const Command channelAddCommand{
-    "channel add", "Add a channel",
-    R"(Usage: ringwell channel add [--name NAME] [--template ID | --rule JSON | --like EVENT_ID] [--json]
+const Command channelAddCommand{"channel add", "Add a channel",
+                                R"(Usage: ringwell channel add [--name NAME] [--json]
+                            [--template ID | --rule JSON | --like EVENT_ID]
 
 Adds a channel at the end of the list. Without --name it is named after its
 rule and follows it. The rule comes from a template (see `ringwell templates`),
 a rule in its JSON form, or the notification of a history event ("Create
 Channel from This"); without any, the channel matches every notification.
 )",
-    runChannelAdd};
+                                runChannelAdd};
 
 const Command channelUpdateCommand{"channel update", "Replace a channel with one read as JSON",
                                    R"(Usage: ringwell channel update [--json] < channel.json
@@ -245,8 +245,8 @@ const Command channelUpdateCommand{"channel update", "Replace a channel with one
 Reads a whole channel object in its JSON form (as `ringwell channel add --json`
 or the API print it) from standard input and stores it in place of the channel
 with the same "id". Its "escalation" lists what happens while the alarm rings
-unanswered (see the README); header values shown as "••••" keep their stored
-value.
+unanswered (see the README); header values shown as "••••" keep their
+stored value.
 )",
                                    runChannelUpdate};
 

@@ -157,9 +157,9 @@ happened, it says so and names the channel that changed.
 )",
                          runWhy};
 
-const Command traceCommand{
-    "trace", "Replay recent notifications through the channels",
-    R"(Usage: ringwell trace [--at "sun 03:00" | --at ISO8601] [--last N] [--channel-file FILE] [--json]
+const Command traceCommand{"trace", "Replay recent notifications through the channels",
+                           R"(Usage: ringwell trace [--at "sun 03:00" | --at ISO8601] [--last N]
+                      [--channel-file FILE] [--json]
 
 Replays the last N notifications (default 50, at most 200) through every
 channel, oldest first, and prints the channel that would ring for each or why
@@ -176,6 +176,6 @@ none would, then a summary ("7 would ring: 5 Prod incidents, 2 Calls from Mom;
                        edited) that replaces the stored channel with its ID
                        for this trace only
 )",
-    runTrace};
+                           runTrace};
 
 } // namespace ringwell::cli

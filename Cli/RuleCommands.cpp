@@ -36,14 +36,16 @@ Evaluates a channel rule against one notification and explains every
 condition. Nothing is sent to the daemon.
 
 Options:
-  --rule JSON             the rule in its JSON form, or @FILE to read it from a file
+  --rule JSON             the rule in its JSON form, or @FILE to read it from
+                          a file
   --app TEXT              the notification's app
   --sender TEXT           its sender
   --title TEXT            its title
   --subtitle TEXT         its subtitle
   --body TEXT             its body
-  --time-sensitive TEXT   "yes", "true" or "1" for a time-sensitive notification
-  --date ISO8601          when it arrived, e.g. 2025-01-02T03:04:05Z (default: now)
+  --time-sensitive TEXT   "yes", "true" or "1" when time-sensitive
+  --date ISO8601          when it arrived, e.g. 2025-01-02T03:04:05Z
+                          (default: now)
   --history FILE          earlier notifications, a JSON array of notifications
                           ({"app","sender","title","subtitle","body","date",
                           "isTimeSensitive"}), for the repeated condition

@@ -2,6 +2,8 @@
 
 #include "Cli/SiblingProgram.h"
 
+#include "ServeUsage.h"
+
 namespace ringwell::cli {
 namespace {
 
@@ -13,18 +15,7 @@ int runServe(std::span<const std::string> args, CommandContext& context) {
 
 } // namespace
 
-const Command serveCommand{"serve", "Run the Ringwell daemon in the foreground",
-                           R"(Usage: ringwell serve [--port N | --no-web]
-
-Runs Ringwell: it receives forwarded notifications, rings alarms, serves the
-local API on $XDG_RUNTIME_DIR/ringwell/ringwell.sock and the web app on
-http://127.0.0.1:PORT/ (see `ringwell open`). One daemon runs per user;
-Ctrl-C or SIGTERM stops it cleanly. Logs go to the journal (or standard error).
-
-Options:
-  --port N    the web app's port (default 7383, or $RINGWELL_WEB_PORT; 0 picks one)
-  --no-web    serve the local API only
-)",
+const Command serveCommand{"serve", "Run the Ringwell daemon in the foreground", serveUsage,
                            runServe};
 
 } // namespace ringwell::cli

@@ -46,6 +46,7 @@ void printOverview(std::ostream& out) {
     }
     out << "\nOptions:\n"
            "  -h, --help      show this help; 'ringwell <command> --help' shows a command's\n"
+           "                  options\n"
            "  --version       show the version\n\n"
            "Exit status: 0 success, 1 the action failed (or the rule did not match),\n"
            "2 usage error or bad input, 3 the daemon is not running.\n";

@@ -39,6 +39,8 @@
 #include "Platform/WebhookClient.h"
 #include "Shared/Asio.h"
 
+#include "ServeUsage.h"
+
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 
@@ -53,29 +55,6 @@
 
 namespace ringwell {
 namespace {
-
-constexpr const char* usage =
-    R"(Usage: ringwell serve [--port N | --no-web] [--lan-port N] [--lan-address IP]
-                      [--lan-cert FILE --lan-key FILE]
-
-Runs Ringwell in the foreground: it captures the desktop's notifications
-(and takes forwarded ones), rings
-alarms, serves the local API on $XDG_RUNTIME_DIR/ringwell/ringwell.sock and
-the web app on http://127.0.0.1:PORT/ (open it with `ringwell open`).
-One daemon runs per user. Ctrl-C or SIGTERM stops it cleanly.
-
-Options:
-  --port N    the web app's port on 127.0.0.1 (default 7383, or $RINGWELL_WEB_PORT;
-              0 picks a free port)
-  --no-web    serve the local API only
-  --lan-port N     the port phones send to once a device is added with
-                   `ringwell devices add` (default 7384; 0 picks one)
-  --lan-address IP the address it listens on (default 0.0.0.0, every interface)
-  --lan-cert FILE, --lan-key FILE
-                   a PEM certificate chain and its key: devices then send over
-                   HTTPS. Without them a device's token crosses the network in
-                   clear.
-)";
 
 constexpr std::uint16_t defaultWebPort = 7383;
 
@@ -374,7 +353,7 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         std::string_view arg = argv[i];
         if (arg == "--help" || arg == "-h") {
-            std::cout << ringwell::usage;
+            std::cout << ringwell::serveUsage;
             return 0;
         }
         if (arg == "--no-web") {

@@ -5,8 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <sstream>
+#include <vector>
 
 namespace ringwell {
 namespace {
@@ -104,6 +108,28 @@ TEST(CommandLineTest, HelpVersionAndUnknownCommands) {
     auto help = runRingwell({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_NE(help.out.find("rule explain"), std::string::npos);
+    // The help, and every command's, fits a terminal of 80 columns.
+    const auto expectFits = [](const std::string& text) {
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            const auto columns =
+                std::count_if(line.begin(), line.end(), [](char c) { return (c & 0xC0) != 0x80; });
+            EXPECT_LE(columns, 80) << line;
+        }
+    };
+    expectFits(help.out);
+    std::istringstream listing(help.out.substr(help.out.find("Commands:\n") + 10));
+    int commands = 0;
+    for (std::string line; std::getline(listing, line) && !line.empty(); ++commands) {
+        std::istringstream words(line.substr(2, 17));
+        std::vector<std::string> command{std::istream_iterator<std::string>(words), {}};
+        command.push_back("--help");
+        auto commandHelp = runRingwell(command);
+        EXPECT_EQ(commandHelp.exitCode, 0) << line;
+        expectFits(commandHelp.out);
+    }
+    EXPECT_GT(commands, 30);
+    EXPECT_NE(runRingwell({"serve", "--help"}).out.find("--lan-port N"), std::string::npos);
     EXPECT_NE(runRingwell({"templates", "-h"}).out.find("Usage: ringwell templates"),
               std::string::npos);
     auto version = runRingwell({"--version"});
