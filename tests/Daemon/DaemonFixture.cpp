@@ -45,10 +45,8 @@ void DaemonTest::startDaemon() {
     if (daemon == 0) {
         for (const auto& [name, value] : environment)
             ::setenv(name.c_str(), value.c_str(), 1);
-        FILE* out = std::freopen(log.c_str(), "a", stdout);
-        FILE* err = std::freopen(log.c_str(), "a", stderr);
-        (void)out;
-        (void)err;
+        if (!std::freopen(log.c_str(), "a", stdout) || !std::freopen(log.c_str(), "a", stderr))
+            ::_exit(126);
         // Port 0: tests run side by side, each daemon on a free port of its own.
         std::vector<std::string> args = {RINGWELL_BINARY, "serve", "--port", "0"};
         args.insert(args.end(), serveArguments.begin(), serveArguments.end());
