@@ -113,6 +113,7 @@ TEST_F(DaemonLifecycleTest, ChannelsAreManagedFromTheCommandLine) {
     EXPECT_EQ(ringwell({"channel", "add", "--rule", R"({"calls":"sometimes"})"}).exitCode, 2);
     EXPECT_EQ(ringwell({"channel", "update"}, "{not json").exitCode, 2);
     EXPECT_EQ(ringwell({"channel", "move", named["id"], "0"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"channel", "delete", "Mo"}).exitCode, 1);
     ASSERT_EQ(ringwell({"channel", "delete", "Mom"}).exitCode, 0);
     EXPECT_EQ(ringwellJson({"channels", "--json"}).size(), 2u);
 
