@@ -101,18 +101,15 @@ TEST(CliAnswersTest, SendSaysWhenTheWaitingSetupTestTookTheNotification) {
               "The waiting setup test took this notification; see `ringwell setup-test status`.\n");
 }
 
-TEST(CliAnswersTest, StatusTellsANotificationServerNotAskedYetFromNone) {
-    const std::string status = R"({"version":"1","channels":0,"events":0,"alarms":0,)"
-                               R"("notifications":{"permission":"PERMISSION","server":null}})";
-    auto statusWith = [&](const std::string& permission) {
-        std::string answer = status;
-        answer.replace(answer.find("PERMISSION"), 10, permission);
-        StandInDaemon daemon(Answers{{"/v1/status", answer}});
-        return runRingwell({"status"}, daemon.environment()).out;
-    };
-    EXPECT_NE(statusWith("unknown").find("Alarm notices: not known yet"), std::string::npos);
-    EXPECT_NE(statusWith("unreachable").find("Alarm notices: no notification server answers"),
-              std::string::npos);
+// With no server yet, the daemon's status says whether one was asked; the
+// daemon's own test holds the answer when none is reachable.
+TEST(CliAnswersTest, StatusTellsANotificationServerNotAskedYet) {
+    StandInDaemon daemon(Answers{{"/v1/status", R"({"version":"1","channels":0,"events":0,)"
+                                                R"("alarms":0,"notifications":)"
+                                                R"({"permission":"unknown","server":null}})"}});
+    EXPECT_NE(
+        runRingwell({"status"}, daemon.environment()).out.find("Alarm notices: not known yet"),
+        std::string::npos);
 }
 
 TEST(CliAnswersTest, ChannelsPrintEntitiesOrWholeChannelsInListOrder) {

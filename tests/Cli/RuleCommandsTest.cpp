@@ -76,7 +76,6 @@ TEST(RuleExplainTest, BadInputExitsTwoNamingTheProblem) {
         {{"rule", "explain", "--rule", "{}", "--history", "/nonexistent/h.json"},
          "cannot read /nonexistent/h.json"},
         {{"rule", "explain", "--rule", "{}", "--history", badHistory}, "entry 1: \"sender\""},
-        {{"rule", "explain", "--rule", "{}", "--colour", "red"}, "unknown option --colour"},
         {{"rule", "explain", "--rule", "{\"apps\":[\"\xFF\"]}"}, "--rule: invalid JSON"},
     };
     for (const auto& c : cases) {

@@ -12,6 +12,7 @@ TEST(WatchArgumentsTest, DurationsDaysAndHoursBecomeTheWatchBody) {
     EXPECT_EQ(parseDuration("1D").value(), 86400);
     for (const char* bad : {"", "3", "h", "0h", "-2h", "3 h", "1.5h", "3w"})
         EXPECT_FALSE(parseDuration(bad)) << bad;
+    EXPECT_EQ(parseDuration("3x").error().message, "\"3x\" is not a duration (like 90m, 3h or 1d)");
 
     auto body = watchBody("Mail", "3h", "Mon,friday,weekends", "22:00", "07:00", "Urgent");
     ASSERT_TRUE(body) << body.error().message;

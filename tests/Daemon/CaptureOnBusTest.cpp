@@ -23,11 +23,6 @@ protected:
         startDaemon();
         ASSERT_TRUE(eventually([&] { return capture()["active"] == true; })) << daemonLog();
     }
-    void TearDown() override {
-        DaemonTest::TearDown();
-        server.reset();
-        bus.reset();
-    }
 
     void client(const std::vector<std::string>& argv) {
         auto result = runProcess(argv, environment);

@@ -1,5 +1,6 @@
 #include "DaemonFixture.h"
 #include "Core/Json.h"
+#include "TestSupport/TemporaryDirectory.h"
 
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX declares kill here
 #include <sys/socket.h>
@@ -9,8 +10,6 @@
 
 #include <chrono>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 namespace ringwell::testing {
@@ -46,10 +45,8 @@ void DaemonTest::startDaemon() {
     if (daemon == 0) {
         for (const auto& [name, value] : environment)
             ::setenv(name.c_str(), value.c_str(), 1);
-        FILE* out = std::freopen(log.c_str(), "a", stdout);
-        FILE* err = std::freopen(log.c_str(), "a", stderr);
-        (void)out;
-        (void)err;
+        if (!std::freopen(log.c_str(), "a", stdout) || !std::freopen(log.c_str(), "a", stderr))
+            ::_exit(126);
         // Port 0: tests run side by side, each daemon on a free port of its own.
         std::vector<std::string> args = {RINGWELL_BINARY, "serve", "--port", "0"};
         args.insert(args.end(), serveArguments.begin(), serveArguments.end());
@@ -98,21 +95,7 @@ int DaemonTest::connectSocket() const {
 
 std::string DaemonTest::rawExchange(const std::string& bytes) const {
     const int fd = connectSocket();
-    if (fd < 0)
-        return "";
-    for (size_t sent = 0; sent < bytes.size();) {
-        const ssize_t n = ::send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (n <= 0)
-            break;
-        sent += static_cast<size_t>(n);
-    }
-    ::shutdown(fd, SHUT_WR);
-    std::string answer;
-    char buffer[8192];
-    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
-        answer.append(buffer, static_cast<size_t>(n));
-    ::close(fd);
-    return answer;
+    return fd < 0 ? "" : exchangeOn(fd, bytes);
 }
 
 std::string DaemonTest::apiRequest(const std::string& method, const std::string& path,
@@ -135,10 +118,7 @@ json::Json DaemonTest::ringwellJson(const std::vector<std::string>& args) {
 }
 
 std::string DaemonTest::daemonLog() const {
-    std::ifstream file(root / "daemon.log");
-    std::stringstream contents;
-    contents << file.rdbuf();
-    return contents.str();
+    return readFile(root / "daemon.log");
 }
 
 } // namespace ringwell::testing

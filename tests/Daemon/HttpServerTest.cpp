@@ -56,18 +56,9 @@ protected:
         EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         return fd;
     }
-    // Sends the bytes and reads until the server closes the connection.
-    static std::string exchangeOn(int fd, const std::string& bytes) {
-        EXPECT_EQ(::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL),
-                  static_cast<ssize_t>(bytes.size()));
-        std::string answer;
-        char buffer[4096];
-        for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
-            answer.append(buffer, static_cast<size_t>(n));
-        ::close(fd);
-        return answer;
+    std::string exchange(const std::string& bytes) {
+        return testing::exchangeOn(connectClient(), bytes);
     }
-    std::string exchange(const std::string& bytes) { return exchangeOn(connectClient(), bytes); }
 
     asio::io_context io;
     std::optional<asio::executor_work_guard<asio::io_context::executor_type>> work;
@@ -110,7 +101,8 @@ TEST_F(HttpServerTest, ConnectionsBeyondTheCapWaitForAFreeSlot) {
         ASSERT_EQ(onLoop([&] { return server->openConnections(); }), 2u);
     }
     ::close(first);
-    auto answer = exchangeOn(third, "GET / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
+    auto answer =
+        testing::exchangeOn(third, "GET / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
     EXPECT_EQ(answer.rfind("HTTP/1.1 200", 0), 0u);
     ::close(second);
 }
@@ -169,7 +161,8 @@ TEST_F(DescriptorShortageTest, TheWaitingClientIsServedOnceDescriptorsAreFree) {
     start(limits);
     exhaust();
     release();
-    auto answer = exchangeOn(client, "GET / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
+    auto answer =
+        testing::exchangeOn(client, "GET / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
     EXPECT_EQ(answer.rfind("HTTP/1.1 200", 0), 0u);
 }
 

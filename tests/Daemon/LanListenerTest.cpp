@@ -114,7 +114,6 @@ TEST_F(LanListenerTest, ADeviceSendsTheOneRouteAndEverythingElseIsRefused) {
     EXPECT_EQ(tooLarge.result_int(), 413u);
 
     ASSERT_EQ(ringwell({"devices", "remove", "kitchen PHONE"}).exitCode, 0);
-    EXPECT_EQ(ringwell({"devices", "remove", "Kitchen phone"}).exitCode, 1);
     // The last device gone, the listener is closed.
     EXPECT_THROW(connect(), boost::system::system_error);
     EXPECT_EQ(ringwellJson({"events", "--json"}).size(), 1u);

@@ -12,8 +12,12 @@ class SoundTest : public DaemonTest {};
 
 TEST_F(SoundTest, SettingsAreListedShownAndChangedWithClearErrors) {
     startDaemon();
-    auto all = ringwell({"settings"});
-    EXPECT_EQ(all.out, "ringThroughMute: on\nalarmVolume: 70\n");
+    // A change with one bad value stores nothing, not even the good one.
+    auto refused =
+        apiRequest("PUT", "/v1/settings", R"({"ringThroughMute": false, "alarmVolume": 5})");
+    EXPECT_EQ(refused.rfind("HTTP/1.1 400", 0), 0u) << refused;
+    EXPECT_NE(refused.find("alarmVolume must be a whole number"), std::string::npos) << refused;
+    EXPECT_EQ(ringwell({"settings"}).out, "ringThroughMute: on\nalarmVolume: 70\n");
 
     EXPECT_EQ(ringwell({"settings", "alarmVolume", "85%"}).out, "alarmVolume: 85\n");
     EXPECT_EQ(ringwell({"settings", "ringThroughMute", "off"}).exitCode, 0);

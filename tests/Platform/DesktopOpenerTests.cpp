@@ -1,6 +1,7 @@
 #include "Platform/DesktopOpener.h"
 
 #include "PlatformTestSupport.h"
+#include "TestSupport/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -23,13 +24,7 @@ protected:
     std::filesystem::path opener() const { return directory / "open-browser"; }
     std::string opened() {
         const auto file = opener().string() + ".opened";
-        bool there = false;
-        for (int i = 0; i < 500 && !there; ++i) {
-            there = std::filesystem::exists(file);
-            if (!there)
-                std::this_thread::sleep_for(std::chrono::milliseconds(10)); // polls for the file
-        }
-        if (!there)
+        if (!testing::eventually([&] { return std::filesystem::exists(file); }))
             return "(nothing opened)";
         auto text = readFile(file);
         std::filesystem::remove(file);

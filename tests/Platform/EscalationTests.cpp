@@ -151,13 +151,22 @@ TEST_F(EscalationTest, StepsRunInOrderAtTheirTimesAndTheWebhookSendsTheDocumente
     EXPECT_EQ(received.size(), 1u); // each step runs once
 }
 
-TEST_F(EscalationTest, AFailingServerIsRetriedTwiceAndTheFailureRecorded) {
+// The failure is logged and recorded, its secret header and address nowhere.
+TEST_F(EscalationTest, AFailingServerIsRetriedTwiceAndTheFailureRecordedWithoutSecrets) {
     answerStatus = 500;
     ring({webhook(0)});
     EXPECT_EQ(received.size(), 3u);
     ASSERT_EQ(records().size(), 1u);
     EXPECT_FALSE(records()[0].ok);
     EXPECT_EQ(records()[0].detail, "HTTP 500 (attempt 3 of 3)");
+    ASSERT_FALSE(logger.lines().empty());
+    for (const auto& line : logger.lines()) {
+        EXPECT_EQ(line.message.find("SECRET-TOKEN-42"), std::string::npos) << line.message;
+        EXPECT_EQ(line.message.find(std::to_string(server->port())), std::string::npos)
+            << line.message;
+    }
+    EXPECT_EQ(json::encode(toJson(store.events().front())).find("SECRET-TOKEN-42"),
+              std::string::npos);
 }
 
 TEST_F(EscalationTest, ASnoozedAlarmKeepsEscalatingAndStopCancelsEveryPendingStep) {
@@ -172,21 +181,6 @@ TEST_F(EscalationTest, ASnoozedAlarmKeepsEscalatingAndStopCancelsEveryPendingSte
     EXPECT_EQ(records().size(), 1u);
     EXPECT_EQ(runner->activeCount(), 0u);
     EXPECT_FALSE(runner->nextDue());
-}
-
-TEST_F(EscalationTest, SecretHeadersNeverReachTheLogOrTheHistory) {
-    answerStatus = 503;
-    ring({webhook(0), webhook(5)});
-    advance(5);
-    ASSERT_EQ(records().size(), 2u);
-    ASSERT_FALSE(logger.lines().empty());
-    for (const auto& line : logger.lines()) {
-        EXPECT_EQ(line.message.find("SECRET-TOKEN-42"), std::string::npos) << line.message;
-        EXPECT_EQ(line.message.find(std::to_string(server->port())), std::string::npos)
-            << line.message;
-    }
-    EXPECT_EQ(json::encode(toJson(store.events().front())).find("SECRET-TOKEN-42"),
-              std::string::npos);
 }
 
 } // namespace

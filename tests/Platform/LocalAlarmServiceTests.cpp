@@ -96,8 +96,13 @@ protected:
 
 // MARK: Authorization
 
-TEST_F(LocalAlarmServiceTest, WithoutPermissionARequestIsDeniedAtOnceAndNothingIsScheduled) {
+// Observers hear each change of the permission, and only changes; that they
+// may leave while they are told is the observer list's own test.
+TEST_F(LocalAlarmServiceTest, WithoutPermissionNothingIsScheduledAndObserversHearEachChange) {
     auto service = makeService();
+    std::vector<AlarmAuthorizationState> heard;
+    const std::uint64_t token = service->observeAuthorization(
+        [&](AlarmAuthorizationState state) { heard.push_back(state); });
     EXPECT_EQ(request(*service), AlarmAuthorizationState::denied);
     EXPECT_EQ(request(*service), AlarmAuthorizationState::denied);
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::notDetermined);
@@ -110,30 +115,12 @@ TEST_F(LocalAlarmServiceTest, WithoutPermissionARequestIsDeniedAtOnceAndNothingI
     EXPECT_TRUE(service->alarms().empty());
 
     service->setAuthorization(AlarmAuthorizationState::authorized);
+    service->setAuthorization(AlarmAuthorizationState::authorized);
     EXPECT_EQ(request(*service), AlarmAuthorizationState::authorized);
-}
-
-// An observer may stop observing while it is told.
-TEST_F(LocalAlarmServiceTest, ObserversHearEveryChangeAndOnlyChanges) {
-    auto service = makeService();
-    std::vector<AlarmAuthorizationState> heard;
-    int leaverCalls = 0;
-    const std::uint64_t leaver = service->observeAuthorization([&](AlarmAuthorizationState) {
-        ++leaverCalls;
-        service->stopObservingAuthorization(leaver);
-    });
-    const std::uint64_t token = service->observeAuthorization(
-        [&](AlarmAuthorizationState state) { heard.push_back(state); });
-
-    service->setAuthorization(AlarmAuthorizationState::authorized);
-    service->setAuthorization(AlarmAuthorizationState::authorized);
-    service->setAuthorization(AlarmAuthorizationState::denied);
     service->stopObservingAuthorization(token);
-    service->setAuthorization(AlarmAuthorizationState::authorized);
-
-    EXPECT_EQ(heard, (std::vector<AlarmAuthorizationState>{AlarmAuthorizationState::authorized,
-                                                           AlarmAuthorizationState::denied}));
-    EXPECT_EQ(leaverCalls, 1);
+    service->setAuthorization(AlarmAuthorizationState::denied);
+    EXPECT_EQ(heard, (std::vector<AlarmAuthorizationState>{AlarmAuthorizationState::denied,
+                                                           AlarmAuthorizationState::authorized}));
 }
 
 // MARK: Alerting
@@ -159,9 +146,11 @@ TEST_F(LocalAlarmServiceTest, AnAlertingAlarmPlaysItsToneAndItsNoticeFollowsItsS
     EXPECT_EQ(keys(ringing), "stop default"); // no snooze on this channel
     EXPECT_EQ(logger.count("Alarm " + first.toString() + " is alerting: Urgent: Mom"), 1);
 
-    service->stop(first);
+    // Stop on the notice stops the alarm and takes the notice away.
+    notices.answer({ringing.identifier, NoticeResponse::Kind::action, "stop"});
     drain(context);
-    EXPECT_EQ(notices.withdrawn, (std::vector<std::string>{ringing.identifier}));
+    EXPECT_TRUE(service->alarms().empty());
+    EXPECT_EQ(notices.withdrawn, (std::vector<std::string>{"alarm-" + first.toString()}));
 }
 
 TEST_F(LocalAlarmServiceTest, PausedRemindersAndSnoozedAlarmsShowTheRightNotices) {
@@ -182,9 +171,10 @@ TEST_F(LocalAlarmServiceTest, PausedRemindersAndSnoozedAlarmsShowTheRightNotices
     service->resume(first);
     pass(*service, 60);
     EXPECT_EQ(keys(notices.posted.back()), "stop snooze default");
-    // Snoozed, it counts down its post-alert in silence and without a notice.
+    // Snoozed from its notice, it counts down its post-alert in silence and
+    // without a notice.
     const auto rung = notices.posted.size();
-    service->snooze(first);
+    notices.answer({"alarm-" + first.toString(), NoticeResponse::Kind::action, "snooze"});
     drain(context);
     EXPECT_EQ(stateOf(*service, first), AlarmState::countdown);
     EXPECT_EQ(sink.playing(), std::nullopt);
@@ -337,23 +327,6 @@ protected:
     const Uuid id = Uuid::random();
 };
 
-TEST_F(AlarmPersistenceTest, ARestartResumesACountdownWithTheTimeThatIsLeft) {
-    const Date scheduledAt = clock.now();
-    const auto config = configuration(60, 300, "ringwell-klaxon.caf");
-    {
-        auto service = authorizedService();
-        schedule(*service, id, config);
-    }
-    clock.advance(20);
-    auto service = makeService();
-
-    const Alarm& alarm = only(*service);
-    EXPECT_EQ(alarm.state, AlarmState::countdown);
-    EXPECT_EQ(alarm.fireDate, scheduledAt.addingSeconds(60));
-    EXPECT_EQ(alarm.configuration, config);
-    EXPECT_EQ(service->nextDeadline(), scheduledAt.addingSeconds(60));
-}
-
 // One alarm was alerting when the daemon stopped, one fell due while it was down.
 TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
     const Uuid later = Uuid::random();
@@ -377,28 +350,16 @@ TEST_F(AlarmPersistenceTest, AlarmsThatAreOrFellDueAlertAtStart) {
     EXPECT_EQ(notices.posted.back().actions.at(0).key, "stop"); // a ringing notice
 }
 
-TEST_F(AlarmPersistenceTest, APausedAlarmStaysPausedWithItsRemainingTime) {
+// A countdown resumes with the time that is left; a cancelled alarm stays gone.
+TEST_F(AlarmPersistenceTest, AlarmsAndThePermissionAreRememberedInAPrivateFile) {
+    const Date scheduledAt = clock.now();
+    const auto config = configuration(60, 300, "ringwell-klaxon.caf");
+    const Uuid cancelled = Uuid::random();
     {
         auto service = authorizedService();
-        schedule(*service, id, configuration(60));
-        clock.advance(25);
-        service->pause(id);
-    }
-    clock.advance(10000);
-    auto service = makeService();
-
-    const Alarm& alarm = only(*service);
-    EXPECT_EQ(alarm.state, AlarmState::paused);
-    EXPECT_EQ(alarm.remainingSeconds, 35);
-    EXPECT_EQ(sink.playing(), std::nullopt);
-}
-
-TEST_F(AlarmPersistenceTest, StoppedAlarmsAndThePermissionAreRememberedInAPrivateFile) {
-    {
-        auto service = authorizedService();
-        schedule(*service, id, configuration(60));
-        schedule(*service, Uuid::random(), configuration(60));
-        service->cancel(id);
+        schedule(*service, cancelled, configuration(60));
+        schedule(*service, id, config);
+        service->cancel(cancelled);
     }
     struct stat info {};
     ASSERT_EQ(::stat(file().c_str(), &info), 0);
@@ -406,10 +367,15 @@ TEST_F(AlarmPersistenceTest, StoppedAlarmsAndThePermissionAreRememberedInAPrivat
     ASSERT_EQ(::stat(file().parent_path().c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0700u);
 
+    clock.advance(20);
     auto service = makeService();
     EXPECT_EQ(service->authorizationState(), AlarmAuthorizationState::authorized);
-    ASSERT_EQ(service->alarms().size(), 1u);
-    EXPECT_NE(service->alarms().front().id, id);
+    const Alarm& alarm = only(*service);
+    EXPECT_EQ(alarm.id, id);
+    EXPECT_EQ(alarm.state, AlarmState::countdown);
+    EXPECT_EQ(alarm.fireDate, scheduledAt.addingSeconds(60));
+    EXPECT_EQ(alarm.configuration, config);
+    EXPECT_EQ(service->nextDeadline(), scheduledAt.addingSeconds(60));
 
     service->setAuthorization(AlarmAuthorizationState::denied);
     service.reset();

@@ -76,12 +76,10 @@ inline AlarmConfiguration configuration(std::optional<double> preAlert,
     config.attributes.presentation.alert.title = std::move(title);
     config.attributes.presentation.countdown.title = "Urgent";
     config.attributes.presentation.paused.title = "Paused";
-    config.attributes.metadata.channelID = Uuid::random();
     config.attributes.metadata.channelName = "Urgent";
     config.attributes.metadata.app = "Messages";
     config.attributes.metadata.title = "Mom";
     config.attributes.metadata.body = "call me";
-    config.attributes.tintHex = "#FF3B30";
     config.sound.named = std::move(sound);
     return config;
 }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -90,6 +91,22 @@ ProcessResult runRingwell(const std::vector<std::string>& args,
     std::vector<std::string> argv{RINGWELL_BINARY};
     argv.insert(argv.end(), args.begin(), args.end());
     return runProcess(argv, environment, input);
+}
+
+std::string exchangeOn(int fd, const std::string& bytes) {
+    for (size_t sent = 0; sent < bytes.size();) {
+        const ssize_t n = send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        if (n <= 0)
+            break;
+        sent += static_cast<size_t>(n);
+    }
+    shutdown(fd, SHUT_WR);
+    std::string answer;
+    char buffer[8192];
+    for (ssize_t n; (n = read(fd, buffer, sizeof buffer)) > 0;)
+        answer.append(buffer, static_cast<size_t>(n));
+    close(fd);
+    return answer;
 }
 
 bool eventually(const std::function<bool()>& done) {

@@ -24,6 +24,10 @@ ProcessResult runRingwell(const std::vector<std::string>& args,
                           const std::map<std::string, std::string>& environment = {},
                           const std::string& input = "");
 
+// Sends `bytes` on a connected socket, ends the sending side and returns
+// everything the peer answers until it closes; closes `fd`.
+std::string exchangeOn(int fd, const std::string& bytes);
+
 // Polls `done` every 20 ms for up to 20 s, for work that another thread or
 // process does in its own time; false when it never held.
 bool eventually(const std::function<bool()>& done);
