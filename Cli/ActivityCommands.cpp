@@ -24,7 +24,9 @@ std::string eventLine(const json::Json& event) {
         who = optionalText(event, "app");
     if (who.empty())
         who = "Unknown";
-    std::string line = localTime(event["receivedAt"]) + "  " + event["label"].get<std::string>();
+    // The start of the ID, which `ringwell why` and `channel add --like` take.
+    std::string line = event["id"].get<std::string>().substr(0, 8) + "  " +
+                       localTime(event["receivedAt"]) + "  " + event["label"].get<std::string>();
     if (event["isTest"] == true)
         line += " (test)";
     line += "  " + oneLine(who);
@@ -203,10 +205,12 @@ int runSetupTest(std::span<const std::string> args, CommandContext& context) {
 } // namespace
 
 const Command eventsCommand{"events", "Show the history of forwarded notifications",
-                            R"(Usage: ringwell events [--channel ID] [--json]
+                            R"(Usage: ringwell events [--channel CHANNEL] [--json]
 
-Lists the history, newest first: when each notification arrived, what happened
-to it and which channel took it. --channel shows only that channel's events.
+Lists the history, newest first: the start of each event's ID (which
+`ringwell why` and `ringwell channel add --like` take), when the notification
+arrived, what happened to it and which channel took it. --channel shows only
+that channel's events (an ID or a name).
 )",
                             runEvents};
 

@@ -230,12 +230,13 @@ channel) in its JSON form, ready to edit and give to `ringwell channel update`.
 
 const Command channelAddCommand{"channel add", "Add a channel",
                                 R"(Usage: ringwell channel add [--name NAME] [--json]
-                            [--template ID | --rule JSON | --like EVENT_ID]
+                            [--template ID | --rule JSON | --like EVENT]
 
 Adds a channel at the end of the list. Without --name it is named after its
 rule and follows it. The rule comes from a template (see `ringwell templates`),
 a rule in its JSON form, or the notification of a history event ("Create
-Channel from This"); without any, the channel matches every notification.
+Channel from This"; EVENT as `ringwell why` takes it); without any, the channel
+matches every notification.
 )",
                                 runChannelAdd};
 

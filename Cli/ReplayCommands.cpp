@@ -48,12 +48,12 @@ void printCutShort(CommandContext& context, const json::Json& answer) {
 constexpr OptionSpec whyOptions[] = {{"json", false}};
 
 int runWhy(std::span<const std::string> args, CommandContext& context) {
-    auto arguments = parseCommand(context, "why", args, whyOptions, 1, 1);
+    auto arguments = parseCommand(context, "why", args, whyOptions, 0, 1);
     if (!arguments)
         return exitUsage;
+    const std::string event = arguments->positionals.empty() ? "latest" : arguments->positionals[0];
     auto answer =
-        callDaemon(context, "why", "GET",
-                   "/v1/events/" + PercentEncoding::encode(arguments->positionals[0]) + "/why");
+        callDaemon(context, "why", "GET", "/v1/events/" + PercentEncoding::encode(event) + "/why");
     if (answer.exitCode)
         return *answer.exitCode;
     const json::Json& why = answer.json;
@@ -145,15 +145,17 @@ int runTrace(std::span<const std::string> args, CommandContext& context) {
 } // namespace
 
 const Command whyCommand{"why", "Explain why an event rang or stayed quiet",
-                         R"(Usage: ringwell why EVENT_ID [--json]
+                         R"(Usage: ringwell why [EVENT] [--json]
 
-Replays the routing of one event of the history (`ringwell events --json`
-shows the IDs) with the notification, the history before it and today's
-channels: every channel in priority order with each condition passed or
-failed, the channel that wins, and the step that decided the outcome
-(disabled, cooldown with the earlier ring, alarm already active, not
-authorised, limit). When today's channels would decide differently from what
-happened, it says so and names the channel that changed.
+Replays the routing of one event of the history with the notification, the
+history before it and today's channels: every channel in priority order with
+each condition passed or failed, the channel that wins, and the step that
+decided the outcome (disabled, cooldown with the earlier ring, alarm already
+active, not authorised, limit). When today's channels would decide differently
+from what happened, it says so and names the channel that changed.
+
+EVENT is the start of the event's ID as `ringwell events` shows it, or the
+whole ID; without it, the newest event is explained.
 )",
                          runWhy};
 

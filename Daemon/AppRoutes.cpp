@@ -154,10 +154,10 @@ ApiResult testAlarmSound(const RouteRequest&, ApiState& state) {
 ApiResult events(const RouteRequest& request, ApiState& state) {
     std::optional<Uuid> filter;
     if (auto channel = request.message.queryValue("channel")) {
-        auto id = uuidArgument(*channel, "a channel ID");
-        if (!id)
-            return id.error();
-        filter = id.value();
+        auto found = resolveChannel(state.ctx.store, *channel);
+        if (!found)
+            return found.error();
+        filter = found.value().id;
     }
     json::Json out = json::Json::array();
     for (const auto& event : state.ctx.store.events()) {

@@ -55,17 +55,10 @@ ApiResult channelLikeEvent(AppContext& ctx, const json::Json& likeEvent,
     auto text = decoded([&] { return json::asString(likeEvent, "likeEvent"); });
     if (!text)
         return text.error();
-    auto id = uuidArgument(text.value(), "an event ID");
-    if (!id)
-        return id.error();
-    const auto& events = ctx.store.events();
-    auto event = std::find_if(events.begin(), events.end(), [&](const FireEvent& candidate) {
-        return candidate.id == id.value();
-    });
-    if (event == events.end())
-        return Error{"No event in the history has the ID " + id.value().toString() + ".",
-                     Error::Kind::notFound};
-    Channel channel = ctx.store.addChannel(event->notification());
+    auto position = resolveEvent(ctx.store, text.value());
+    if (!position)
+        return position.error();
+    Channel channel = ctx.store.addChannel(ctx.store.events()[position.value()].notification());
     if (name) {
         channel.name = *name;
         channel.usesAutomaticName = false;

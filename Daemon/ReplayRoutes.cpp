@@ -94,16 +94,11 @@ Result<std::vector<Channel>> channelsWithEdit(AppContext& ctx, const json::Json&
 } // namespace
 
 ApiResult why(const RouteRequest& request, ApiState& state) {
-    auto id = uuidArgument(request.parameter("id"), "an event ID");
-    if (!id)
-        return id.error();
+    auto position = resolveEvent(state.ctx.store, request.parameter("event"));
+    if (!position)
+        return position.error();
     const auto& events = state.ctx.store.events(); // newest first
-    auto event = std::find_if(events.begin(), events.end(), [&](const FireEvent& candidate) {
-        return candidate.id == id.value();
-    });
-    if (event == events.end())
-        return Error{"No event in the history has the ID " + id.value().toString() + ".",
-                     Error::Kind::notFound};
+    auto event = std::next(events.begin(), static_cast<std::ptrdiff_t>(position.value()));
     std::vector<RecordedRoute> earlier;
     std::vector<NotificationInfo> history;
     for (auto older = std::next(event); older != events.end(); ++older) {

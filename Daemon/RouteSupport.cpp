@@ -4,7 +4,10 @@
 #include "Core/TraceMoment.h"
 #include "Intents/ChannelEntity.h"
 
+#include <boost/beast/core/string.hpp>
+
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 
 namespace ringwell::routes {
@@ -88,6 +91,40 @@ Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std:
         message += " Give a whole name or an ID; these contain it: " + names + ".";
     }
     return Error{message, Error::Kind::notFound};
+}
+
+Result<std::size_t> resolveEvent(const RingwellStore& store, const std::string& text) {
+    const auto& events = store.events();
+    if (text == "latest") {
+        if (events.empty())
+            return Error{"The history is empty.", Error::Kind::notFound};
+        return std::size_t{0};
+    }
+    constexpr std::size_t wholeIdLength = 36; // 8-4-4-4-12
+    const bool canStartAnId = text.size() >= minimumEventIdPrefix && text.size() <= wholeIdLength &&
+                              std::all_of(text.begin(), text.end(), [](char c) {
+                                  return std::isxdigit(static_cast<unsigned char>(c)) || c == '-';
+                              });
+    if (!canStartAnId)
+        return Error{"\"" + text + "\" is not an event ID: give the ID, at least its first " +
+                         std::to_string(minimumEventIdPrefix) + " characters, or \"latest\".",
+                     Error::Kind::invalidInput};
+    std::optional<std::size_t> found;
+    for (std::size_t position = 0; position < events.size(); ++position) {
+        if (!boost::beast::iequals(events[position].id.toString().substr(0, text.size()), text))
+            continue;
+        if (found)
+            return Error{"Several events have an ID starting with " + text + ". Give more of it.",
+                         Error::Kind::invalidInput};
+        found = position;
+    }
+    if (!found)
+        return Error{
+            "No event in the history has " +
+                std::string(text.size() == wholeIdLength ? "the ID " : "an ID starting with ") +
+                text + ".",
+            Error::Kind::notFound};
+    return *found;
 }
 
 Error errorOf(const RingwellAlarmError& error) {

@@ -36,6 +36,17 @@ Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std:
 
 Error noChannelWithId(const Uuid& id);
 
+// How many of an event ID's first characters `ringwell events` shows, and the
+// fewest that name an event.
+constexpr std::size_t shortEventIdLength = 8;
+constexpr std::size_t minimumEventIdPrefix = 4;
+
+// The position in the store's events (newest first) of the event named by its
+// ID, by the start of its ID when only one event's ID starts so (any case), or
+// by "latest", the newest. Not found when no event is named so; invalid input
+// for text that cannot start an ID, or a start several events share.
+Result<std::size_t> resolveEvent(const RingwellStore& store, const std::string& text);
+
 // `calendar` as it is when `at` is absent; else pinned to the weekday and
 // time `at` names ("sun 03:00", or an ISO 8601 date-time read in the
 // calendar's zone), for a trace or a preview "as if at" that moment.

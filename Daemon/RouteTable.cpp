@@ -45,7 +45,7 @@ const std::array table = std::to_array<Route>({
     {"POST", "/v1/sound-test", testAlarmSound},
     {"GET", "/v1/events", events},
     {"DELETE", "/v1/events", clearEvents},
-    {"GET", "/v1/events/{id}/why", why},
+    {"GET", "/v1/events/{event}/why", why},
     {"POST", "/v1/trace", trace},
     {"GET", "/v1/stats", stats},
     {"GET", "/v1/diagnostics", diagnostics},

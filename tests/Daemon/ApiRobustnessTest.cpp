@@ -77,7 +77,7 @@ TEST_F(ApiRobustnessTest, UsageErrorsAreCaughtBeforeTheDaemon) {
     EXPECT_EQ(ringwell({"alarm", "stop", "nope"}).exitCode, 2);
     EXPECT_EQ(ringwell({"ring"}).exitCode, 2);
     EXPECT_EQ(ringwell({"permission", "alarms", "maybe"}).exitCode, 2);
-    EXPECT_EQ(ringwell({"events", "--channel", "nope"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"events", "--channel", "nope"}).exitCode, 1);
     auto missing = ringwell({"ring", "Nobody"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_EQ(missing.err, "No channel matches \"Nobody\".\n");

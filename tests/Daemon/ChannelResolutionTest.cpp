@@ -6,8 +6,8 @@
 namespace ringwell {
 namespace {
 
-// Every command and route that takes CHANNEL resolves it here. A new store
-// holds one channel, "Urgent".
+// Every command and route that takes CHANNEL or EVENT resolves it here. A new
+// store holds one channel, "Urgent", and no events.
 class ChannelResolutionTest : public ::testing::Test {
 protected:
     const Channel& urgent() const { return store.channels().front(); }
@@ -61,6 +61,30 @@ TEST_F(ChannelResolutionTest, DeletingAndMovingTakeOnlyAWholeName) {
     auto shared = routes::resolveChannelByWholeName(store, "Urgent calls");
     ASSERT_FALSE(shared);
     EXPECT_EQ(shared.error().kind, Error::Kind::invalidInput);
+}
+
+TEST_F(ChannelResolutionTest, EventsAreNamedByTheStartOfTheirIdOrAsTheLatest) {
+    EXPECT_EQ(routes::resolveEvent(store, "latest").error().kind, Error::Kind::notFound);
+    for (const char* id :
+         {"ABCD1234-0000-4000-8000-000000000001", "ABCD5678-0000-4000-8000-000000000002"}) {
+        FireEvent event;
+        event.id = *Uuid::parse(id);
+        store.log(event);
+    }
+    // Newest first: the second logged is at position 0.
+    EXPECT_EQ(routes::resolveEvent(store, "latest").value(), 0u);
+    EXPECT_EQ(routes::resolveEvent(store, "abcd1").value(), 1u);
+    EXPECT_EQ(routes::resolveEvent(store, "ABCD5678-0000-4000-8000-000000000002").value(), 0u);
+
+    const std::pair<const char*, Error::Kind> refused[] = {
+        {"abcd", Error::Kind::invalidInput}, // both IDs start so
+        {"abc", Error::Kind::invalidInput},  // too short to name one
+        {"last", Error::Kind::invalidInput},
+        {"ABCD9", Error::Kind::notFound},
+        {"ABCD1234-0000-4000-8000-000000000009", Error::Kind::notFound},
+    };
+    for (const auto& [text, kind] : refused)
+        EXPECT_EQ(routes::resolveEvent(store, text).error().kind, kind) << text;
 }
 
 } // namespace

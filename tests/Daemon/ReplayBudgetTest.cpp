@@ -32,13 +32,13 @@ TEST_F(ReplayBudgetTest, WhyAndTraceStopMatchingWhenTheBudgetIsSpent) {
     const FireEvent event = run(NotificationDispatcher::handle(ctx, send("Mail", "Alice")));
     ASSERT_EQ(event.outcome, FireOutcome::fired);
     const std::string id = event.id.toString();
-    EXPECT_EQ(answer(routes::why, {{"id", id}})["cutShort"], false);
+    EXPECT_EQ(answer(routes::why, {{"event", id}})["cutShort"], false);
     EXPECT_EQ(answer(routes::trace)["rings"], 1);
 
     // Every reading of the matching clock comes a second after the last.
     MatchBudget::Duration spent{};
     ctx.matchingClock = [&] { return spent += std::chrono::seconds(1); };
-    json::Json why = answer(routes::why, {{"id", id}});
+    json::Json why = answer(routes::why, {{"event", id}});
     EXPECT_EQ(why["cutShort"], true);
     EXPECT_EQ(why["channels"][0]["matches"], false);
     json::Json trace = answer(routes::trace);

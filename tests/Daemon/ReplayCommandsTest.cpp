@@ -21,7 +21,10 @@ TEST_F(ReplayCommandsTest, WhyAndTraceReplayTheHistoryThroughTodaysChannels) {
     ASSERT_EQ(fired["outcome"], "fired");
     const std::string eventId = fired["id"];
 
-    auto why = ringwell({"why", eventId});
+    // `events` shows the start of each ID, which `why` takes.
+    auto listed = ringwell({"events", "--channel", "urgent"});
+    ASSERT_EQ(listed.out.rfind(eventId.substr(0, 8) + "  ", 0), 0u) << listed.out;
+    auto why = ringwell({"why", eventId.substr(0, 8)});
     EXPECT_EQ(why.exitCode, 0) << why.err;
     EXPECT_NE(why.out.find("1. Urgent"), std::string::npos) << why.out;
     EXPECT_NE(why.out.find("Decided by: Rang \u201CUrgent\u201D"), std::string::npos) << why.out;
@@ -32,7 +35,7 @@ TEST_F(ReplayCommandsTest, WhyAndTraceReplayTheHistoryThroughTodaysChannels) {
     json::Json off = urgent;
     off["isEnabled"] = false;
     ASSERT_EQ(ringwell({"channel", "update"}, json::encode(off)).exitCode, 0);
-    auto changed = ringwellJson({"why", eventId, "--json"});
+    auto changed = ringwellJson({"why", "--json"}); // the newest event
     EXPECT_EQ(changed["step"]["kind"], "rang");
     EXPECT_EQ(changed["changedChannel"], "Urgent");
 
