@@ -36,9 +36,8 @@ Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std:
 
 Error noChannelWithId(const Uuid& id);
 
-// How many of an event ID's first characters `ringwell events` shows, and the
-// fewest that name an event.
-constexpr std::size_t shortEventIdLength = 8;
+// The fewest of an event ID's first characters that name an event
+// (`ringwell events` shows 8).
 constexpr std::size_t minimumEventIdPrefix = 4;
 
 // The position in the store's events (newest first) of the event named by its
