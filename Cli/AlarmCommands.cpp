@@ -85,7 +85,9 @@ int runStopAll(std::span<const std::string> args, CommandContext& context) {
 std::string alarmLine(const json::Json& alarm) {
     const json::Json& configuration = alarm["configuration"];
     std::string title = configuration["presentation"]["alert"]["title"].get<std::string>();
-    std::string line = alarm["id"].get<std::string>() + "  " + alarm["state"].get<std::string>();
+    // The start of the ID, which the alarm commands take.
+    std::string line =
+        alarm["id"].get<std::string>().substr(0, 8) + "  " + alarm["state"].get<std::string>();
     if (alarm.contains("fireDate"))
         line +=
             (alarm["state"] == "alerting" ? " since " : " until ") + localTime(alarm["fireDate"]);
@@ -122,9 +124,7 @@ int runAlarmAction(std::span<const std::string> args, CommandContext& context,
     auto arguments = parseCommand(context, command, args, options, 1, 1);
     if (!arguments)
         return exitUsage;
-    const std::string& id = arguments->positionals[0];
-    if (!Uuid::parse(id))
-        return usageError(context, command, "\"" + id + "\" is not an alarm ID");
+    const std::string& alarm = arguments->positionals[0];
     json::Json body = nullptr;
     auto followUps = arguments->allValues("follow-up");
     if (!followUps.empty()) {
@@ -134,9 +134,9 @@ int runAlarmAction(std::span<const std::string> args, CommandContext& context,
         }
         body = json::Json{{"followUpIDs", followUps}};
     }
-    auto answer =
-        callDaemon(context, command, "POST",
-                   "/v1/alarms/" + PercentEncoding::encode(id) + "/" + std::string(action), body);
+    auto answer = callDaemon(
+        context, command, "POST",
+        "/v1/alarms/" + PercentEncoding::encode(alarm) + "/" + std::string(action), body);
     return answer.exitCode.value_or(exitSuccess);
 }
 
@@ -247,26 +247,29 @@ const Command stopAllCommand{"stop-all", "Stop every Ringwell alarm",
 const Command alarmsCommand{"alarms", "List the alarms counting down, paused or ringing",
                             R"(Usage: ringwell alarms [--json]
 
-Lists every alarm the alarm service holds: its ID, state (countdown, paused,
-alerting), title and tone. --json prints each alarm with its pre-alert and
-post-alert seconds, presentation, tint, metadata and the IDs its stop cancels.
+Lists every alarm the alarm service holds: the start of its ID (which the
+alarm commands take), its state (countdown, paused, alerting), title and tone.
+--json prints each alarm with its pre-alert and post-alert seconds,
+presentation, tint, metadata and the IDs its stop cancels.
 )",
                             runAlarms};
 
 const Command alarmStopCommand{"alarm stop", "Stop an alarm (and its reminders)",
-                               R"(Usage: ringwell alarm stop ID [--follow-up ID ...]
+                               R"(Usage: ringwell alarm stop ALARM [--follow-up ID ...]
 
 Stops the alarm. Without --follow-up, its own reminders are cancelled too, as
-its Stop button does; with --follow-up only the given reminders are.
+its Stop button does; with --follow-up only the given reminders (whole IDs)
+are. ALARM is the start of the alarm's ID as `ringwell alarms` shows it, or
+the whole ID; so for the other alarm commands.
 )",
                                runAlarmStop};
 
 const Command alarmPauseCommand{"alarm pause", "Pause an alarm's countdown",
-                                "Usage: ringwell alarm pause ID\n", runAlarmPause};
+                                "Usage: ringwell alarm pause ALARM\n", runAlarmPause};
 const Command alarmResumeCommand{"alarm resume", "Resume a paused alarm",
-                                 "Usage: ringwell alarm resume ID\n", runAlarmResume};
+                                 "Usage: ringwell alarm resume ALARM\n", runAlarmResume};
 const Command alarmSnoozeCommand{"alarm snooze", "Snooze a ringing alarm",
-                                 "Usage: ringwell alarm snooze ID\n\nSilences a ringing alarm "
+                                 "Usage: ringwell alarm snooze ALARM\n\nSilences a ringing alarm "
                                  "whose channel allows snooze and rings it again later.\n",
                                  runAlarmSnooze};
 

@@ -50,7 +50,7 @@ Result<RingChannelIntent> ringIntent(const json::Json& body, const RingwellStore
 
 // One of the alarm's own buttons, pressed as the desktop notification presses it.
 ApiResult alarmButton(const RouteRequest& request, ApiState& state, AlarmButtonKey button) {
-    auto id = uuidArgument(request.parameter("id"), "an alarm ID");
+    auto id = resolveAlarm(state.ctx.alarmService, request.parameter("alarm"));
     if (!id)
         return id.error();
     return alarmCall([&]() -> ApiResult {
@@ -114,7 +114,7 @@ ApiResult listAlarms(const RouteRequest&, ApiState& state) {
 }
 
 ApiResult stopAlarm(const RouteRequest& request, ApiState& state) {
-    auto id = uuidArgument(request.parameter("id"), "an alarm ID");
+    auto id = resolveAlarm(state.ctx.alarmService, request.parameter("alarm"));
     if (!id)
         return id.error();
     auto body = bodyObject(request.message);

@@ -93,6 +93,37 @@ Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std:
     return Error{message, Error::Kind::notFound};
 }
 
+Result<std::size_t> resolveIdStart(std::span<const Uuid> ids, const std::string& text,
+                                   std::string_view what) {
+    constexpr std::size_t wholeIdLength = 36; // 8-4-4-4-12
+    const bool canStartAnId = text.size() >= minimumIdStart && text.size() <= wholeIdLength &&
+                              std::all_of(text.begin(), text.end(), [](char c) {
+                                  return std::isxdigit(static_cast<unsigned char>(c)) || c == '-';
+                              });
+    const std::string thing(what);
+    if (!canStartAnId)
+        return Error{"\"" + text + "\" is not an " + thing +
+                         " ID: give the ID or at least its first " +
+                         std::to_string(minimumIdStart) + " characters.",
+                     Error::Kind::invalidInput};
+    std::optional<std::size_t> found;
+    for (std::size_t position = 0; position < ids.size(); ++position) {
+        if (!boost::beast::iequals(ids[position].toString().substr(0, text.size()), text))
+            continue;
+        if (found)
+            return Error{"Several " + thing + "s have an ID starting with " + text +
+                             ". Give more of it.",
+                         Error::Kind::invalidInput};
+        found = position;
+    }
+    if (!found)
+        return Error{"No " + thing + " has " +
+                         (text.size() == wholeIdLength ? "the ID " : "an ID starting with ") +
+                         text + ".",
+                     Error::Kind::notFound};
+    return *found;
+}
+
 Result<std::size_t> resolveEvent(const RingwellStore& store, const std::string& text) {
     const auto& events = store.events();
     if (text == "latest") {
@@ -100,31 +131,21 @@ Result<std::size_t> resolveEvent(const RingwellStore& store, const std::string& 
             return Error{"The history is empty.", Error::Kind::notFound};
         return std::size_t{0};
     }
-    constexpr std::size_t wholeIdLength = 36; // 8-4-4-4-12
-    const bool canStartAnId = text.size() >= minimumEventIdPrefix && text.size() <= wholeIdLength &&
-                              std::all_of(text.begin(), text.end(), [](char c) {
-                                  return std::isxdigit(static_cast<unsigned char>(c)) || c == '-';
-                              });
-    if (!canStartAnId)
-        return Error{"\"" + text + "\" is not an event ID: give the ID, at least its first " +
-                         std::to_string(minimumEventIdPrefix) + " characters, or \"latest\".",
-                     Error::Kind::invalidInput};
-    std::optional<std::size_t> found;
-    for (std::size_t position = 0; position < events.size(); ++position) {
-        if (!boost::beast::iequals(events[position].id.toString().substr(0, text.size()), text))
-            continue;
-        if (found)
-            return Error{"Several events have an ID starting with " + text + ". Give more of it.",
-                         Error::Kind::invalidInput};
-        found = position;
-    }
-    if (!found)
-        return Error{
-            "No event in the history has " +
-                std::string(text.size() == wholeIdLength ? "the ID " : "an ID starting with ") +
-                text + ".",
-            Error::Kind::notFound};
-    return *found;
+    std::vector<Uuid> ids;
+    ids.reserve(events.size());
+    for (const auto& event : events)
+        ids.push_back(event.id);
+    return resolveIdStart(ids, text, "event");
+}
+
+Result<Uuid> resolveAlarm(const AlarmService& service, const std::string& text) {
+    std::vector<Uuid> ids;
+    for (const auto& alarm : service.alarms())
+        ids.push_back(alarm.id);
+    auto position = resolveIdStart(ids, text, "alarm");
+    if (!position)
+        return position.error();
+    return ids[position.value()];
 }
 
 Error errorOf(const RingwellAlarmError& error) {

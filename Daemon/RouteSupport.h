@@ -9,6 +9,7 @@
 #include "Model/RingwellStore.h"
 #include "Shared/AlarmService.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -36,15 +37,23 @@ Result<Channel> resolveChannelByWholeName(const RingwellStore& store, const std:
 
 Error noChannelWithId(const Uuid& id);
 
-// The fewest of an event ID's first characters that name an event
-// (`ringwell events` shows 8).
-constexpr std::size_t minimumEventIdPrefix = 4;
+// The fewest of an ID's first characters that name an event or an alarm
+// (`ringwell events` and `ringwell alarms` show 8).
+constexpr std::size_t minimumIdStart = 4;
 
-// The position in the store's events (newest first) of the event named by its
-// ID, by the start of its ID when only one event's ID starts so (any case), or
-// by "latest", the newest. Not found when no event is named so; invalid input
-// for text that cannot start an ID, or a start several events share.
+// The position in `ids` of the one `text` names: the whole ID, or its start
+// when only one ID starts so (any case). Not found when none does; invalid
+// input for text that cannot start an ID, or a start several IDs share. `what`
+// ("event", "alarm") names the things in messages.
+Result<std::size_t> resolveIdStart(std::span<const Uuid> ids, const std::string& text,
+                                   std::string_view what);
+
+// The position in the store's events (newest first) of the event named as
+// above, or by "latest", the newest.
 Result<std::size_t> resolveEvent(const RingwellStore& store, const std::string& text);
+
+// The ID of the alarm of the service named as above.
+Result<Uuid> resolveAlarm(const AlarmService& service, const std::string& text);
 
 // `calendar` as it is when `at` is absent; else pinned to the weekday and
 // time `at` names ("sun 03:00", or an ISO 8601 date-time read in the

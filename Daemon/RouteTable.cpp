@@ -19,10 +19,10 @@ const std::array table = std::to_array<Route>({
     {"POST", "/v1/stop-all", stopAll},
 
     {"GET", "/v1/alarms", listAlarms},
-    {"POST", "/v1/alarms/{id}/stop", stopAlarm},
-    {"POST", "/v1/alarms/{id}/pause", pauseAlarm},
-    {"POST", "/v1/alarms/{id}/resume", resumeAlarm},
-    {"POST", "/v1/alarms/{id}/snooze", snoozeAlarm},
+    {"POST", "/v1/alarms/{alarm}/stop", stopAlarm},
+    {"POST", "/v1/alarms/{alarm}/pause", pauseAlarm},
+    {"POST", "/v1/alarms/{alarm}/resume", resumeAlarm},
+    {"POST", "/v1/alarms/{alarm}/snooze", snoozeAlarm},
     {"GET", "/v1/permissions", permissions},
     {"PUT", "/v1/permissions/alarms", setAlarmPermission},
 

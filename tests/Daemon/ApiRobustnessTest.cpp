@@ -73,8 +73,11 @@ TEST_F(ApiRobustnessTest, HostileRequestsGetAClearRefusalWhileOthersAreServed) {
     ::close(slow);
 }
 
-TEST_F(ApiRobustnessTest, UsageErrorsAreCaughtBeforeTheDaemon) {
+// Usage errors exit 2, whether the command line or the daemon finds them;
+// what does not exist exits 1.
+TEST_F(ApiRobustnessTest, UsageErrorsAndUnknownNamesHaveTheirExitCodes) {
     EXPECT_EQ(ringwell({"alarm", "stop", "nope"}).exitCode, 2);
+    EXPECT_EQ(ringwell({"alarm", "stop", "ABCD"}).exitCode, 1);
     EXPECT_EQ(ringwell({"ring"}).exitCode, 2);
     EXPECT_EQ(ringwell({"permission", "alarms", "maybe"}).exitCode, 2);
     EXPECT_EQ(ringwell({"events", "--channel", "nope"}).exitCode, 1);
