@@ -24,8 +24,7 @@ std::string eventLine(const json::Json& event) {
         who = optionalText(event, "app");
     if (who.empty())
         who = "Unknown";
-    // The start of the ID, which `ringwell why` and `channel add --like` take.
-    std::string line = event["id"].get<std::string>().substr(0, 8) + "  " +
+    std::string line = idStart(event["id"].get<std::string>()) + "  " +
                        localTime(event["receivedAt"]) + "  " + event["label"].get<std::string>();
     if (event["isTest"] == true)
         line += " (test)";

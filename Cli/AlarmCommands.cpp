@@ -85,9 +85,8 @@ int runStopAll(std::span<const std::string> args, CommandContext& context) {
 std::string alarmLine(const json::Json& alarm) {
     const json::Json& configuration = alarm["configuration"];
     std::string title = configuration["presentation"]["alert"]["title"].get<std::string>();
-    // The start of the ID, which the alarm commands take.
     std::string line =
-        alarm["id"].get<std::string>().substr(0, 8) + "  " + alarm["state"].get<std::string>();
+        idStart(alarm["id"].get<std::string>()) + "  " + alarm["state"].get<std::string>();
     if (alarm.contains("fireDate"))
         line +=
             (alarm["state"] == "alerting" ? " since " : " until ") + localTime(alarm["fireDate"]);

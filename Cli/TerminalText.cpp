@@ -29,6 +29,10 @@ std::string localTime(const json::Json& dateNumber) {
     return text;
 }
 
+std::string idStart(std::string_view id) {
+    return std::string(id.substr(0, 8));
+}
+
 std::string oneLine(std::string_view text) {
     // The C.UTF-8 locale gives the Unicode white space classes whatever the
     // user's locale is; it is this thread's locale only while the text is read.

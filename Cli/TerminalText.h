@@ -20,4 +20,8 @@ std::string localTime(const json::Json& dateNumber);
 // they are.
 std::string oneLine(std::string_view text);
 
+// The start of an event's or alarm's ID that its row shows: enough for the
+// commands that take one (the daemon resolves a start only one ID has).
+std::string idStart(std::string_view id);
+
 } // namespace ringwell::cli
